@@ -1,0 +1,46 @@
+// QvMovie: every public header of the library.
+#pragma once
+
+#include "toolbox/BRegion.h"
+#include "toolbox/CPtrList.h"
+#include "toolbox/MDependable.h"
+#include "toolbox/OsImgPoint.h"
+#include "toolbox/OsImgRect.h"
+#include "toolbox/OsImgSize.h"
+#include "toolbox/QvCanvas.h"
+#include "toolbox/QvCanvasUtil.h"
+#include "toolbox/QvPal.h"
+#include "toolbox/QvPlatform.h"
+#include "toolbox/QvRgn.h"
+#include "toolbox/tbColorTable.h"
+#include "toolbox/tbGWorld.h"
+#include "toolbox/tbPicture.h"
+#include "toolbox/tbPixMap.h"
+#include "toolbox/tbPoint.h"
+#include "toolbox/tbRGBColor.h"
+#include "toolbox/tbRect.h"
+#include "toolbox/tbRegion.h"
+#include "toolbox/tbToolBox.h"
+
+#include "player/BZoom.h"
+#include "player/QvMCastID.h"
+#include "player/QvMCastList.h"
+#include "player/QvMPlayer.h"
+
+#include "acolor/QvAColor.h"
+#include "acolor/QvACycle.h"
+#include "acolor/QvACycleInfo.h"
+#include "acolor/QvAFade.h"
+#include "acolor/QvAFlash.h"
+#include "acolor/QvASwitch.h"
+
+#include "aframe/QvAFrame.h"
+#include "aframe/QvAFrameInfo.h"
+
+#include "cast/QvMCast.h"
+#include "cast/QvMCastAnc.h"
+#include "cast/QvMCastDft.h"
+#include "cast/QvMCastInfo.h"
+
+#include "layer/QvMLayer.h"
+#include "layer/QvMLayerInfo.h"
