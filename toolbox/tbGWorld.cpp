@@ -1,0 +1,9 @@
+#include "toolbox/tbGWorld.h"
+
+#include "toolbox/QvPlatform.h"
+
+// The world owns its pixel buffer.
+tbGWorld::~tbGWorld() {
+  GlobalFree(pixMap.base);
+  pixMap.base = nullptr;
+}

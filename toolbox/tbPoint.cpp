@@ -1,0 +1,3 @@
+#include "toolbox/tbPoint.h"
+
+tbPoint::~tbPoint() = default;

@@ -1,0 +1,3 @@
+#include "toolbox/tbRect.h"
+
+tbRect::~tbRect() = default;

@@ -1,0 +1,3 @@
+#include "toolbox/tbRegion.h"
+
+tbRegion::~tbRegion() = default;
