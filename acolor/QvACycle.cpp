@@ -1,0 +1,149 @@
+#include "acolor/QvACycle.h"
+
+#include "toolbox/QvPal.h"
+#include "toolbox/QvPlatform.h"
+#include "toolbox/tbColorTable.h"
+
+namespace {
+// Kind code of a cycling animation on a cast member.
+constexpr char kKindCycle = 0;
+// Number of frames once an area is registered.
+constexpr std::int16_t kCycleFrames = 0x7FFF;
+}  // namespace
+
+QvACycle::QvACycle() : QvAColor(), QvMCastList(), head(nullptr), cursor(nullptr), count(0) {
+  SetTop(0);
+  SetEnd(-1);
+}
+
+QvACycle::~QvACycle() {
+  DelFromMCast();
+  localDelArea();
+}
+
+void QvACycle::SetMode(char m) {
+  QvAColor::SetMode(m);
+  for (cursor = head; cursor; cursor = cursor->next) {
+    if (cursor->player) cursor->player->SetMode(mode);
+  }
+  UpdateMCast();
+}
+
+char QvACycle::RegArea(QvPal* pal) {
+  if (!QvAColor::RegArea(pal)) return 0;
+  localDelArea();
+
+  // Every maximal run of flagged indices is one range; a run reaching the
+  // last covered index is closed after the scan.
+  bool inRange = false;
+  std::int16_t first = 0;
+  std::int16_t last = 0;
+  for (std::int16_t i = 0; i < localFlagNum(); ++i) {
+    if (area->Flag(static_cast<unsigned char>(i)) == 1) {
+      if (!inRange) {
+        first = i;
+        inRange = true;
+      }
+      last = i;
+    } else if (inRange) {
+      localRegArea(first, last);
+      inRange = false;
+    }
+  }
+  if (inRange) localRegArea(first, last);
+
+  count = kCycleFrames;
+  SetTop(0);
+  SetEnd(Count() - 1);
+  UpdateMCast();
+  return 1;
+}
+
+std::int16_t QvACycle::Count() { return count; }
+
+tbColorTable* QvACycle::CTable(tbColorTable* src) {
+  if (runFlag) localGetCur();
+  return CTable(static_cast<std::int16_t>(cur), src);
+}
+
+tbColorTable* QvACycle::CTable(std::int16_t frame, tbColorTable* src) {
+  if (errorFlags != 0 || frame < 0 || frame >= Count() || !src || !cTable) return nullptr;
+
+  for (std::int16_t i = 0; i <= 255; ++i) cTable->SetCTTable(i, src->CTTable(i));
+
+  for (cursor = head; cursor; cursor = cursor->next) {
+    QvMPlayer* player = cursor->player;
+    if (!player) continue;
+    player->SetCur(player->Top() + frame);
+    std::int32_t p = player->Cur();
+    const std::int32_t top = player->Top();
+    const std::int32_t end = player->End();
+    for (std::int32_t i = top; i <= end; ++i) {
+      if (p > end) p = top;
+      cTable->SetCTTable(static_cast<std::int16_t>(p), src->CTTable(static_cast<std::int16_t>(i)));
+      ++p;
+    }
+  }
+  return cTable;
+}
+
+char QvACycle::Load(int) { return 0; }
+
+char QvACycle::Save(int) { return 0; }
+
+char QvACycle::Load(int, std::uint32_t) { return 0; }
+
+void QvACycle::Dup(QvACycle* other) {
+  if (!other || other == this) return;
+  other->SetMode(mode);
+  other->SetSpeed(speed);
+  other->RegArea(area);
+}
+
+void QvACycle::UpdateMCast() { localUpdateMCast(this); }
+
+void QvACycle::DelFromMCast() {
+  localUpdateMCast(nullptr);
+  QvMCastList::DelAll();
+}
+
+void QvACycle::localUpdateMCast(QvMCastList* list) { localRegToMCast(this, kKindCycle, list); }
+
+char QvACycle::localRegArea(std::int16_t top, std::int16_t end) {
+  QvACycleInfo* info = QvNew<QvACycleInfo>();
+  if (!info) return 0;
+
+  QvACycleInfo* last = nullptr;
+  if (head) {
+    for (cursor = head; cursor->next; cursor = cursor->next) {
+    }
+    last = cursor;
+  }
+  info->prev = last;
+  info->next = nullptr;
+
+  info->player = QvNew<QvMPlayer>();
+  if (info->player) {
+    info->player->SetTop(top);
+    info->player->SetEnd(end);
+    info->player->SetMode(mode);
+  }
+
+  if (last) {
+    last->next = info;
+  } else {
+    head = info;
+  }
+  return 1;
+}
+
+void QvACycle::localDelArea() {
+  cursor = head;
+  while (cursor) {
+    QvACycleInfo* next = cursor->next;
+    delete cursor->player;
+    delete cursor;
+    cursor = next;
+  }
+  head = nullptr;
+}
