@@ -13,13 +13,15 @@ class tbRect;
 // The millisecond count of the system, wrapping at 2^32.
 using QvTickSource = std::uint32_t (*)();
 std::uint32_t GetTickCount();
-// Installs a replacement millisecond source and returns the previous one;
-// a null source restores the system clock.
+// Installs a replacement millisecond source and returns the previous one
+// (null when the system clock was in use); a null source restores the
+// system clock.
 QvTickSource QvSetTickSource(QvTickSource source);
 
 // Fixed global memory blocks. The flags are accepted for compatibility; the
-// blocks are always fixed memory. GlobalAlloc gives null on failure (also for
-// a size of 0); GlobalFree gives null on success, like its namesake.
+// blocks are always fixed memory, handed out zeroed. GlobalAlloc gives null on
+// failure (also for a size of 0, which is not counted as an attempt);
+// GlobalFree accepts null and gives null, like its namesake.
 void* GlobalAlloc(unsigned int flags, std::size_t bytes);
 void* GlobalFree(void* block);
 

@@ -18,17 +18,17 @@ class tbToolBox {
   // and height at least 1) with a copy of table (a black table when null),
   // its pixels 0. Stores it through world and gives 1; 0 on failure (world
   // then receives null).
-  std::int16_t NewGWorld(tbGWorld** world, std::int16_t depth, tbRect* bounds,
-                         tbColorTable* table);
+  std::int16_t NewGWorld(tbGWorld** world, std::int16_t depth, tbRect* bounds, tbColorTable* table);
   void DisposeGWorld(tbGWorld* world);
 
   // Copies the pixels of srcRect in src to dstRect in dst (same size; the
   // smaller extent is used when they differ), only where the region (in
-  // destination coordinates) allows; a null region masks nothing. Both
+  // destination coordinates) allows; a null region masks nothing, a region
+  // object whose region was never created (New) lets nothing through. Both
   // rectangles are clipped to their pixel maps. mode must be 0x00CC0020
   // (source copy); any other mode copies nothing.
-  void CopyBits(tbPixMap* src, tbPixMap* dst, tbRect* srcRect, tbRect* dstRect,
-                std::uint32_t mode, tbRegion* region);
+  void CopyBits(tbPixMap* src, tbPixMap* dst, tbRect* srcRect, tbRect* dstRect, std::uint32_t mode,
+                tbRegion* region);
 
   // A new handle to a copy of the NUL-terminated string: the caller frees the
   // block with GlobalFree and the handle with operator delete (QvFreeString
