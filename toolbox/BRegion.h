@@ -18,8 +18,7 @@ class BRegion {
   void* Handle() const { return region; }
   // The region becomes the rectangle (empty when right <= left or
   // bottom <= top). Nothing happens before New().
-  void RectRegion(std::int32_t left, std::int32_t top, std::int32_t right,
-                  std::int32_t bottom);
+  void RectRegion(std::int32_t left, std::int32_t top, std::int32_t right, std::int32_t bottom);
   void OffsetRegion(std::int32_t dx, std::int32_t dy);
   // This region becomes a copy of src's (empty when src has none).
   void CopyRegion(BRegion* src);

@@ -12,6 +12,6 @@ class QvCanvasUtil {
   // the canvas's colour table; region is accepted and not used. Non-zero on
   // success.
   std::int16_t GetPICT(QvCanvas* canvas, std::int16_t width, std::int16_t height, tbPicture* pict,
-                       std::int16_t left, std::int16_t top, std::int16_t right,
-                       std::int16_t bottom, tbRegion* region);
+                       std::int16_t left, std::int16_t top, std::int16_t right, std::int16_t bottom,
+                       tbRegion* region);
 };
