@@ -1,0 +1,334 @@
+#include "acolor/QvAColor.h"
+
+#include <gtest/gtest.h>
+
+#include <type_traits>
+#include <utility>
+
+#include "acolor/QvACycle.h"
+#include "acolor/QvAFade.h"
+#include "acolor/QvAFlash.h"
+#include "acolor/QvASwitch.h"
+#include "tests/acolor/AColorTestSupport.h"
+
+using namespace acolortest;
+
+namespace {
+
+class ColorProbe : public QvAColor {
+ public:
+  using QvAColor::localAddError;
+  using QvAColor::localFlagNum;
+  using QvAColor::localSubError;
+  void ForceError(unsigned char bits) { errorFlags = bits; }
+};
+
+std::uint32_t gMillis = 0;
+std::uint32_t FakeMillis() { return gMillis; }
+
+struct FakeClock {
+  FakeClock() {
+    gMillis = 0;
+    QvSetTickSource(&FakeMillis);
+  }
+  ~FakeClock() { QvSetTickSource(nullptr); }
+};
+
+}  // namespace
+
+TEST(QvAColorBase, NewAnimationHasNoAreaAndComputesNothing) {
+  NoFailures guard;
+  QvAColor a;
+  EXPECT_EQ(16, a.Error());
+  EXPECT_EQ(nullptr, a.Area());
+  EXPECT_NE(nullptr, a.CTable());
+  EXPECT_EQ(0, a.Count());
+  // Before any area the area queries answer 0.
+  EXPECT_EQ(0, a.AreaFlag(0));
+  EXPECT_EQ(0u, a.AreaNum());
+  tbColorTable src = GreyTable();
+  // The base computes nothing and hands out its own table.
+  EXPECT_EQ(a.CTable(), a.CTable(&src));
+  EXPECT_EQ(a.CTable(), a.CTable(0, &src));
+  EXPECT_EQ(0, a.Mode());
+  EXPECT_EQ(30, a.Speed());
+}
+
+TEST(QvAColorBase, RegAreaCopiesFlagsOnceIntoTheSameObject) {
+  NoFailures guard;
+  QvAColor a;
+  QvPal pal = RangePal(3, 5);
+  ASSERT_EQ(1, a.RegArea(&pal));
+  EXPECT_EQ(0, a.Error());
+  QvPal* own = a.Area();
+  ASSERT_NE(nullptr, own);
+  EXPECT_NE(&pal, own);
+  EXPECT_EQ(1, a.AreaFlag(4));
+  EXPECT_EQ(0, a.AreaFlag(6));
+  EXPECT_EQ(256u, a.AreaNum());
+
+  // Later changes to pal do not reach the animation ...
+  pal.SetFlag(6, 1);
+  pal.SetFlagNum(40);
+  EXPECT_EQ(0, a.AreaFlag(6));
+  EXPECT_EQ(256u, a.AreaNum());
+  // ... until it is registered again, into the same area object.
+  ASSERT_EQ(1, a.RegArea(&pal));
+  EXPECT_EQ(own, a.Area());
+  EXPECT_EQ(1, a.AreaFlag(6));
+  EXPECT_EQ(40u, a.AreaNum());
+}
+
+TEST(QvAColorBase, RegAreaWithNullRegistersAnEmptyArea) {
+  NoFailures guard;
+  QvAColor a;
+  ASSERT_EQ(1, a.RegArea(nullptr));
+  EXPECT_EQ(0, a.Error());
+  ASSERT_NE(nullptr, a.Area());
+  EXPECT_EQ(256u, a.AreaNum());
+  for (int i = 0; i < 256; ++i) EXPECT_EQ(0, a.AreaFlag(static_cast<unsigned char>(i)));
+
+  // A null area also clears a registered one.
+  QvPal pal = RangePal(0, 9);
+  ASSERT_EQ(1, a.RegArea(&pal));
+  ASSERT_EQ(1, a.RegArea(nullptr));
+  EXPECT_EQ(0, a.AreaFlag(0));
+}
+
+TEST(QvAColorBase, FailedAreaAllocationKeepsTheErrorBit) {
+  NoFailures guard;
+  QvAColor a;
+  QvPal pal = RangePal(0, 9);
+  QvFailAllocation(1);
+  EXPECT_EQ(0, a.RegArea(&pal));
+  QvFailAllocation(0);
+  EXPECT_EQ(16, a.Error());
+  EXPECT_EQ(nullptr, a.Area());
+  EXPECT_EQ(0u, a.AreaNum());
+  // A later attempt succeeds.
+  EXPECT_EQ(1, a.RegArea(&pal));
+  EXPECT_EQ(0, a.Error());
+}
+
+TEST(QvAColorBase, FailedOutputTableSetsBothBits) {
+  NoFailures guard;
+  QvFailAllocation(1);
+  QvAColor a;
+  QvFailAllocation(0);
+  EXPECT_EQ(17, a.Error());
+  EXPECT_EQ(nullptr, a.CTable());
+  QvPal pal = RangePal(0, 9);
+  ASSERT_EQ(1, a.RegArea(&pal));
+  // The table bit never clears.
+  EXPECT_EQ(1, a.Error());
+  tbRGBColor red(255, 0, 0);
+  a.SetColor(0, &red);  // no table: nothing happens
+}
+
+TEST(QvAColorBase, SetColorWritesOneEntry) {
+  NoFailures guard;
+  QvAColor a;
+  tbRGBColor c(1, 2, 3);
+  a.SetColor(200, &c);
+  EXPECT_EQ(c, Entry(a.CTable(), 200));
+  a.SetColor(201, nullptr);  // ignored
+}
+
+TEST(QvAColorBase, ErrorBitsAreAddedAndRemovedOnce) {
+  NoFailures guard;
+  ColorProbe a;
+  EXPECT_EQ(16, a.Error());
+  a.localAddError(0x10);  // already set: no second addition
+  EXPECT_EQ(16, a.Error());
+  a.localAddError(0x01);
+  EXPECT_EQ(17, a.Error());
+  a.localSubError(0x10);
+  EXPECT_EQ(1, a.Error());
+  a.localSubError(0x10);  // not set: nothing subtracted
+  EXPECT_EQ(1, a.Error());
+  a.localSubError(0x01);
+  EXPECT_EQ(0, a.Error());
+}
+
+TEST(QvAColorBase, FlagNumIsKeptWithinTheTable) {
+  NoFailures guard;
+  ColorProbe a;
+  EXPECT_EQ(0, a.localFlagNum());
+  QvPal pal;
+  pal.SetFlagNum(12);
+  ASSERT_EQ(1, a.RegArea(&pal));
+  EXPECT_EQ(12, a.localFlagNum());
+}
+
+TEST(QvAColorBase, LoadAndSaveFail) {
+  NoFailures guard;
+  QvAColor a;
+  char path[] = "movie";
+  EXPECT_EQ(0, a.Load(3));
+  EXPECT_EQ(0, a.Save(3));
+  EXPECT_EQ(0, a.Load(path));
+  EXPECT_EQ(0, a.Save(path, 0u, 10u));
+  QvACycle c;
+  QvAFade f;
+  QvAFlash l;
+  QvASwitch s;
+  EXPECT_EQ(0, c.Load(1, 2u));
+  EXPECT_EQ(0, f.Load(1, 2u));
+  EXPECT_EQ(0, l.Load(1, 2u));
+  EXPECT_EQ(0, s.Load(1, 2u));
+  EXPECT_EQ(0, c.Load(1));
+  EXPECT_EQ(0, f.Save(1));
+  EXPECT_EQ(0, l.Load(path));
+  EXPECT_EQ(0, s.Save(path, 1u, 1u));
+}
+
+// Behaviour shared by the four kinds.
+template <class K>
+class QvAColorKinds : public ::testing::Test {};
+
+using Kinds = ::testing::Types<QvACycle, QvAFade, QvAFlash, QvASwitch>;
+TYPED_TEST_SUITE(QvAColorKinds, Kinds);
+
+TYPED_TEST(QvAColorKinds, NewAnimationGivesNoTable) {
+  NoFailures guard;
+  TypeParam k;
+  tbColorTable src = GreyTable();
+  EXPECT_EQ(16, k.Error());
+  EXPECT_EQ(nullptr, k.Area());
+  EXPECT_EQ(nullptr, k.CTable(0, &src));
+  EXPECT_EQ(nullptr, k.CTable(&src));
+  EXPECT_NE(nullptr, k.CTable());
+  EXPECT_EQ(0, k.Top());
+  EXPECT_EQ(k.Count() - 1, k.End());
+}
+
+TYPED_TEST(QvAColorKinds, ErrorBitBlocksEveryFrame) {
+  NoFailures guard;
+  QvFailAllocation(1);
+  TypeParam k;
+  QvFailAllocation(0);
+  EXPECT_EQ(17, k.Error());
+  QvPal pal = RangePal(0, 255);
+  EXPECT_EQ(1, k.RegArea(&pal));
+  EXPECT_EQ(1, k.Error());
+  tbColorTable src = GreyTable();
+  EXPECT_EQ(nullptr, k.CTable(0, &src));
+  EXPECT_EQ(nullptr, k.CTable(&src));
+}
+
+TYPED_TEST(QvAColorKinds, FailedRegAreaChangesNothing) {
+  NoFailures guard;
+  TypeParam k;
+  const std::int16_t count = k.Count();
+  QvPal pal = RangePal(0, 9);
+  QvFailAllocation(1);
+  EXPECT_EQ(0, k.RegArea(&pal));
+  QvFailAllocation(0);
+  EXPECT_EQ(16, k.Error());
+  EXPECT_EQ(nullptr, k.Area());
+  EXPECT_EQ(count, k.Count());
+  EXPECT_EQ(count - 1, k.End());
+}
+
+TYPED_TEST(QvAColorKinds, NullSourceGivesNull) {
+  NoFailures guard;
+  TypeParam k;
+  QvPal pal = RangePal(0, 9);
+  ASSERT_EQ(1, k.RegArea(&pal));
+  EXPECT_EQ(nullptr, k.CTable(0, nullptr));
+  EXPECT_EQ(nullptr, k.CTable(-1, nullptr));
+}
+
+template <class T, class = void>
+struct HasPublicSetTop : std::false_type {};
+template <class T>
+struct HasPublicSetTop<T, std::void_t<decltype(std::declval<T&>().SetTop(0))>> : std::true_type {};
+template <class T, class = void>
+struct HasPublicSetEnd : std::false_type {};
+template <class T>
+struct HasPublicSetEnd<T, std::void_t<decltype(std::declval<T&>().SetEnd(0))>> : std::true_type {};
+
+TYPED_TEST(QvAColorKinds, RangeIsSetByTheKindItself) {
+  static_assert(!HasPublicSetTop<TypeParam>::value, "SetTop must not be public");
+  static_assert(!HasPublicSetEnd<TypeParam>::value, "SetEnd must not be public");
+  static_assert(HasPublicSetTop<QvAColor>::value, "the base keeps the clock's SetTop");
+  // The slot itself keeps the clock's behaviour.
+  NoFailures guard;
+  TypeParam k;
+  QvMPlayer* clock = &k;
+  clock->SetEnd(7);
+  EXPECT_EQ(7, k.End());
+}
+
+TYPED_TEST(QvAColorKinds, CurrentFrameOfAStoppedClockIsCur) {
+  NoFailures guard;
+  TypeParam k;
+  QvPal pal = RangePal(0, 255);
+  ASSERT_EQ(1, k.RegArea(&pal));
+  tbColorTable src = DistinctTable();
+  // A switch needs tables for its frames.
+  if constexpr (std::is_same_v<TypeParam, QvASwitch>) {
+    tbColorTable a = UniformTable(1, 1, 1), b = UniformTable(2, 2, 2), c = UniformTable(3, 3, 3);
+    ASSERT_EQ(1, k.RegCTable(0, &a));
+    ASSERT_EQ(1, k.RegCTable(1, &b));
+    ASSERT_EQ(1, k.RegCTable(2, &c));
+  }
+  k.SetMode(2);
+  EXPECT_EQ(2, k.SetCur(2));
+  ASSERT_NE(nullptr, k.CTable(static_cast<std::int16_t>(2), &src));
+  tbColorTable expected = *k.CTable();
+  ASSERT_NE(nullptr, k.CTable(0, &src));
+  ASSERT_EQ(k.CTable(), k.CTable(&src));
+  EXPECT_EQ(expected, *k.CTable());
+  EXPECT_EQ(2, k.Cur());
+  k.Pause();
+  ASSERT_EQ(k.CTable(), k.CTable(&src));
+  EXPECT_EQ(expected, *k.CTable());
+}
+
+TYPED_TEST(QvAColorKinds, CurrentFrameOfAPlayingClockIsSampledFirst) {
+  NoFailures guard;
+  FakeClock clock;
+  TypeParam k;
+  QvPal pal = RangePal(0, 255);
+  ASSERT_EQ(1, k.RegArea(&pal));
+  tbColorTable src = DistinctTable();
+  if constexpr (std::is_same_v<TypeParam, QvASwitch>) {
+    for (int i = 0; i < 20; ++i) {
+      tbColorTable t = UniformTable(static_cast<unsigned char>(i), 0, 0);
+      ASSERT_EQ(1, k.RegCTable(static_cast<std::int16_t>(i), &t));
+    }
+  }
+  if constexpr (std::is_same_v<TypeParam, QvAFlash>) k.SetMode(2);
+  k.Play(30);
+  gMillis = 500;  // 29 ticks: 14 frames at speed 30
+  tbColorTable* out = k.CTable(&src);
+  ASSERT_NE(nullptr, out);
+  tbColorTable got = *out;
+  const std::int32_t frame = k.Cur();
+  if constexpr (std::is_same_v<TypeParam, QvAFlash>) {
+    EXPECT_EQ(2, frame);  // 14 wrapped into 0..2
+  } else {
+    EXPECT_EQ(14, frame);
+  }
+  ASSERT_NE(nullptr, k.CTable(static_cast<std::int16_t>(frame), &src));
+  EXPECT_EQ(*k.CTable(), got);
+}
+
+TYPED_TEST(QvAColorKinds, FrameComputationAllocatesNothing) {
+  NoFailures guard;
+  TypeParam k;
+  QvPal pal = RangePal(2, 200);
+  ASSERT_EQ(1, k.RegArea(&pal));
+  tbColorTable src = DistinctTable();
+  if constexpr (std::is_same_v<TypeParam, QvASwitch>) {
+    tbColorTable a = UniformTable(1, 1, 1), b = UniformTable(2, 2, 2);
+    ASSERT_EQ(1, k.RegCTable(0, &a));
+    ASSERT_EQ(1, k.RegCTable(1, &b));
+  }
+  QvFailAllocation(0);
+  for (std::int16_t f = 0; f < 2; ++f) ASSERT_NE(nullptr, k.CTable(f, &src));
+  k.SetCur(1);
+  ASSERT_NE(nullptr, k.CTable(&src));
+  EXPECT_EQ(0, QvAllocationCount());
+}
