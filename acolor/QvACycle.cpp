@@ -94,6 +94,7 @@ char QvACycle::Save(int) { return 0; }
 char QvACycle::Load(int, std::uint32_t) { return 0; }
 
 void QvACycle::Dup(QvACycle* other) {
+  // Nothing to copy into, or a copy into itself: nothing to do.
   if (!other || other == this) return;
   other->SetMode(mode);
   other->SetSpeed(speed);

@@ -92,6 +92,7 @@ char QvAFade::Save(int) { return 0; }
 char QvAFade::Load(int, std::uint32_t) { return 0; }
 
 void QvAFade::Dup(QvAFade* other) {
+  // Nothing to copy into, or a copy into itself: nothing to do.
   if (!other || other == this) return;
   other->SetMode(mode);
   other->SetSpeed(speed);

@@ -70,6 +70,7 @@ char QvAFlash::Save(int) { return 0; }
 char QvAFlash::Load(int, std::uint32_t) { return 0; }
 
 void QvAFlash::Dup(QvAFlash* other) {
+  // Nothing to copy into, or a copy into itself: nothing to do.
   if (!other || other == this) return;
   other->SetMode(mode);
   other->SetSpeed(speed);

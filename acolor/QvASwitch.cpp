@@ -116,6 +116,7 @@ char QvASwitch::Save(int) { return 0; }
 char QvASwitch::Load(int, std::uint32_t) { return 0; }
 
 void QvASwitch::Dup(QvASwitch* other) {
+  // Nothing to copy into, or a copy into itself: nothing to do.
   if (!other || other == this) return;
   other->SetMode(mode);
   other->SetSpeed(speed);
