@@ -1,0 +1,845 @@
+#include "scene/SceneReader.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <initializer_list>
+#include <map>
+#include <sstream>
+
+#include "acolor/QvACycle.h"
+#include "acolor/QvAFade.h"
+#include "acolor/QvAFlash.h"
+#include "acolor/QvASwitch.h"
+#include "aframe/QvAFrame.h"
+#include "cast/QvMCast.h"
+#include "cast/QvMCastAnc.h"
+#include "layer/QvMLayer.h"
+#include "scene/JsonDocument.h"
+#include "scene/PngIO.h"
+#include "scene/SceneError.h"
+#include "toolbox/QvPal.h"
+#include "toolbox/tbRGBColor.h"
+
+namespace qvscene {
+
+using json = nlohmann::json;
+
+namespace {
+
+constexpr double kPi = 3.14159265358979323846;
+
+std::string Quote(const std::string& s) { return "\"" + s + "\""; }
+
+std::string TypeName(const json& v) {
+  switch (v.type()) {
+    case json::value_t::object:
+      return "an object";
+    case json::value_t::array:
+      return "an array";
+    case json::value_t::string:
+      return "a string";
+    case json::value_t::boolean:
+      return "a boolean";
+    case json::value_t::null:
+      return "null";
+    case json::value_t::number_float:
+      return "a number with a fraction";
+    case json::value_t::number_integer:
+    case json::value_t::number_unsigned:
+      return "an integer";
+    default:
+      return "a value of another kind";
+  }
+}
+
+std::string NumberText(double v) {
+  std::ostringstream s;
+  s << v;
+  return s.str();
+}
+
+// Checks values against the scene format and reports faults through the
+// document, which names the file, the JSON path and the line.
+class Checker {
+ public:
+  explicit Checker(const JsonDocument& doc) : doc_(doc) {}
+
+  [[noreturn]] void Fail(const std::string& path, const std::string& reason) const {
+    doc_.Fail(path, reason);
+  }
+
+  static std::string Child(const std::string& path, const std::string& key) {
+    return path + "/" + JsonDocument::Escape(key);
+  }
+  static std::string Child(const std::string& path, std::size_t index) {
+    return path + "/" + std::to_string(index);
+  }
+
+  // v must be an object whose keys are all in allowed ("comment" is always
+  // allowed) and which has every key of required.
+  void Object(const json& v, const std::string& path, std::initializer_list<const char*> allowed,
+              std::initializer_list<const char*> required = {}) const {
+    if (!v.is_object()) Fail(path, "expected an object, found " + TypeName(v));
+    for (auto it = v.begin(); it != v.end(); ++it) {
+      const std::string& key = it.key();
+      if (key == "comment") continue;
+      bool known = false;
+      for (const char* a : allowed) known = known || key == a;
+      if (!known) {
+        std::string list;
+        for (const char* a : allowed) list += std::string(list.empty() ? "" : ", ") + a;
+        Fail(Child(path, key), "unknown key " + Quote(key) + " (allowed here: " + list + ")");
+      }
+    }
+    for (const char* r : required) {
+      if (!v.contains(r)) Fail(path, "missing key " + Quote(r));
+    }
+  }
+
+  void Array(const json& v, const std::string& path, std::size_t minSize,
+             std::size_t maxSize) const {
+    if (!v.is_array()) Fail(path, "expected an array, found " + TypeName(v));
+    if (v.size() < minSize || v.size() > maxSize) {
+      Fail(path, "expected " + SizeText(minSize, maxSize) + ", found " + std::to_string(v.size()));
+    }
+  }
+
+  std::int64_t Int(const json& v, const std::string& path, std::int64_t min,
+                   std::int64_t max) const {
+    if (!v.is_number_integer()) Fail(path, "expected an integer, found " + TypeName(v));
+    if (v.is_number_unsigned() && v.get<std::uint64_t>() > static_cast<std::uint64_t>(max)) {
+      Fail(path, "out of range: " + std::to_string(v.get<std::uint64_t>()) + " (allowed " +
+                     std::to_string(min) + " to " + std::to_string(max) + ")");
+    }
+    const std::int64_t x = v.get<std::int64_t>();
+    if (x < min || x > max) {
+      Fail(path, "out of range: " + std::to_string(x) + " (allowed " + std::to_string(min) +
+                     " to " + std::to_string(max) + ")");
+    }
+    return x;
+  }
+
+  // A number in [min, max], or in (min, max] when minExclusive.
+  double Number(const json& v, const std::string& path, double min, double max,
+                bool minExclusive = false) const {
+    if (!v.is_number()) Fail(path, "expected a number, found " + TypeName(v));
+    const double x = v.get<double>();
+    const bool low = minExclusive ? !(x > min) : !(x >= min);
+    if (low || !(x <= max)) {
+      Fail(path, "out of range: " + NumberText(x) + " (allowed " + (minExclusive ? "above " : "") +
+                     NumberText(min) + " to " + NumberText(max) + ")");
+    }
+    return x;
+  }
+
+  std::string String(const json& v, const std::string& path) const {
+    if (!v.is_string()) Fail(path, "expected a string, found " + TypeName(v));
+    return v.get<std::string>();
+  }
+
+  std::string NonEmptyString(const json& v, const std::string& path) const {
+    std::string s = String(v, path);
+    if (s.empty()) Fail(path, "must not be empty");
+    return s;
+  }
+
+  int Choice(const json& v, const std::string& path,
+             std::initializer_list<const char*> names) const {
+    const std::string s = String(v, path);
+    int i = 0;
+    std::string list;
+    for (const char* n : names) {
+      if (s == n) return i;
+      list += std::string(list.empty() ? "" : ", ") + Quote(n);
+      ++i;
+    }
+    Fail(path, "unknown value " + Quote(s) + " (expected one of " + list + ")");
+  }
+
+  bool Bool(const json& v, const std::string& path) const {
+    if (!v.is_boolean()) Fail(path, "expected true or false, found " + TypeName(v));
+    return v.get<bool>();
+  }
+
+  // [x, y] of 16-bit integers.
+  void Point(const json& v, const std::string& path, std::int16_t* x, std::int16_t* y) const {
+    Array(v, path, 2, 2);
+    *x = static_cast<std::int16_t>(Int(v[0], Child(path, 0), -32768, 32767));
+    *y = static_cast<std::int16_t>(Int(v[1], Child(path, 1), -32768, 32767));
+  }
+
+  // "#rrggbb" or [r, g, b].
+  tbRGBColor Color(const json& v, const std::string& path) const {
+    if (v.is_string()) {
+      const std::string s = v.get<std::string>();
+      bool ok = s.size() == 7 && s[0] == '#';
+      for (std::size_t i = 1; ok && i < 7; ++i)
+        ok = std::isxdigit(static_cast<unsigned char>(s[i]));
+      if (!ok) Fail(path, "expected a colour \"#rrggbb\", found " + Quote(s));
+      const unsigned long rgb = std::strtoul(s.c_str() + 1, nullptr, 16);
+      return tbRGBColor(static_cast<unsigned char>(rgb >> 16), static_cast<unsigned char>(rgb >> 8),
+                        static_cast<unsigned char>(rgb));
+    }
+    if (!v.is_array()) {
+      Fail(path, "expected a colour \"#rrggbb\" or [red, green, blue], found " + TypeName(v));
+    }
+    Array(v, path, 3, 3);
+    return tbRGBColor(static_cast<unsigned char>(Int(v[0], Child(path, 0), 0, 255)),
+                      static_cast<unsigned char>(Int(v[1], Child(path, 1), 0, 255)),
+                      static_cast<unsigned char>(Int(v[2], Child(path, 2), 0, 255)));
+  }
+
+  // A colour index or a range [first, last] of them.
+  void IndexRange(const json& v, const std::string& path, int* first, int* last) const {
+    if (v.is_array()) {
+      Array(v, path, 2, 2);
+      *first = static_cast<int>(Int(v[0], Child(path, 0), 0, 255));
+      *last = static_cast<int>(Int(v[1], Child(path, 1), 0, 255));
+      if (*last < *first) Fail(path, "range ends before it starts");
+      return;
+    }
+    if (!v.is_number_integer()) {
+      Fail(path, "expected a colour index or a range [first, last], found " + TypeName(v));
+    }
+    *first = *last = static_cast<int>(Int(v, path, 0, 255));
+  }
+
+ private:
+  static std::string SizeText(std::size_t minSize, std::size_t maxSize) {
+    if (minSize == maxSize) return std::to_string(minSize) + " elements";
+    if (maxSize == static_cast<std::size_t>(-1)) {
+      return "at least " + std::to_string(minSize) + " elements";
+    }
+    return std::to_string(minSize) + " to " + std::to_string(maxSize) + " elements";
+  }
+
+  const JsonDocument& doc_;
+};
+
+std::string DirOf(const std::string& path) {
+  const std::size_t slash = path.find_last_of('/');
+  if (slash == std::string::npos) return std::string();
+  return path.substr(0, slash + 1);
+}
+
+std::string Resolve(const std::string& dir, const std::string& file) {
+  if (file.empty() || file[0] == '/' || dir.empty()) return file;
+  return dir.back() == '/' ? dir + file : dir + "/" + file;
+}
+
+void ToColorTable(const Picture& p, tbColorTable* table) {
+  for (int i = 0; i < 256; ++i) {
+    tbRGBColor c(p.palette[i][0], p.palette[i][1], p.palette[i][2]);
+    table->SetCTTable(static_cast<std::int16_t>(i), &c);
+  }
+}
+
+// Settings applied once the members are placed on their layers, since
+// placing can change a member's time range and with it the scroll steps.
+struct Pending {
+  std::int16_t id = -1;
+  bool hasPath = false;
+  bool pathByCount = false;
+  double pathValue = 1.0;
+  std::int16_t pathOffset = 0;
+  bool scroll = false;
+  bool scrollH = false, scrollV = false;
+  bool countH = false, countV = false;
+  double valueH = 1.0, valueV = 1.0;
+};
+
+}  // namespace
+
+// Builds a Scene from a checked document through the library's public
+// interface.
+class SceneBuilder {
+ public:
+  SceneBuilder(const JsonDocument& doc, const LoadOptions& options)
+      : doc_(doc), check_(doc), options_(options) {}
+
+  std::unique_ptr<Scene> Build();
+
+ private:
+  void ReadOutput(const json& v);
+  void ReadPictures(const json& v);
+  void ReadMember(const json& v, const std::string& path);
+  void ReadFrames(const json& member, const std::string& path, const Picture* memberPicture,
+                  std::int16_t id, unsigned char* name);
+  void ReadColors(const json& v, const std::string& path, const tbColorTable& own, std::int16_t id,
+                  unsigned char* name, std::int32_t start, Scene::Member* m);
+  void ReadPath(const json& member, const std::string& path, std::int16_t id, unsigned char* name,
+                Pending* pending);
+  void ReadScroll(const json& v, const std::string& path, std::int16_t id, unsigned char* name,
+                  Pending* pending);
+  void ReadLayers(const json& v);
+  void ApplyPending();
+  QvPal ReadArea(const json& v, const std::string& path, bool* union_);
+  const Picture& PictureRef(const json& v, const std::string& path);
+  void Need(bool ok, const std::string& what);
+
+  const JsonDocument& doc_;
+  Checker check_;
+  LoadOptions options_;
+  std::unique_ptr<Scene> scene_;
+  std::map<std::string, Picture> pictures_;
+  std::string paletteName_;
+  std::string palettePath_;
+  std::vector<Pending> pending_;
+};
+
+void SceneBuilder::Need(bool ok, const std::string& what) {
+  if (!ok) throw BuildError(doc_.File() + ": the library could not " + what);
+}
+
+std::unique_ptr<Scene> SceneBuilder::Build() {
+  scene_.reset(new Scene());
+  scene_->file_ = doc_.File();
+  const json& root = doc_.Root();
+  check_.Object(root, "", {"output", "pictures", "members", "layers"},
+                {"output", "pictures", "members", "layers"});
+  // Pictures first: the output names its palette by picture.
+  ReadPictures(root["pictures"]);
+  ReadOutput(root["output"]);
+  scene_->cast_.reset(new QvMCast());
+  scene_->layers_.reset(new QvMLayer());
+  const json& members = root["members"];
+  check_.Array(members, "/members", 1, 10000);
+  for (std::size_t i = 0; i < members.size(); ++i) {
+    ReadMember(members[i], Checker::Child("/members", i));
+  }
+  ReadLayers(root["layers"]);
+  ApplyPending();
+  return std::move(scene_);
+}
+
+const Picture& SceneBuilder::PictureRef(const json& v, const std::string& path) {
+  const std::string name = check_.String(v, path);
+  auto it = pictures_.find(name);
+  if (it == pictures_.end()) check_.Fail(path, "undefined picture " + Quote(name));
+  return it->second;
+}
+
+void SceneBuilder::ReadPictures(const json& v) {
+  if (!v.is_object()) check_.Fail("/pictures", "expected an object, found " + TypeName(v));
+  const std::string dir = options_.pictureDir.empty() ? DirOf(doc_.File()) : options_.pictureDir;
+  for (auto it = v.begin(); it != v.end(); ++it) {
+    const std::string path = Checker::Child("/pictures", it.key());
+    if (it.key().empty()) check_.Fail(path, "a picture name must not be empty");
+    const std::string file = Resolve(dir, check_.NonEmptyString(it.value(), path));
+    Picture picture;
+    std::string error;
+    if (!ReadIndexedPng(file, &picture, &error)) check_.Fail(path, error);
+    pictures_.emplace(it.key(), std::move(picture));
+  }
+}
+
+void SceneBuilder::ReadOutput(const json& v) {
+  const std::string path = "/output";
+  check_.Object(v, path, {"width", "height", "from", "to", "step", "background", "palette", "loop"},
+                {"width", "height", "to", "palette"});
+  Scene& s = *scene_;
+  s.width_ = static_cast<std::int16_t>(check_.Int(v["width"], path + "/width", 1, 4096));
+  s.height_ = static_cast<std::int16_t>(check_.Int(v["height"], path + "/height", 1, 4096));
+  if (v.contains("from")) {
+    s.from_ = static_cast<std::int32_t>(check_.Int(v["from"], path + "/from", -1000000, 1000000));
+  }
+  s.to_ = static_cast<std::int32_t>(check_.Int(v["to"], path + "/to", -1000000, 1000000));
+  if (s.to_ < s.from_)
+    check_.Fail(path + "/to",
+                "the output ends before it starts (\"from\" is " + std::to_string(s.from_) + ")");
+  if (v.contains("step")) {
+    s.step_ = static_cast<std::int32_t>(check_.Int(v["step"], path + "/step", 1, 10000));
+  }
+  if ((static_cast<std::int64_t>(s.to_) - s.from_) / s.step_ + 1 > 20000) {
+    check_.Fail(path + "/step", "more than 20000 moments to render");
+  }
+  if (v.contains("background")) {
+    s.background_ =
+        static_cast<unsigned char>(check_.Int(v["background"], path + "/background", 0, 255));
+  }
+  if (v.contains("loop"))
+    s.loops_ = static_cast<int>(check_.Int(v["loop"], path + "/loop", 0, 65535));
+  const Picture& palette = PictureRef(v["palette"], path + "/palette");
+  ToColorTable(palette, &s.basePalette_);
+}
+
+void SceneBuilder::ReadMember(const json& v, const std::string& path) {
+  check_.Object(v, path,
+                {"name", "picture", "colorTable", "transparent", "frames", "mode", "speed", "start",
+                 "end", "path", "position", "scroll", "colors"},
+                {"name"});
+  std::string name = check_.NonEmptyString(v["name"], path + "/name");
+  if (scene_->MemberId(name) >= 0)
+    check_.Fail(path + "/name", "duplicate member name " + Quote(name));
+  if (!v.contains("frames") && !v.contains("colors")) {
+    check_.Fail(path, "a member needs \"frames\" or \"colors\"");
+  }
+  const Picture* picture = nullptr;
+  if (v.contains("picture")) picture = &PictureRef(v["picture"], path + "/picture");
+  const Picture* tablePicture = picture;
+  if (v.contains("colorTable")) tablePicture = &PictureRef(v["colorTable"], path + "/colorTable");
+  if (!tablePicture) check_.Fail(path, "a member needs a \"colorTable\" (or a \"picture\")");
+  if (v.contains("path") && v.contains("position")) {
+    check_.Fail(path + "/position", "give either \"path\" or \"position\", not both");
+  }
+  for (const char* key : {"mode", "speed", "transparent"}) {
+    if (v.contains(key) && !v.contains("frames")) {
+      check_.Fail(Checker::Child(path, key), Quote(key) + " needs \"frames\"");
+    }
+  }
+  std::int32_t start = scene_->from_;
+  std::int32_t end = scene_->to_;
+  if (v.contains("start")) {
+    start = static_cast<std::int32_t>(check_.Int(v["start"], path + "/start", -1000000, 1000000));
+  }
+  if (v.contains("end")) {
+    end = static_cast<std::int32_t>(check_.Int(v["end"], path + "/end", -1000000, 1000000));
+  }
+  if (end < start)
+    check_.Fail(path + (v.contains("end") ? "/end" : "/start"),
+                "the member ends (" + std::to_string(end) + ") before it starts (" +
+                    std::to_string(start) + ")");
+
+  QvMCast* cast = scene_->cast_.get();
+  unsigned char* cname = reinterpret_cast<unsigned char*>(name.data());
+  const std::int16_t id = cast->New(cname);
+  Need(id >= 0, "create member " + Quote(name));
+  Scene::Member member;
+  member.name = name;
+  member.id = id;
+
+  // Own colour table, with the palette area of the opaque colours when the
+  // member has a transparent index.
+  tbColorTable own;
+  ToColorTable(*tablePicture, &own);
+  QvPal opaque;
+  bool hasTransparent = false;
+  if (v.contains("transparent")) {
+    const int t = static_cast<int>(check_.Int(v["transparent"], path + "/transparent", 0, 255));
+    opaque.SetRange(0, 255, 1);
+    opaque.SetFlag(static_cast<unsigned char>(t), 0);
+    hasTransparent = true;
+  }
+  Need(cast->RegOrgCTable(id, &own, hasTransparent ? &opaque : nullptr, cname) == id,
+       "register the colour table of " + Quote(name));
+
+  if (v.contains("frames")) ReadFrames(v, path, picture, id, cname);
+  if (v.contains("colors"))
+    ReadColors(v["colors"], path + "/colors", own, id, cname, start, &member);
+  Need(cast->SetStartEnd(id, start, end) != 0, "set the time range of " + Quote(name));
+
+  Pending pending;
+  pending.id = id;
+  ReadPath(v, path, id, cname, &pending);
+  if (v.contains("scroll")) ReadScroll(v["scroll"], path + "/scroll", id, cname, &pending);
+  pending_.push_back(pending);
+  scene_->members_.push_back(member);
+}
+
+void SceneBuilder::ReadFrames(const json& member, const std::string& path,
+                              const Picture* memberPicture, std::int16_t id, unsigned char* name) {
+  const std::string framesPath = path + "/frames";
+  const json& frames = member["frames"];
+  check_.Array(frames, framesPath, 1, 10000);
+  auto anim = std::make_unique<QvAFrame>();
+  anim->LockUpdateMCast();
+  std::int64_t total = 0;
+  for (std::size_t i = 0; i < frames.size(); ++i) {
+    const json& f = frames[i];
+    const std::string fp = Checker::Child(framesPath, i);
+    check_.Object(f, fp, {"rect", "anchor", "interval", "zoom", "rotation", "picture"}, {"rect"});
+    const Picture* picture = memberPicture;
+    if (f.contains("picture")) picture = &PictureRef(f["picture"], fp + "/picture");
+    if (!picture) check_.Fail(fp, "a frame needs a picture (the member's \"picture\" or its own)");
+    const json& rect = f["rect"];
+    const std::string rp = fp + "/rect";
+    check_.Array(rect, rp, 4, 4);
+    const std::int64_t x = check_.Int(rect[0], rp + "/0", 0, picture->width - 1);
+    const std::int64_t y = check_.Int(rect[1], rp + "/1", 0, picture->height - 1);
+    const std::int64_t w = check_.Int(rect[2], rp + "/2", 1, picture->width - x);
+    const std::int64_t h = check_.Int(rect[3], rp + "/3", 1, picture->height - y);
+    std::int16_t ax = static_cast<std::int16_t>(x + w / 2);
+    std::int16_t ay = static_cast<std::int16_t>(y + h / 2);
+    if (f.contains("anchor")) check_.Point(f["anchor"], fp + "/anchor", &ax, &ay);
+    std::int16_t interval = 1;
+    if (f.contains("interval")) {
+      interval = static_cast<std::int16_t>(check_.Int(f["interval"], fp + "/interval", 1, 32767));
+    }
+    total += interval;
+    if (total > 32767) check_.Fail(fp + "/interval", "the frames last more than 32767 in all");
+    double zx = 1.0;
+    double zy = 1.0;
+    if (f.contains("zoom")) {
+      const json& z = f["zoom"];
+      if (z.is_array()) {
+        check_.Array(z, fp + "/zoom", 2, 2);
+        zx = check_.Number(z[0], fp + "/zoom/0", 0.0, 16.0, true);
+        zy = check_.Number(z[1], fp + "/zoom/1", 0.0, 16.0, true);
+      } else {
+        zx = zy = check_.Number(z, fp + "/zoom", 0.0, 16.0, true);
+      }
+    }
+    double degrees = 0.0;
+    if (f.contains("rotation")) {
+      degrees = check_.Number(f["rotation"], fp + "/rotation", -3600.0, 3600.0);
+    }
+    const std::int16_t n =
+        anim->Reg(-1, static_cast<std::int16_t>(x), static_cast<std::int16_t>(y),
+                  static_cast<std::int16_t>(w), static_cast<std::int16_t>(h), ax, ay, interval);
+    Need(n >= 0, "add frame " + std::to_string(i));
+    Need(anim->SetZoom(n, zx, zy) != 0, "zoom frame " + std::to_string(i));
+    Need(anim->SetRot(n, degrees * kPi / 180.0) != 0, "rotate frame " + std::to_string(i));
+    Picture* src = const_cast<Picture*>(picture);
+    Need(anim->SetImage(n, src->pixels.data(), static_cast<std::int16_t>(src->width),
+                        static_cast<std::int16_t>(src->width),
+                        static_cast<std::int16_t>(src->height)) != 0,
+         "make the image of frame " + std::to_string(i));
+  }
+  char mode = 2;
+  if (member.contains("mode")) {
+    mode = static_cast<char>(
+        check_.Choice(member["mode"], path + "/mode", {"once", "bounce", "loop"}));
+  }
+  std::int16_t speed = 30;
+  if (member.contains("speed")) {
+    speed = static_cast<std::int16_t>(check_.Int(member["speed"], path + "/speed", 1, 1000));
+  }
+  anim->SetMode(mode);
+  anim->SetSpeed(speed);
+  anim->UnlockUpdateMCast();
+  QvMCast* cast = scene_->cast_.get();
+  Need(cast->RegAFrame(id, anim.get(), scene_->from_, name, anim.get()) == id,
+       "register the frame animation");
+  Need(cast->AFrame(id) != nullptr, "copy the frame animation");
+  scene_->frameAnims_.push_back(std::move(anim));
+}
+
+QvPal SceneBuilder::ReadArea(const json& v, const std::string& path, bool* union_) {
+  check_.Array(v, path, 1, 256);
+  QvPal pal;
+  for (std::size_t i = 0; i < v.size(); ++i) {
+    int first = 0;
+    int last = 0;
+    check_.IndexRange(v[i], Checker::Child(path, i), &first, &last);
+    for (int k = first; k <= last; ++k) {
+      pal.SetFlag(static_cast<unsigned char>(k), 1);
+      union_[k] = true;
+    }
+  }
+  return pal;
+}
+
+void SceneBuilder::ReadColors(const json& v, const std::string& path, const tbColorTable& own,
+                              std::int16_t id, unsigned char* name, std::int32_t start,
+                              Scene::Member* m) {
+  check_.Array(v, path, 1, 4);
+  bool seen[4] = {};
+  QvMCast* cast = scene_->cast_.get();
+  for (std::size_t i = 0; i < v.size(); ++i) {
+    const json& c = v[i];
+    const std::string cp = Checker::Child(path, i);
+    if (!c.is_object()) check_.Fail(cp, "expected an object, found " + TypeName(c));
+    if (!c.contains("kind")) check_.Fail(cp, "missing key \"kind\"");
+    // Kind codes of the cast store: 0 cycle, 1 flash, 2 switch, 3 fade.
+    const int kind = check_.Choice(c["kind"], cp + "/kind", {"cycle", "flash", "switch", "fade"});
+    switch (kind) {
+      case 0:
+      case 1:
+        check_.Object(c, cp, {"kind", "area", "speed", "mode"}, {"area"});
+        break;
+      case 2:
+        check_.Object(c, cp, {"kind", "area", "speed", "mode", "tables"}, {"area", "tables"});
+        break;
+      default:
+        check_.Object(c, cp, {"kind", "area", "speed", "mode", "to", "count"}, {"area", "to"});
+        break;
+    }
+    if (seen[kind])
+      check_.Fail(cp + "/kind", "a member has at most one colour animation of each kind");
+    seen[kind] = true;
+    QvPal area = ReadArea(c["area"], cp + "/area", m->area);
+    char mode = kind == 3 ? 0 : 2;
+    if (c.contains("mode")) {
+      mode = static_cast<char>(check_.Choice(c["mode"], cp + "/mode", {"once", "bounce", "loop"}));
+    }
+    std::int16_t speed = 30;
+    if (c.contains("speed")) {
+      speed = static_cast<std::int16_t>(check_.Int(c["speed"], cp + "/speed", 1, 1000));
+    }
+    std::unique_ptr<QvAColor> anim;
+    QvMCastList* list = nullptr;
+    if (kind == 0) {
+      auto a = std::make_unique<QvACycle>();
+      a->SetMode(mode);
+      a->SetSpeed(speed);
+      Need(a->RegArea(&area) != 0, "register a palette area");
+      list = a.get();
+      anim = std::move(a);
+    } else if (kind == 1) {
+      auto a = std::make_unique<QvAFlash>();
+      a->SetMode(mode);
+      a->SetSpeed(speed);
+      Need(a->RegArea(&area) != 0, "register a palette area");
+      list = a.get();
+      anim = std::move(a);
+    } else if (kind == 2) {
+      auto a = std::make_unique<QvASwitch>();
+      a->SetMode(mode);
+      a->SetSpeed(speed);
+      Need(a->RegArea(&area) != 0, "register a palette area");
+      const json& tables = c["tables"];
+      const std::string tp = cp + "/tables";
+      check_.Array(tables, tp, 1, 256);
+      for (std::size_t j = 0; j < tables.size(); ++j) {
+        const json& t = tables[j];
+        const std::string p = Checker::Child(tp, j);
+        tbColorTable table = own;
+        if (t.is_string()) {
+          ToColorTable(PictureRef(t, p), &table);
+        } else {
+          check_.Object(t, p, {"picture", "entries"});
+          if (t.contains("picture")) ToColorTable(PictureRef(t["picture"], p + "/picture"), &table);
+          if (t.contains("entries")) {
+            const json& e = t["entries"];
+            const std::string ep = p + "/entries";
+            check_.Array(e, ep, 1, 256);
+            for (std::size_t k = 0; k < e.size(); ++k) {
+              const std::string kp = Checker::Child(ep, k);
+              check_.Array(e[k], kp, 2, 2);
+              int first = 0;
+              int last = 0;
+              check_.IndexRange(e[k][0], kp + "/0", &first, &last);
+              tbRGBColor color = check_.Color(e[k][1], kp + "/1");
+              for (int x = first; x <= last; ++x)
+                table.SetCTTable(static_cast<std::int16_t>(x), &color);
+            }
+          }
+        }
+        Need(a->RegCTable(-1, &table) != 0, "register a colour table");
+      }
+      list = a.get();
+      anim = std::move(a);
+    } else {
+      auto a = std::make_unique<QvAFade>();
+      a->SetMode(mode);
+      a->SetSpeed(speed);
+      Need(a->RegArea(&area) != 0, "register a palette area");
+      a->RegColor(check_.Color(c["to"], cp + "/to"));
+      if (c.contains("count")) {
+        a->SetCount(static_cast<std::int16_t>(check_.Int(c["count"], cp + "/count", 2, 32767)));
+      }
+      list = a.get();
+      anim = std::move(a);
+    }
+    Need(cast->RegAColor(id, anim.get(), static_cast<char>(kind), start, name, list) == id,
+         "register a colour animation");
+    m->animated = true;
+    scene_->colorAnims_.push_back(std::move(anim));
+  }
+}
+
+void SceneBuilder::ReadPath(const json& member, const std::string& path, std::int16_t id,
+                            unsigned char* name, Pending* pending) {
+  std::vector<QvMCastAnc> anchors;
+  char type = 1;
+  if (member.contains("position")) {
+    QvMCastAnc a;
+    std::int16_t x = 0;
+    std::int16_t y = 0;
+    check_.Point(member["position"], path + "/position", &x, &y);
+    a.point = tbPoint(x, y);
+    anchors.push_back(a);
+  } else if (member.contains("path")) {
+    const json& p = member["path"];
+    const std::string pp = path + "/path";
+    check_.Object(p, pp, {"points", "type", "step", "count", "offset", "between"}, {"points"});
+    if (p.contains("step") && p.contains("count")) {
+      check_.Fail(pp + "/count", "give either \"step\" or \"count\", not both");
+    }
+    type = 3;
+    if (p.contains("type")) {
+      type = static_cast<char>(
+          1 + check_.Choice(p["type"], pp + "/type", {"clamp", "reflect", "wrap"}));
+    }
+    int between = 0;
+    if (p.contains("between"))
+      between = static_cast<int>(check_.Int(p["between"], pp + "/between", 0, 1000));
+    const json& points = p["points"];
+    check_.Array(points, pp + "/points", 1, 32767);
+    std::vector<tbPoint> keys;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+      std::int16_t x = 0;
+      std::int16_t y = 0;
+      check_.Point(points[i], Checker::Child(pp + "/points", i), &x, &y);
+      keys.emplace_back(x, y);
+    }
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+      QvMCastAnc a;
+      a.point = keys[i];
+      a.flag = 1;
+      anchors.push_back(a);
+      if (i + 1 == keys.size()) break;
+      // Anchors between two key points, evenly spaced on the straight line.
+      for (int k = 1; k <= between; ++k) {
+        const double f = static_cast<double>(k) / (between + 1);
+        QvMCastAnc b;
+        b.point = tbPoint(
+            static_cast<std::int32_t>(std::lround(keys[i].x + (keys[i + 1].x - keys[i].x) * f)),
+            static_cast<std::int32_t>(std::lround(keys[i].y + (keys[i + 1].y - keys[i].y) * f)));
+        b.flag = 2;
+        anchors.push_back(b);
+      }
+    }
+    if (anchors.size() > 32767)
+      check_.Fail(pp + "/between", "the path has more than 32767 anchors");
+    if (p.contains("step")) {
+      pending->pathValue = check_.Number(p["step"], pp + "/step", -1000.0, 1000.0);
+    } else if (p.contains("count")) {
+      pending->pathByCount = true;
+      pending->pathValue = check_.Number(p["count"], pp + "/count", 0.0, 1000000.0, true);
+    }
+    if (p.contains("offset")) {
+      pending->pathOffset =
+          static_cast<std::int16_t>(check_.Int(p["offset"], pp + "/offset", -32768, 32767));
+    }
+  } else {
+    return;
+  }
+  pending->hasPath = true;
+  QvMCast* cast = scene_->cast_.get();
+  Need(
+      cast->RegAnc(id, anchors.data(), static_cast<std::int16_t>(anchors.size()), type, name) == id,
+      "register the anchor path");
+  Need(cast->IsAnc(id) != 0, "store the anchor path");
+}
+
+void SceneBuilder::ReadScroll(const json& v, const std::string& path, std::int16_t id,
+                              unsigned char* name, Pending* pending) {
+  check_.Object(v, path, {"directions", "stepH", "stepV", "countH", "countV"}, {"directions"});
+  const json& dirs = v["directions"];
+  check_.Array(dirs, path + "/directions", 1, 2);
+  char bits = 0;
+  for (std::size_t i = 0; i < dirs.size(); ++i) {
+    const int d = check_.Choice(dirs[i], Checker::Child(path + "/directions", i),
+                                {"left", "right", "up", "down"});
+    const char bit = static_cast<char>(1 << d);
+    const char opposite = static_cast<char>(d % 2 == 0 ? bit << 1 : bit >> 1);
+    if (bits & (bit | opposite)) {
+      check_.Fail(Checker::Child(path + "/directions", i),
+                  "give one horizontal and one vertical direction at most");
+    }
+    bits = static_cast<char>(bits | bit);
+  }
+  if (v.contains("stepH") && v.contains("countH"))
+    check_.Fail(path + "/countH", "give either \"stepH\" or \"countH\", not both");
+  if (v.contains("stepV") && v.contains("countV"))
+    check_.Fail(path + "/countV", "give either \"stepV\" or \"countV\", not both");
+  pending->scroll = true;
+  pending->scrollH = (bits & 3) != 0;
+  pending->scrollV = (bits & 12) != 0;
+  if (v.contains("stepH"))
+    pending->valueH = check_.Number(v["stepH"], path + "/stepH", 0.0, 10000.0);
+  if (v.contains("stepV"))
+    pending->valueV = check_.Number(v["stepV"], path + "/stepV", 0.0, 10000.0);
+  if (v.contains("countH")) {
+    pending->countH = true;
+    pending->valueH = check_.Number(v["countH"], path + "/countH", 0.0, 1000000.0, true);
+  }
+  if (v.contains("countV")) {
+    pending->countV = true;
+    pending->valueV = check_.Number(v["countV"], path + "/countV", 0.0, 1000000.0, true);
+  }
+  Need(scene_->cast_->RegScroll(id, bits, name) == id, "register the scroll directions");
+}
+
+void SceneBuilder::ReadLayers(const json& v) {
+  check_.Array(v, "/layers", 1, 1000);
+  QvMLayer* layers = scene_->layers_.get();
+  QvMCast* cast = scene_->cast_.get();
+  for (std::size_t i = 0; i < v.size(); ++i) {
+    const std::string lp = Checker::Child("/layers", i);
+    const json& layer = v[i];
+    check_.Object(layer, lp, {"id", "members"}, {"members"});
+    std::int16_t layerId = static_cast<std::int16_t>(i);
+    if (layer.contains("id"))
+      layerId = static_cast<std::int16_t>(check_.Int(layer["id"], lp + "/id", -32768, 32767));
+    const json& refs = layer["members"];
+    check_.Array(refs, lp + "/members", 0, 10000);
+    const std::int16_t index = layers->New(-1, layerId);
+    Need(index >= 0, "create layer " + std::to_string(i));
+    for (std::size_t k = 0; k < refs.size(); ++k) {
+      const std::string rp = Checker::Child(lp + "/members", k);
+      const json& ref = refs[k];
+      std::string memberPath = rp;
+      char fit = -1;
+      const json* nameValue = &ref;
+      if (ref.is_object()) {
+        check_.Object(ref, rp, {"member", "fit"}, {"member"});
+        nameValue = &ref["member"];
+        memberPath = rp + "/member";
+        if (ref.contains("fit")) {
+          fit = static_cast<char>(check_.Choice(ref["fit"], rp + "/fit",
+                                                {"none", "move", "trimStart", "trimEnd", "all"}) -
+                                  1);
+        }
+      } else if (!ref.is_string()) {
+        check_.Fail(rp, "expected a member name or {\"member\": name, \"fit\": mode}, found " +
+                            TypeName(ref));
+      }
+      const std::string name = check_.String(*nameValue, memberPath);
+      const std::int16_t id = scene_->MemberId(name);
+      if (id < 0) check_.Fail(memberPath, "undefined member " + Quote(name));
+      Need(layers->RegCast(index, cast, id, fit) != 0, "place " + Quote(name) + " on a layer");
+    }
+  }
+}
+
+void SceneBuilder::ApplyPending() {
+  QvMCast* cast = scene_->cast_.get();
+  for (const Pending& p : pending_) {
+    if (p.hasPath) {
+      if (p.pathByCount) {
+        Need(cast->SetAncCount(p.id, p.pathValue) != 0, "set a path count");
+      } else {
+        Need(cast->SetAncStep(p.id, p.pathValue) != 0, "set a path step");
+      }
+      Need(cast->SetAncOffset(p.id, p.pathOffset) != 0, "set a path offset");
+    }
+    if (p.scroll) {
+      if (p.countH) {
+        Need(cast->SetScrCountH(p.id, p.valueH) != 0, "set a scroll count");
+      } else {
+        Need(cast->SetScrStepH(p.id, p.scrollH ? p.valueH : 0.0) != 0, "set a scroll step");
+      }
+      if (p.countV) {
+        Need(cast->SetScrCountV(p.id, p.valueV) != 0, "set a scroll count");
+      } else {
+        Need(cast->SetScrStepV(p.id, p.scrollV ? p.valueV : 0.0) != 0, "set a scroll step");
+      }
+    }
+  }
+}
+
+std::unique_ptr<Scene> LoadSceneText(const std::string& file, const std::string& text,
+                                     const LoadOptions& options) {
+  JsonDocument doc(file, text);
+  SceneBuilder builder(doc, options);
+  return builder.Build();
+}
+
+std::unique_ptr<Scene> LoadScene(const std::string& path, const LoadOptions& options) {
+  std::ifstream in(path, std::ios::binary);
+  if (!in)
+    throw SceneError(path, 0, std::string(), std::string("cannot open: ") + std::strerror(errno));
+  std::ostringstream text;
+  text << in.rdbuf();
+  if (in.bad()) throw SceneError(path, 0, std::string(), "cannot read");
+  return LoadSceneText(path, text.str(), options);
+}
+
+}  // namespace qvscene
