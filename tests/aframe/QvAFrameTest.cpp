@@ -8,6 +8,7 @@
 #include <random>
 #include <vector>
 
+#include "cast/QvMCast.h"
 #include "toolbox/QvPal.h"
 #include "toolbox/QvPlatform.h"
 #include "toolbox/tbGWorld.h"
@@ -1490,6 +1491,154 @@ TEST_F(AFrameTest, RegFromAnotherAnimation) {
               nullptr);
   EXPECT_EQ(v[0], 11);
   EXPECT_EQ(zx, 1.0);
+}
+
+// ---------------------------------------------------------------------------
+// Passing changes on to cast members
+
+short CopyPosX(QvMCast& cast, short id) {
+  QvAFrame* copy = cast.AFrame(id);
+  return copy ? PosXOfA(*copy, 0) : -2;
+}
+
+TEST_F(AFrameTest, ChangesReachTheMembersCopies) {
+  QvMCast cast;
+  QvAFrame anim;
+  anim.Reg(-1, 1, 0, 4, 2, 0, 0, 3);
+  unsigned char name[] = "walk";
+  const short named = cast.RegAFrame(-1, &anim, 10, name, &anim);
+  const short unnamed = cast.RegAFrame(-1, &anim, 20, nullptr, &anim);
+  ASSERT_GE(named, 0);
+  ASSERT_GE(unnamed, 0);
+  EXPECT_EQ(CopyPosX(cast, named), 1);
+
+  // Activate and Deactivate are not passed on; SetPos is.
+  anim.Activate(0);
+  EXPECT_EQ(cast.AFrame(named)->IsActive(0), 0);
+  anim.SetPos(0, 5, 0);
+  EXPECT_EQ(CopyPosX(cast, named), 5);
+  EXPECT_EQ(CopyPosX(cast, unnamed), 5);
+  EXPECT_EQ(cast.AFrame(named)->IsActive(0), 1);
+  // The list did not grow, names and start times survive.
+  QvMCast* store = nullptr;
+  short id = 0;
+  EXPECT_EQ(anim.Get(2, &store, &id), 0);
+  unsigned char** handle = nullptr;
+  ASSERT_EQ(cast.GetName(named, &handle), 1);
+  ASSERT_NE(handle, nullptr);
+  EXPECT_STREQ(reinterpret_cast<char*>(*handle), "walk");
+  QvFreeString(handle);
+  handle = nullptr;
+  cast.GetName(unnamed, &handle);
+  EXPECT_EQ(handle, nullptr);
+  EXPECT_EQ(cast.Start(named), 10);
+  EXPECT_EQ(cast.Start(unnamed), 20);
+
+  // Every changing operation passes its change on.
+  anim.SetImage(0, const_cast<unsigned char*>(kPicture), 4, 4, 2);
+  unsigned char* img = nullptr;
+  cast.AFrame(named)->GetAImage(0, &img, nullptr, nullptr, nullptr, nullptr, nullptr);
+  EXPECT_NE(img, nullptr);
+  anim.Reg(0, 8, 0, 1, 1, 0, 0, 1);
+  EXPECT_EQ(CopyPosX(cast, named), 8);
+  anim.Del(0);
+  EXPECT_EQ(CopyPosX(cast, named), 5);
+  anim.SetInterval(0, 9);
+  EXPECT_EQ(cast.AFrame(named)->CountMFrame(), 9);
+  // Mode and speed reach the copies with the next change only.
+  anim.SetSpeed(15);
+  EXPECT_EQ(cast.AFrame(named)->Speed(), 30);
+  anim.UpdateMCast();
+  EXPECT_EQ(cast.AFrame(named)->Speed(), 15);
+  anim.DelAll();
+  EXPECT_EQ(cast.AFrame(named)->CountAFrame(), 0);
+}
+
+TEST_F(AFrameTest, UpdateLockBatchesTheRefresh) {
+  QvMCast cast;
+  QvAFrame anim;
+  anim.Reg(-1, 1, 0, 4, 2, 0, 0, 3);
+  const short id = cast.RegAFrame(-1, &anim, 0, nullptr, &anim);
+  anim.LockUpdateMCast();
+  anim.LockUpdateMCast();
+  anim.SetPos(0, 7, 0);
+  anim.UpdateMCast();  // held back as well
+  EXPECT_EQ(CopyPosX(cast, id), 1);
+  anim.UnlockUpdateMCast();
+  EXPECT_EQ(CopyPosX(cast, id), 1);
+  anim.UnlockUpdateMCast();
+  EXPECT_EQ(CopyPosX(cast, id), 7);
+}
+
+TEST_F(AFrameTest, CopiesRefreshTheTargetsMembersOnce) {
+  QvAFrame src;
+  MakeSource(src);
+  QvMCast cast;
+  QvAFrame target, plain;
+  target.Reg(-1, 0, 0, 1, 1, 0, 0, 1);
+  plain.Reg(-1, 0, 0, 1, 1, 0, 0, 1);
+  const short id = cast.RegAFrame(-1, &target, 0, nullptr, &target);
+
+  // The allocations of one refresh of the member with the source's content.
+  ASSERT_EQ(src.Dup(&target), 1);
+  QvFailAllocation(0);
+  target.UpdateMCast();
+  const int oneRefresh = QvAllocationCount();
+  ASSERT_GT(oneRefresh, 0);
+
+  QvFailAllocation(0);
+  ASSERT_EQ(src.Dup(&plain), 1);
+  const int plainDup = QvAllocationCount();
+  QvFailAllocation(0);
+  ASSERT_EQ(src.Dup(&target), 1);
+  EXPECT_EQ(QvAllocationCount(), plainDup + oneRefresh);
+  EXPECT_EQ(cast.AFrame(id)->CountAFrame(), 2);
+
+  // Backup and Reg from another animation as well.
+  QvFailAllocation(0);
+  ASSERT_EQ(src.Backup(&plain), 1);
+  const int plainBackup = QvAllocationCount();
+  QvFailAllocation(0);
+  ASSERT_EQ(src.Backup(&target), 1);
+  const int targetBackup = QvAllocationCount();
+  QvFailAllocation(0);
+  target.UpdateMCast();
+  EXPECT_EQ(targetBackup, plainBackup + QvAllocationCount());
+
+  // A target whose update lock is held passes nothing on.
+  target.LockUpdateMCast();
+  target.Reg(0, &src, 1);
+  EXPECT_EQ(cast.AFrame(id)->CountAFrame(), 2);
+  target.UnlockUpdateMCast();
+  EXPECT_EQ(cast.AFrame(id)->CountAFrame(), 3);
+}
+
+TEST_F(AFrameTest, DetachingKeepsTheLastCopies) {
+  QvMCast cast;
+  short a = -1, b = -1;
+  {
+    QvAFrame anim;
+    anim.Reg(-1, 3, 0, 4, 2, 0, 0, 2);
+    a = cast.RegAFrame(-1, &anim, 0, nullptr, &anim);
+    b = cast.RegAFrame(-1, &anim, 0, nullptr, &anim);
+    anim.SetPos(0, 4, 0);
+    anim.DelFromMCast();
+    QvMCast* store = nullptr;
+    short id = 0;
+    EXPECT_EQ(anim.Get(0, &store, &id), 0);
+    anim.SetPos(0, 6, 0);  // reaches nobody now
+    EXPECT_EQ(CopyPosX(cast, a), 4);
+    anim.Reg(-1, 0, 0, 1, 1, 0, 0, 1);
+    cast.RegAFrame(b, &anim, 0, nullptr, &anim);
+    anim.SetPos(0, 9, 0);
+    EXPECT_EQ(CopyPosX(cast, b), 9);
+    // Destroyed while member b uses it.
+  }
+  EXPECT_EQ(CopyPosX(cast, a), 4);
+  EXPECT_EQ(CopyPosX(cast, b), 9);
+  EXPECT_EQ(cast.AFrame(b)->CountAFrame(), 2);
+  EXPECT_EQ(cast.DelAFrame(b), 1);
+  EXPECT_EQ(cast.DelAFrame(a), 1);
 }
 
 }  // namespace
