@@ -34,7 +34,8 @@ class QvAFrame : public QvMCastList, public QvMPlayer {
   // images); -1 when src has no such frame or memory is short.
   std::int16_t Reg(std::int16_t index, QvAFrame* src, std::int16_t srcIndex);
 
-  // Setters by frame index; 0 when there is no such frame.
+  // Setters by frame index; 0 when there is no such frame. A size change
+  // (Set, SetSize) releases an untransformed image made for another size.
   char Set(std::int16_t index, std::int16_t posX, std::int16_t posY, std::int16_t width,
            std::int16_t height, std::int16_t anchorX, std::int16_t anchorY);
   char SetPos(std::int16_t index, std::int16_t posX, std::int16_t posY);
@@ -69,11 +70,13 @@ class QvAFrame : public QvMCastList, public QvMPlayer {
   void LockUpdateMCast();
   void UnlockUpdateMCast();
 
-  // Deletion.
+  // Deletion. Deleting the frame found by the last lookup (the locked frame
+  // included) releases the lookup lock.
   char Del(std::int16_t index);
   void DelAll();
 
-  // Images.
+  // Images. A transform whose size wraps below 1 in 16 bits returns 0 and
+  // leaves the frame without a transformed image.
   char SetOrgImage(std::int16_t index, unsigned char* src, std::int16_t srcRowBytes,
                    std::int16_t srcWidth, std::int16_t srcHeight);
   char SetOrgImage(std::int16_t index, unsigned char* src, std::int16_t width, std::int16_t height);
@@ -94,6 +97,7 @@ class QvAFrame : public QvMCastList, public QvMPlayer {
                  std::int16_t* imageHeight, std::int16_t* imageOffsetX, std::int16_t* imageOffsetY);
   char GetIcon(std::int16_t index, unsigned char* dst, std::int16_t dstRowBytes,
                std::int16_t iconWidth, std::int16_t iconHeight);
+  // Walks every frame whatever the lookup lock; null outputs are skipped.
   char GetArea(std::int16_t* width, std::int16_t* height, std::int16_t* anchorX,
                std::int16_t* anchorY);
 
@@ -118,7 +122,10 @@ class QvAFrame : public QvMCastList, public QvMPlayer {
                     std::int16_t scrollY, tbPixMap* destPixMap, std::int16_t destX,
                     std::int16_t destY);
 
-  // Copies of whole animations.
+  // Copies of whole animations. They walk the source's frames whatever its
+  // lookup lock and leave that lock as it was; a locked target loses its lock
+  // with its frames. With the object itself as the other animation they
+  // return 1 and change nothing; with a null one they return 0.
   char Dup(QvAFrame* dst);
   char Backup(QvAFrame* dst);
   char Restore(QvAFrame* src);
