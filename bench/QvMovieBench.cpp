@@ -1,0 +1,333 @@
+// Throughput of the engine's hot paths. Run:
+//   cmake -S . -B build-bench -DCMAKE_BUILD_TYPE=Release -DQV_BUILD_BENCH=ON
+//   cmake --build build-bench --target qvmovie_bench && build-bench/bench/qvmovie_bench
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <random>
+#include <vector>
+
+#include "acolor/QvACycle.h"
+#include "acolor/QvAFade.h"
+#include "acolor/QvAFlash.h"
+#include "acolor/QvASwitch.h"
+#include "aframe/QvAFrame.h"
+#include "cast/QvMCast.h"
+#include "layer/QvMLayer.h"
+#include "toolbox/QvPal.h"
+#include "toolbox/tbColorTable.h"
+#include "toolbox/tbGWorld.h"
+#include "toolbox/tbToolBox.h"
+
+namespace {
+
+constexpr std::int16_t kFrame = 256;
+
+std::vector<unsigned char> Picture(int w, int h, unsigned seed) {
+  std::vector<unsigned char> pixels(static_cast<std::size_t>(w) * h);
+  std::mt19937 rng(seed);
+  for (auto& p : pixels) p = static_cast<unsigned char>(1 + rng() % 254);
+  return pixels;
+}
+
+// A frame animation of one opaque 256 x 256 frame anchored at its centre.
+std::unique_ptr<QvAFrame> OpaqueFrame(const std::vector<unsigned char>& picture) {
+  auto anim = std::make_unique<QvAFrame>();
+  anim->Reg(0, 0, 0, kFrame, kFrame, kFrame / 2, kFrame / 2, 1);
+  anim->SetImage(0, const_cast<unsigned char*>(picture.data()), kFrame, kFrame, kFrame);
+  return anim;
+}
+
+struct World {
+  explicit World(std::int16_t w, std::int16_t h) {
+    tbRect bounds(0, 0, w, h);
+    tbColorTable table(72);
+    tb.NewGWorld(&world, 8, &bounds, &table);
+  }
+  ~World() { tb.DisposeGWorld(world); }
+  World(const World&) = delete;
+  World& operator=(const World&) = delete;
+  tbGWorld* world = nullptr;
+};
+
+void BM_Memcpy256(benchmark::State& state) {
+  auto src = Picture(kFrame, kFrame, 1);
+  std::vector<unsigned char> dst(src.size());
+  for (auto _ : state) {
+    std::memcpy(dst.data(), src.data(), src.size());
+    benchmark::DoNotOptimize(dst.data());
+    benchmark::ClobberMemory();
+  }
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(src.size()));
+}
+BENCHMARK(BM_Memcpy256);
+
+// The masked copy of an opaque frame into a buffer of exactly its size.
+void BM_MaskedCopy256(benchmark::State& state) {
+  auto picture = Picture(kFrame, kFrame, 1);
+  auto anim = OpaqueFrame(picture);
+  std::vector<unsigned char> dst(picture.size());
+  tbRect frameRect;
+  for (auto _ : state) {
+    anim->DrawAImage(0, dst.data(), kFrame, kFrame, kFrame, kFrame / 2, kFrame / 2, nullptr, -1,
+                     0, 0, 0, &frameRect);
+    benchmark::DoNotOptimize(dst.data());
+    benchmark::ClobberMemory();
+  }
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(picture.size()));
+}
+BENCHMARK(BM_MaskedCopy256);
+
+// The same copy filtered by a palette area.
+void BM_MaskedCopyPalette256(benchmark::State& state) {
+  auto picture = Picture(kFrame, kFrame, 1);
+  auto anim = OpaqueFrame(picture);
+  std::vector<unsigned char> dst(picture.size());
+  QvPal pal;
+  pal.SetRange(0, 127, 1);
+  tbRect frameRect;
+  for (auto _ : state) {
+    anim->DrawAImage(0, dst.data(), kFrame, kFrame, kFrame, kFrame / 2, kFrame / 2, &pal, -1, 0,
+                     0, 0, &frameRect);
+    benchmark::DoNotOptimize(dst.data());
+    benchmark::ClobberMemory();
+  }
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(picture.size()));
+}
+BENCHMARK(BM_MaskedCopyPalette256);
+
+// Drawing through an off-screen world and a region into a pixel map, with
+// scrolling and wrap-around.
+void BM_DrawAPicture256(benchmark::State& state) {
+  auto picture = Picture(kFrame, kFrame, 2);
+  auto anim = OpaqueFrame(picture);
+  World world(kFrame, kFrame);
+  World dest(640, 480);
+  const bool withPal = state.range(0) != 0;
+  QvPal pal;
+  pal.SetRange(0, 200, 1);
+  for (auto _ : state) {
+    anim->DrawAPicture(0, world.world, kFrame / 2, kFrame / 2, withPal ? &pal : nullptr, 0, 3, 17,
+                       5, dest.world->PortPixMap(), 100, 100);
+    benchmark::ClobberMemory();
+  }
+  state.SetItemsProcessed(state.iterations() * kFrame * kFrame);
+  state.SetLabel("pixels");
+}
+BENCHMARK(BM_DrawAPicture256)->Arg(0)->Arg(1);
+
+// The zoom-and-rotation transform of a 256 x 256 frame.
+void BM_Transform256(benchmark::State& state) {
+  auto picture = Picture(kFrame, kFrame, 3);
+  QvAFrame anim;
+  anim.Reg(0, 0, 0, kFrame, kFrame, kFrame / 2, kFrame / 2, 1);
+  anim.SetOrgImage(0, picture.data(), kFrame, kFrame, kFrame);
+  anim.SetZoom(0, 1.5, 0.75);
+  anim.SetRot(0, 0.6);
+  std::int16_t w = 0, h = 0;
+  for (auto _ : state) {
+    anim.SetImage(0, nullptr, 0, 0, 0);
+    anim.GetAImage(0, nullptr, nullptr, &w, &h, nullptr, nullptr);
+  }
+  state.SetItemsProcessed(state.iterations() * w * h);
+  state.SetLabel("output pixels");
+}
+BENCHMARK(BM_Transform256);
+
+tbColorTable Greys() {
+  tbColorTable table(72);
+  for (int i = 0; i < 256; ++i) {
+    tbRGBColor c(static_cast<unsigned char>(i), static_cast<unsigned char>(i),
+                 static_cast<unsigned char>(255 - i));
+    table.SetCTTable(static_cast<std::int16_t>(i), &c);
+  }
+  return table;
+}
+
+QvPal Area(int first, int last) {
+  QvPal pal;
+  pal.SetRange(static_cast<unsigned char>(first), static_cast<unsigned char>(last), 1);
+  return pal;
+}
+
+template <class Kind>
+void ColourBench(benchmark::State& state, Kind& anim) {
+  tbColorTable src = Greys();
+  const std::int16_t frames = anim.Count();
+  std::int16_t f = 0;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(anim.CTable(f, &src));
+    f = static_cast<std::int16_t>((f + 1) % frames);
+  }
+  state.SetItemsProcessed(state.iterations() * 256);
+  state.SetLabel("entries");
+}
+
+void BM_CycleCTable(benchmark::State& state) {
+  QvACycle anim;
+  QvPal pal = Area(16, 255);
+  anim.RegArea(&pal);
+  anim.SetMode(2);
+  ColourBench(state, anim);
+}
+BENCHMARK(BM_CycleCTable);
+
+void BM_FadeCTable(benchmark::State& state) {
+  QvAFade anim;
+  QvPal pal = Area(0, 255);
+  anim.RegArea(&pal);
+  anim.RegColor(tbRGBColor(255, 128, 0));
+  ColourBench(state, anim);
+}
+BENCHMARK(BM_FadeCTable);
+
+void BM_FlashCTable(benchmark::State& state) {
+  QvAFlash anim;
+  QvPal pal = Area(0, 255);
+  anim.RegArea(&pal);
+  ColourBench(state, anim);
+}
+BENCHMARK(BM_FlashCTable);
+
+void BM_SwitchCTable(benchmark::State& state) {
+  QvASwitch anim;
+  QvPal pal = Area(0, 255);
+  anim.RegArea(&pal);
+  tbColorTable a = Greys(), b(72);
+  anim.RegCTable(0, &a);
+  anim.RegCTable(1, &b);
+  ColourBench(state, anim);
+}
+BENCHMARK(BM_SwitchCTable);
+
+// A member with its own table and all four colour kinds attached.
+struct ColourMember {
+  ColourMember() {
+    tbColorTable table = Greys();
+    QvPal all = Area(0, 255);
+    id = cast.RegOrgCTable(-1, &table, &all, nullptr);
+    QvPal water = Area(32, 63), sky = Area(64, 95), lamp = Area(96, 99);
+    cycle.RegArea(&water);
+    cycle.SetMode(2);
+    flash.RegArea(&lamp);
+    sw.RegArea(&sky);
+    tbColorTable t1 = Greys(), t2(72);
+    sw.RegCTable(0, &t1);
+    sw.RegCTable(1, &t2);
+    fade.RegArea(&all);
+    fade.SetCount(300);
+    cast.RegAColor(id, &cycle, 0, 0, nullptr, &cycle);
+    cast.RegAColor(id, &flash, 1, 0, nullptr, &flash);
+    cast.RegAColor(id, &sw, 2, 0, nullptr, &sw);
+    cast.RegAColor(id, &fade, 3, 0, nullptr, &fade);
+    cast.SetStartEnd(id, 0, 1000);
+  }
+  QvACycle cycle;
+  QvAFlash flash;
+  QvASwitch sw;
+  QvAFade fade;
+  QvMCast cast;
+  std::int16_t id = -1;
+};
+
+void BM_ChainCTable(benchmark::State& state) {
+  ColourMember m;
+  std::int32_t t = 0;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(m.cast.CTable(m.id, t));
+    t = (t + 1) % 1000;
+  }
+  state.SetItemsProcessed(state.iterations());
+  state.SetLabel("tables");
+}
+BENCHMARK(BM_ChainCTable);
+
+// A 640 x 480 moment with n members on 4 layers: each a 48 x 48 sprite of 4
+// frames, on a path, some scrolling, a quarter of them with a colour cycle.
+void BM_LayerMoment(benchmark::State& state) {
+  const int members = static_cast<int>(state.range(0));
+  auto sheet = Picture(192, 48, 4);
+  QvAFrame walk;
+  for (std::int16_t f = 0; f < 4; ++f) {
+    walk.Reg(-1, static_cast<std::int16_t>(f * 48), 0, 48, 48,
+             static_cast<std::int16_t>(f * 48 + 24), 40, 2);
+    walk.SetZoom(f, 1.25, 1.25);
+    walk.SetRot(f, 0.1 * f);
+    walk.SetImage(f, sheet.data(), 192, 192, 48);
+  }
+  QvACycle cycle;
+  QvPal water = Area(32, 63);
+  cycle.RegArea(&water);
+  cycle.SetMode(2);
+  tbColorTable table = Greys();
+  QvPal area = Area(1, 255);
+  QvMCast cast;
+  QvMLayer layers;
+  for (std::int16_t l = 0; l < 4; ++l) layers.New(-1, l);
+  std::mt19937 rng(7);
+  for (int i = 0; i < members; ++i) {
+    std::int16_t id = cast.RegAFrame(-1, &walk, 0, nullptr, &walk);
+    cast.RegOrgCTable(id, &table, &area, nullptr);
+    QvMCastAnc path[8];
+    for (auto& a : path) a.point = tbPoint(static_cast<std::int32_t>(rng() % 640),
+                                           static_cast<std::int32_t>(rng() % 480));
+    cast.RegAnc(id, path, 8, 3, nullptr);
+    if (i % 3 == 0) cast.RegScroll(id, 2, nullptr);
+    if (i % 4 == 0) cast.RegAColor(id, &cycle, 0, 0, nullptr, &cycle);
+    cast.SetStartEnd(id, 0, 999);
+    layers.RegCast(static_cast<std::int16_t>(i % 4), &cast, id, -1);
+  }
+  World dest(640, 480);
+  tbRect rect(0, 0, 640, 480);
+  std::int32_t t = 0;
+  for (auto _ : state) {
+    layers.DrawPicture(t, dest.world->PortPixMap(), &rect);
+    t = (t + 1) % 1000;
+    benchmark::ClobberMemory();
+  }
+  state.SetItemsProcessed(state.iterations());
+  state.SetLabel("moments");
+}
+BENCHMARK(BM_LayerMoment)->Arg(16)->Arg(64);
+
+// Fitting one member by moving it on a layer of 1,000 members.
+void BM_FitMove1000(benchmark::State& state) {
+  QvMCast cast;
+  QvMLayer layers;
+  layers.New(0, 0);
+  for (int i = 0; i < 1000; ++i) {
+    std::int16_t id = cast.New(nullptr);
+    cast.SetStartEnd(id, i * 20, i * 20 + 9);
+    layers.RegCast(0, &cast, id, -1);
+  }
+  std::int16_t m = cast.New(nullptr);
+  layers.RegCast(0, &cast, m, -1);
+  for (auto _ : state) {
+    cast.SetStartEnd(m, 10005, 10014);
+    benchmark::DoNotOptimize(layers.FitCast(0, &cast, m, 0));
+  }
+  state.SetItemsProcessed(state.iterations() * 1000);
+  state.SetLabel("neighbours");
+}
+BENCHMARK(BM_FitMove1000);
+
+// Looking members up by id in a store of 10,000.
+void BM_LookupById10000(benchmark::State& state) {
+  QvMCast cast;
+  for (int i = 0; i < 10000; ++i) cast.New(nullptr);
+  std::mt19937 rng(11);
+  for (auto _ : state) {
+    auto id = static_cast<std::int16_t>(rng() % 10000);
+    benchmark::DoNotOptimize(cast.Start(id));
+  }
+  state.SetItemsProcessed(state.iterations());
+  state.SetLabel("lookups");
+}
+BENCHMARK(BM_LookupById10000);
+
+}  // namespace
+
+BENCHMARK_MAIN();
