@@ -31,7 +31,7 @@ constexpr int kExitUsage = 2;
 const char kUsage[] =
     "Usage: qvmovie-render SCENE [-o OUT.gif] [--png-at T OUT.png]...\n"
     "                      [--sheet OUT.png [--sheet-times T1,T2,...]]\n"
-    "                      [--pictures DIR] [--quiet]\n"
+    "                      [--scale N] [--pictures DIR] [--quiet]\n"
     "\n"
     "Renders the movie that the scene file SCENE describes.\n"
     "\n"
@@ -43,6 +43,8 @@ const char kUsage[] =
     "  --sheet OUT.png        a contact sheet (RGB PNG) of several moments\n"
     "  --sheet-times LIST     comma-separated times for the sheet; default: six\n"
     "                         moments spread over the output range\n"
+    "  --scale N              enlarge every output N times (1 to 8), each pixel\n"
+    "                         becoming an N x N block\n"
     "  --pictures DIR         resolve relative picture file names against DIR\n"
     "                         instead of the scene file's directory\n"
     "  -q, --quiet            no progress line\n"
@@ -97,6 +99,7 @@ struct Options {
   bool sheetTimesGiven = false;
   std::vector<std::int32_t> sheetTimes;
   std::string pictures;
+  int scale = 1;
   bool quiet = false;
   bool help = false;
 };
@@ -141,6 +144,12 @@ Options ParseArgs(int argc, char** argv) {
         start = comma + 1;
       }
       if (o.sheetTimes.size() > 100) throw Usage{"--sheet-times: at most 100 times"};
+    } else if (a == "--scale") {
+      const std::string v = value(i, a);
+      if (v.size() != 1 || v[0] < '1' || v[0] > '8') {
+        throw Usage{"--scale: '" + v + "' is not a whole number from 1 to 8"};
+      }
+      o.scale = v[0] - '0';
     } else if (a == "--pictures") {
       o.pictures = value(i, a);
     } else if (a == "-q" || a == "--quiet") {
@@ -259,6 +268,21 @@ class Progress {
   Clock::time_point last_;
 };
 
+// Each pixel of picture becomes a scale x scale block.
+qvscene::Picture Enlarge(const qvscene::Picture& picture, int scale) {
+  if (scale == 1) return picture;
+  qvscene::Picture out = picture;
+  out.width = picture.width * scale;
+  out.height = picture.height * scale;
+  out.pixels.resize(static_cast<std::size_t>(out.width) * static_cast<std::size_t>(out.height));
+  for (std::int32_t y = 0; y < out.height; ++y) {
+    const unsigned char* src = picture.Row(y / scale);
+    unsigned char* dst = out.Row(y);
+    for (std::int32_t x = 0; x < out.width; ++x) dst[x] = src[x / scale];
+  }
+  return out;
+}
+
 int Fail(int code, const std::string& message) {
   std::fprintf(stderr, "qvmovie-render: %s\n", message.c_str());
   return code;
@@ -300,7 +324,8 @@ int Run(const Options& o) {
     std::string temp;
     if (!outputs.Add(o.gif, &temp, &error)) return Fail(kExitRender, error);
     qvrender::GifWriter gif;
-    if (!gif.Open(temp, scene->Width(), scene->Height(), scene->Loops(), &error)) {
+    if (!gif.Open(temp, scene->Width() * o.scale, scene->Height() * o.scale, scene->Loops(),
+                  &error)) {
       return Fail(kExitRender, error);
     }
     for (std::size_t k = 0; k < times.size(); ++k) {
@@ -309,7 +334,7 @@ int Run(const Options& o) {
       }
       const int delay =
           static_cast<int>(qvscene::DelayCentiseconds(static_cast<std::int64_t>(k), scene->Step()));
-      if (!gif.AddFrame(moment, delay, &error)) return Fail(kExitRender, error);
+      if (!gif.AddFrame(Enlarge(moment, o.scale), delay, &error)) return Fail(kExitRender, error);
       progress.Update(++done, "rendering moment");
     }
     if (!gif.Close(&error)) return Fail(kExitRender, error);
@@ -321,20 +346,21 @@ int Run(const Options& o) {
     if (!scene->Render(png.first, &moment)) {
       return Fail(kExitRender, "cannot draw moment " + std::to_string(png.first));
     }
-    if (!qvscene::WriteIndexedPng(temp, moment, &error)) return Fail(kExitRender, error);
+    if (!qvscene::WriteIndexedPng(temp, Enlarge(moment, o.scale), &error))
+      return Fail(kExitRender, error);
     progress.Update(++done, "rendering moment");
   }
 
   if (!o.sheet.empty()) {
     std::string temp;
     if (!outputs.Add(o.sheet, &temp, &error)) return Fail(kExitRender, error);
-    qvrender::ContactSheet sheet(scene->Width(), scene->Height(),
+    qvrender::ContactSheet sheet(scene->Width() * o.scale, scene->Height() * o.scale,
                                  static_cast<int>(sheetTimes.size()));
     for (std::size_t i = 0; i < sheetTimes.size(); ++i) {
       if (!scene->Render(sheetTimes[i], &moment)) {
         return Fail(kExitRender, "cannot draw moment " + std::to_string(sheetTimes[i]));
       }
-      sheet.Place(static_cast<int>(i), sheetTimes[i], moment);
+      sheet.Place(static_cast<int>(i), sheetTimes[i], Enlarge(moment, o.scale));
       progress.Update(++done, "rendering moment");
     }
     if (!qvscene::WriteRgbPng(temp, sheet.Sheet(), &error)) return Fail(kExitRender, error);
