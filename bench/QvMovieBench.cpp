@@ -33,11 +33,13 @@ std::vector<unsigned char> Picture(int w, int h, unsigned seed) {
   return pixels;
 }
 
-// A frame animation of one opaque 256 x 256 frame anchored at its centre.
-std::unique_ptr<QvAFrame> OpaqueFrame(const std::vector<unsigned char>& picture) {
+// A frame animation of one opaque side x side frame anchored at its centre.
+std::unique_ptr<QvAFrame> OpaqueFrame(const std::vector<unsigned char>& picture,
+                                      std::int16_t side = kFrame) {
   auto anim = std::make_unique<QvAFrame>();
-  anim->Reg(0, 0, 0, kFrame, kFrame, kFrame / 2, kFrame / 2, 1);
-  anim->SetImage(0, const_cast<unsigned char*>(picture.data()), kFrame, kFrame, kFrame);
+  anim->Reg(0, 0, 0, side, side, static_cast<std::int16_t>(side / 2),
+            static_cast<std::int16_t>(side / 2), 1);
+  anim->SetImage(0, const_cast<unsigned char*>(picture.data()), side, side, side);
   return anim;
 }
 
@@ -53,8 +55,9 @@ struct World {
   tbGWorld* world = nullptr;
 };
 
-void BM_Memcpy256(benchmark::State& state) {
-  auto src = Picture(kFrame, kFrame, 1);
+void BM_Memcpy(benchmark::State& state) {
+  const auto side = static_cast<int>(state.range(0));
+  auto src = Picture(side, side, 1);
   std::vector<unsigned char> dst(src.size());
   for (auto _ : state) {
     std::memcpy(dst.data(), src.data(), src.size());
@@ -63,23 +66,24 @@ void BM_Memcpy256(benchmark::State& state) {
   }
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(src.size()));
 }
-BENCHMARK(BM_Memcpy256);
+BENCHMARK(BM_Memcpy)->Arg(256)->Arg(1024);
 
 // The masked copy of an opaque frame into a buffer of exactly its size.
-void BM_MaskedCopy256(benchmark::State& state) {
-  auto picture = Picture(kFrame, kFrame, 1);
-  auto anim = OpaqueFrame(picture);
+void BM_MaskedCopy(benchmark::State& state) {
+  const auto side = static_cast<std::int16_t>(state.range(0));
+  auto picture = Picture(side, side, 1);
+  auto anim = OpaqueFrame(picture, side);
   std::vector<unsigned char> dst(picture.size());
   tbRect frameRect;
+  const auto half = static_cast<std::int16_t>(side / 2);
   for (auto _ : state) {
-    anim->DrawAImage(0, dst.data(), kFrame, kFrame, kFrame, kFrame / 2, kFrame / 2, nullptr, -1,
-                     0, 0, 0, &frameRect);
+    anim->DrawAImage(0, dst.data(), side, side, side, half, half, nullptr, -1, 0, 0, 0, &frameRect);
     benchmark::DoNotOptimize(dst.data());
     benchmark::ClobberMemory();
   }
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(picture.size()));
 }
-BENCHMARK(BM_MaskedCopy256);
+BENCHMARK(BM_MaskedCopy)->Arg(256)->Arg(1024);
 
 // The same copy filtered by a palette area.
 void BM_MaskedCopyPalette256(benchmark::State& state) {
@@ -90,8 +94,8 @@ void BM_MaskedCopyPalette256(benchmark::State& state) {
   pal.SetRange(0, 127, 1);
   tbRect frameRect;
   for (auto _ : state) {
-    anim->DrawAImage(0, dst.data(), kFrame, kFrame, kFrame, kFrame / 2, kFrame / 2, &pal, -1, 0,
-                     0, 0, &frameRect);
+    anim->DrawAImage(0, dst.data(), kFrame, kFrame, kFrame, kFrame / 2, kFrame / 2, &pal, -1, 0, 0,
+                     0, &frameRect);
     benchmark::DoNotOptimize(dst.data());
     benchmark::ClobberMemory();
   }
@@ -272,8 +276,9 @@ void BM_LayerMoment(benchmark::State& state) {
     std::int16_t id = cast.RegAFrame(-1, &walk, 0, nullptr, &walk);
     cast.RegOrgCTable(id, &table, &area, nullptr);
     QvMCastAnc path[8];
-    for (auto& a : path) a.point = tbPoint(static_cast<std::int32_t>(rng() % 640),
-                                           static_cast<std::int32_t>(rng() % 480));
+    for (auto& a : path)
+      a.point =
+          tbPoint(static_cast<std::int32_t>(rng() % 640), static_cast<std::int32_t>(rng() % 480));
     cast.RegAnc(id, path, 8, 3, nullptr);
     if (i % 3 == 0) cast.RegScroll(id, 2, nullptr);
     if (i % 4 == 0) cast.RegAColor(id, &cycle, 0, 0, nullptr, &cycle);
