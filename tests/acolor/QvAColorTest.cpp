@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
 #include <type_traits>
 #include <utility>
 
@@ -9,7 +10,9 @@
 #include "acolor/QvAFade.h"
 #include "acolor/QvAFlash.h"
 #include "acolor/QvASwitch.h"
+#include "cast/QvMCast.h"
 #include "tests/acolor/AColorTestSupport.h"
+#include "toolbox/tbToolBox.h"
 
 using namespace acolortest;
 
@@ -331,4 +334,236 @@ TYPED_TEST(QvAColorKinds, FrameComputationAllocatesNothing) {
   k.SetCur(1);
   ASSERT_NE(nullptr, k.CTable(&src));
   EXPECT_EQ(0, QvAllocationCount());
+}
+
+// Passing changes on to the cast members that hold copies.
+namespace {
+
+template <class K>
+constexpr char KindOf();
+template <>
+constexpr char KindOf<QvACycle>() {
+  return 0;
+}
+template <>
+constexpr char KindOf<QvAFlash>() {
+  return 1;
+}
+template <>
+constexpr char KindOf<QvASwitch>() {
+  return 2;
+}
+template <>
+constexpr char KindOf<QvAFade>() {
+  return 3;
+}
+
+QvAColor* CopyOf(QvMCast& cast, std::int16_t id, char kind) {
+  switch (kind) {
+    case 0:
+      return cast.ACycle(id);
+    case 1:
+      return cast.AFlash(id);
+    case 2:
+      return cast.ASwitch(id);
+    default:
+      return cast.AFade(id);
+  }
+}
+
+std::string NameOf(QvMCast& cast, std::int16_t id) {
+  unsigned char** handle = nullptr;
+  if (!cast.GetName(id, &handle) || !handle) return "<none>";
+  std::string s(reinterpret_cast<char*>(*handle));
+  QvFreeString(handle);
+  return s;
+}
+
+// Attaches k to a member of cast with the animation's own list.
+template <class K>
+std::int16_t Attach(QvMCast& cast, K& k, const char* name) {
+  unsigned char text[16] = {};
+  if (name) {
+    for (int i = 0; name[i] && i < 15; ++i) text[i] = static_cast<unsigned char>(name[i]);
+  }
+  const std::int16_t id = cast.New(name ? text : nullptr);
+  EXPECT_GE(id, 0);
+  EXPECT_EQ(id, cast.RegAColor(id, &k, KindOf<K>(), 10, name ? text : nullptr, &k));
+  return id;
+}
+
+template <class K>
+QvMCast* FirstStore(K& k, std::int16_t* id) {
+  QvMCast* store = nullptr;
+  QvMCastList& list = k;
+  if (!list.Get(0, &store, id)) return nullptr;
+  return store;
+}
+
+}  // namespace
+
+template <class K>
+class QvAColorMembers : public ::testing::Test {};
+TYPED_TEST_SUITE(QvAColorMembers, Kinds);
+
+TYPED_TEST(QvAColorMembers, UpdateWithoutMembersDoesNothing) {
+  NoFailures guard;
+  TypeParam k;
+  QvFailAllocation(0);
+  k.UpdateMCast();
+  k.DelFromMCast();
+  EXPECT_EQ(0, QvAllocationCount());
+  std::int16_t id = -1;
+  EXPECT_EQ(nullptr, FirstStore(k, &id));
+}
+
+TYPED_TEST(QvAColorMembers, SettingsReachCopiesOnlyThroughUpdate) {
+  NoFailures guard;
+  QvMCast cast;
+  TypeParam k;
+  const char kind = KindOf<TypeParam>();
+  const std::int16_t named = Attach(cast, k, "lamp");
+  const std::int16_t plain = Attach(cast, k, nullptr);
+  std::int16_t id = -1;
+  EXPECT_EQ(&cast, FirstStore(k, &id));
+  EXPECT_EQ(named, id);
+
+  QvAColor* before = CopyOf(cast, named, kind);
+  ASSERT_NE(nullptr, before);
+  EXPECT_EQ(30, before->Speed());
+  // The speed does not pass itself on ...
+  k.SetSpeed(15);
+  EXPECT_EQ(before, CopyOf(cast, named, kind));
+  EXPECT_EQ(30, CopyOf(cast, plain, kind)->Speed());
+  // ... until the host asks for it.
+  k.UpdateMCast();
+  EXPECT_NE(before, CopyOf(cast, named, kind));
+  EXPECT_EQ(15, CopyOf(cast, named, kind)->Speed());
+  EXPECT_EQ(15, CopyOf(cast, plain, kind)->Speed());
+  EXPECT_EQ("lamp", NameOf(cast, named));
+  EXPECT_EQ("<none>", NameOf(cast, plain));
+  EXPECT_EQ(10, cast.Start(named));
+
+  // A new area is passed on at once.
+  QvPal pal = RangePal(40, 41);
+  ASSERT_EQ(1, k.RegArea(&pal));
+  EXPECT_EQ(1, CopyOf(cast, named, kind)->AreaFlag(40));
+  EXPECT_EQ(1, CopyOf(cast, plain, kind)->AreaFlag(41));
+  EXPECT_EQ("lamp", NameOf(cast, named));
+}
+
+TYPED_TEST(QvAColorMembers, FailedRegAreaRenewsNothing) {
+  NoFailures guard;
+  QvMCast cast;
+  TypeParam k;
+  const std::int16_t id = Attach(cast, k, "m");
+  QvAColor* before = CopyOf(cast, id, KindOf<TypeParam>());
+  QvPal pal = RangePal(0, 3);
+  QvFailAllocation(1);
+  EXPECT_EQ(0, k.RegArea(&pal));
+  QvFailAllocation(0);
+  EXPECT_EQ(before, CopyOf(cast, id, KindOf<TypeParam>()));
+}
+
+TYPED_TEST(QvAColorMembers, DelFromMCastLeavesTheLastCopies) {
+  NoFailures guard;
+  QvMCast cast;
+  TypeParam k;
+  QvPal pal = RangePal(7, 8);
+  ASSERT_EQ(1, k.RegArea(&pal));
+  const std::int16_t id = Attach(cast, k, "m");
+  k.SetSpeed(9);
+  k.DelFromMCast();
+  std::int16_t got = -1;
+  EXPECT_EQ(nullptr, FirstStore(k, &got));
+  QvAColor* last = CopyOf(cast, id, KindOf<TypeParam>());
+  ASSERT_NE(nullptr, last);
+  EXPECT_EQ(9, last->Speed());  // the last copy has the last settings
+  EXPECT_EQ(1, last->AreaFlag(7));
+  EXPECT_EQ("m", NameOf(cast, id));
+  // The member no longer follows the animation.
+  QvPal other = RangePal(100, 101);
+  ASSERT_EQ(1, k.RegArea(&other));
+  EXPECT_EQ(last, CopyOf(cast, id, KindOf<TypeParam>()));
+  EXPECT_EQ(1, cast.DelAColor(id, KindOf<TypeParam>()));
+}
+
+TYPED_TEST(QvAColorMembers, DestructionDetachesTheMembers) {
+  NoFailures guard;
+  QvMCast cast;
+  std::int16_t a = -1, b = -1;
+  {
+    TypeParam k;
+    QvPal pal = RangePal(1, 2);
+    ASSERT_EQ(1, k.RegArea(&pal));
+    a = Attach(cast, k, "a");
+    b = Attach(cast, k, "b");
+    k.SetSpeed(12);
+  }
+  for (std::int16_t id : {a, b}) {
+    QvAColor* copy = CopyOf(cast, id, KindOf<TypeParam>());
+    ASSERT_NE(nullptr, copy);
+    EXPECT_EQ(12, copy->Speed());
+    EXPECT_EQ(1, copy->AreaFlag(2));
+    // Removing the copy touches no list of the destroyed animation.
+    EXPECT_EQ(1, cast.DelAColor(id, KindOf<TypeParam>()));
+  }
+}
+
+TEST(QvAColorMembersByKind, OperationsThatPassTheirChangeOn) {
+  NoFailures guard;
+  QvMCast cast;
+  QvACycle cycle;
+  QvAFade fade;
+  QvAFlash flash;
+  QvASwitch sw;
+  const std::int16_t c = Attach(cast, cycle, "c");
+  const std::int16_t f = Attach(cast, fade, "f");
+  const std::int16_t l = Attach(cast, flash, "l");
+  const std::int16_t s = Attach(cast, sw, "s");
+
+  QvAColor* copy = cast.ACycle(c);
+  cycle.SetMode(2);
+  EXPECT_NE(copy, cast.ACycle(c));
+  EXPECT_EQ(2, cast.ACycle(c)->Mode());
+
+  // SetMode of the other kinds does not pass itself on.
+  copy = cast.AFade(f);
+  fade.SetMode(1);
+  EXPECT_EQ(copy, cast.AFade(f));
+  fade.RegColor(tbRGBColor(1, 2, 3));
+  EXPECT_NE(copy, cast.AFade(f));
+  copy = cast.AFade(f);
+  fade.RegColor(65535, 0, 0);
+  EXPECT_NE(copy, cast.AFade(f));
+  copy = cast.AFade(f);
+  fade.SetCount(7);
+  EXPECT_NE(copy, cast.AFade(f));
+  EXPECT_EQ(7, cast.AFade(f)->Count());
+  EXPECT_EQ(1, cast.AFade(f)->Mode());
+
+  copy = cast.AFlash(l);
+  flash.SetMode(2);
+  EXPECT_EQ(copy, cast.AFlash(l));
+
+  copy = cast.ASwitch(s);
+  sw.SetMode(2);
+  EXPECT_EQ(copy, cast.ASwitch(s));
+  tbColorTable t = GreyTable();
+  ASSERT_EQ(1, sw.RegCTable(0, &t));
+  EXPECT_NE(copy, cast.ASwitch(s));
+  EXPECT_EQ(1, cast.ASwitch(s)->Count());
+  ASSERT_EQ(1, sw.RegCTable(0, &t));
+  copy = cast.ASwitch(s);
+  QvFailAllocation(1);
+  EXPECT_EQ(0, sw.RegCTable(0, &t));
+  QvFailAllocation(1);
+  EXPECT_EQ(0, sw.DelCTable(0));
+  QvFailAllocation(0);
+  EXPECT_EQ(copy, cast.ASwitch(s));  // failures renew nothing
+  EXPECT_EQ(0, sw.DelCTable(5));
+  EXPECT_EQ(copy, cast.ASwitch(s));
+  ASSERT_EQ(1, sw.DelCTable(0));
+  EXPECT_NE(copy, cast.ASwitch(s));
+  EXPECT_EQ(1, cast.ASwitch(s)->Count());
 }
