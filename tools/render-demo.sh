@@ -5,7 +5,7 @@
 #
 # BUILD_DIR is a build directory in which the targets qvmovie-render and
 # qvmovie-demo-assets are built. The pictures go to BUILD_DIR/demo-assets;
-# the GIF to OUT.gif (default out/demo.gif). With STILL.png, moment 150 of
+# the GIF to OUT.gif (default out/demo.gif). With STILL.png, moment 110 of
 # the demo is also written there, twice enlarged (the README's picture).
 set -euo pipefail
 
@@ -21,6 +21,6 @@ root=$(cd "$(dirname "$0")/.." && pwd)
 "$build/tools/qvmovie-render" "$root/examples/demo.json" --pictures "$build/demo-assets" -o "$out"
 if [ $# -eq 3 ]; then
   "$build/tools/qvmovie-render" "$root/examples/demo.json" --pictures "$build/demo-assets" \
-    --scale 2 --png-at 150 "$3"
+    --scale 2 --png-at 110 "$3"
 fi
 echo "wrote $out"

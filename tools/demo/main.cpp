@@ -221,12 +221,13 @@ Picture Walker() {
     // Back leg and arm first, in darker colours.
     Line(&p, ox, hipY, ox - 9 * std::sin(a), 45, 4.2, 1);
     Line(&p, ox, hipY, ox - 9 * std::sin(a), 45, 2.6, 7);
-    Line(&p, ox, 17 + bob, ox + 8 * std::sin(a), 28 + bob, 3.6, 1);
-    Line(&p, ox, 17 + bob, ox + 8 * std::sin(a), 28 + bob, 2.2, 5);
+    const double arm = 11 * std::sin(a * 1.4);
+    Line(&p, ox, 17 + bob, ox + arm, 28 + bob, 3.6, 1);
+    Line(&p, ox, 17 + bob, ox + arm, 28 + bob, 2.2, 5);
     // Body.
     for (int y = 15; y <= 31; ++y) {
-      for (int x = -5; x <= 5; ++x) {
-        const bool edge = x == -5 || x == 5 || y == 15;
+      for (int x = -4; x <= 4; ++x) {
+        const bool edge = x == -4 || x == 4 || y == 15;
         Put(&p, static_cast<int>(ox) + x, y + static_cast<int>(bob),
             edge ? 1 : (y > 28 ? 6 : (x > 2 ? 5 : 4)));
       }
@@ -236,9 +237,9 @@ Picture Walker() {
     Line(&p, ox, hipY, ox + 9 * std::sin(a), 45, 2.6, 6);
     Line(&p, ox + 9 * std::sin(a) - 1, 45.5, ox + 9 * std::sin(a) + 3, 45.5, 2.4, 9);
     Line(&p, ox - 9 * std::sin(a) - 1, 45.5, ox - 9 * std::sin(a) + 3, 45.5, 2.4, 9);
-    Line(&p, ox, 17 + bob, ox - 8 * std::sin(a), 28 + bob, 3.6, 1);
-    Line(&p, ox, 17 + bob, ox - 8 * std::sin(a), 28 + bob, 2.2, 4);
-    Disc(&p, ox - 8 * std::sin(a), 28.5 + bob, 1.6, 2);
+    Line(&p, ox, 17 + bob, ox - arm, 28 + bob, 3.6, 1);
+    Line(&p, ox, 17 + bob, ox - arm, 28 + bob, 2.2, 5);
+    Disc(&p, ox - arm, 28.5 + bob, 1.6, 2);
     // Head with hair and an eye, looking right.
     Disc(&p, ox + 1, 9 + bob, 6.5, 1);
     Disc(&p, ox + 1, 9 + bob, 5.5, 2);
