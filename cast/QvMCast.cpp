@@ -478,6 +478,8 @@ std::int16_t QvMCast::RegAFrame(std::int16_t id, QvAFrame* anim, std::int32_t st
     copy = QvNew<QvAFrame>();
     if (copy) anim->Dup(copy);
   }
+  // Taken before the old copy goes, since anim may be that copy.
+  QvMCastList* animList = anim;
   delete info->aFrame;
   info->aFrame = copy;
   if (info->aFrame && info->start == -1) {
@@ -487,7 +489,7 @@ std::int16_t QvMCast::RegAFrame(std::int16_t id, QvAFrame* anim, std::int32_t st
   localDeleteIcon(info);
   localNewOrgGWorld(info);
   SetName(info, name);
-  SetList(this, info, kFrameList, list, anim);
+  SetList(this, info, kFrameList, list, animList);
   return id;
 }
 
@@ -1542,6 +1544,8 @@ std::int16_t QvMCast::RegAColor(std::int16_t id, QvAColor* anim, char kind, std:
         break;
     }
   }
+  // Taken before the old copy goes, since anim may be that copy.
+  QvMCastList* animList = anim ? dynamic_cast<QvMCastList*>(anim) : nullptr;
   delete info->aColor[k];
   info->aColor[k] = copy;
   if (copy && info->start == -1) {
@@ -1550,7 +1554,7 @@ std::int16_t QvMCast::RegAColor(std::int16_t id, QvAColor* anim, char kind, std:
   }
   localDeleteIcon(info);
   SetName(info, name);
-  SetList(this, info, k, list, anim ? dynamic_cast<QvMCastList*>(anim) : nullptr);
+  SetList(this, info, k, list, animList);
   return id;
 }
 
