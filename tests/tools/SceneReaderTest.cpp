@@ -240,6 +240,15 @@ TEST_F(SceneReader, StructuralErrors) {
   EXPECT_EQ("/layers/0/members/0", e.Path());
   e = ErrorOf(Replace(base, "\"output\": {", "\"outpt\": {"));
   EXPECT_EQ("/outpt", e.Path());
+  // A path is checked for its size before its anchors are made.
+  std::string points;
+  for (int i = 0; i < 40; ++i)
+    points += std::string(i ? ", " : "") + "[" + std::to_string(i) + ", 0]";
+  e = ErrorOf(Replace(
+      base, R"(      "frames": [)",
+      "      \"path\": {\"points\": [" + points + "], \"between\": 1000},\n      \"frames\": ["));
+  EXPECT_EQ("/members/0/path/between", e.Path());
+  EXPECT_NE(std::string::npos, e.Reason().find("more than 32767 anchors")) << e.Reason();
   // Comments are allowed in every object.
   EXPECT_NO_THROW(
       Load(Replace(base, R"("kind": "cycle",)", R"("kind": "cycle", "comment": "x",)")));

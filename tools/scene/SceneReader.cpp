@@ -671,6 +671,9 @@ void SceneBuilder::ReadPath(const json& member, const std::string& path, std::in
       between = static_cast<int>(check_.Int(p["between"], pp + "/between", 0, 1000));
     const json& points = p["points"];
     check_.Array(points, pp + "/points", 1, 32767);
+    if (points.size() + (points.size() - 1) * static_cast<std::size_t>(between) > 32767) {
+      check_.Fail(pp + "/between", "the path would have more than 32767 anchors");
+    }
     std::vector<tbPoint> keys;
     for (std::size_t i = 0; i < points.size(); ++i) {
       std::int16_t x = 0;
@@ -695,8 +698,6 @@ void SceneBuilder::ReadPath(const json& member, const std::string& path, std::in
         anchors.push_back(b);
       }
     }
-    if (anchors.size() > 32767)
-      check_.Fail(pp + "/between", "the path has more than 32767 anchors");
     if (p.contains("step")) {
       pending->pathValue = check_.Number(p["step"], pp + "/step", -1000.0, 1000.0);
     } else if (p.contains("count")) {
