@@ -1418,15 +1418,11 @@ std::int16_t QvMCast::Dup(std::int16_t srcId, std::int32_t start, unsigned char*
   QvMCastInfo* src = localSearch(srcId);
   if (!src || !dst) return -1;
   if (dstId < 0) {
+    // Creating the member in this store would replace the source when the
+    // source holds the id the counter hands out next: refused, nothing made.
+    if (dst == this && localSearch(newID) == src) return -1;
     dstId = dst->New(name);
     if (dstId < 0) return -1;
-    if (dst == this) {
-      // Creating the member may have replaced the source (a member that held
-      // the id the counter handed out): then there is nothing to copy.
-      QvMCastInfo* p = head;
-      while (p && p != src) p = p->next;
-      if (!p) return -1;
-    }
   }
   dst->Lock(dstId);
   if (dst->Start(dstId) == -1) dst->SetStart(dstId, start);

@@ -171,10 +171,19 @@ TEST(QvMCastDup, NewDestinationThatReplacesTheSource) {
   auto anim = MakeAnim({2});
   cast.New(S(0), nullptr);
   cast.RegAFrame(S(0), anim.get(), 0, nullptr, nullptr);
-  // The counter hands out 0, which deletes the source itself.
+  // The counter would hand out 0 and so delete the source itself: refused.
   EXPECT_EQ(cast.Dup(S(0), 5, nullptr, &cast, S(-1)), -1);
   EXPECT_EQ(cast.Count(), 1);
+  EXPECT_NE(cast.AFrame(S(0)), nullptr);
+  EXPECT_EQ(cast.GetNewID(), 0);
   EXPECT_EQ(cast.LockFlag(), 0);
+  // While the store is locked, creating a member would delete the locked
+  // source as well.
+  cast.New(S(4), nullptr);
+  cast.Lock(S(4));
+  EXPECT_EQ(cast.Dup(S(4), 5, nullptr, &cast, S(-1)), -1);
+  cast.Unlock();
+  EXPECT_EQ(cast.Count(), 2);
 }
 
 TEST(QvMCastDup, Failures) {
