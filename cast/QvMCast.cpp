@@ -879,9 +879,9 @@ char QvMCast::ResetAnc(std::int16_t id) {
 
 char QvMCast::ResetAnc(QvMCastInfo* info) {
   if (!info->anc) return 0;
-  const std::int16_t n =
-      Low16(static_cast<std::uint32_t>(Low16(static_cast<std::uint32_t>(info->end))) -
-            static_cast<std::uint32_t>(Low16(static_cast<std::uint32_t>(info->start))) + 1u);
+  // The length of the range from the low 16 bits of its ends (1 while the
+  // range is unset).
+  const std::int16_t n = Sum16(Sub32(info->end, info->start), 1);
   // The re-sampled anchors are gathered into a new array, which becomes the
   // path (no path when the range is empty or the array cannot be made).
   QvMCastAnc* path = n > 0 ? QvNewArray<QvMCastAnc>(n) : nullptr;
