@@ -24,7 +24,8 @@ class tbPixMap;
 // Results: a char is 1 for success and 0 for failure, a short id -1 for
 // failure, a long time -1 for an absent member or an unset time, a pointer
 // null. Every operation taking a cast id looks the member up first and fails
-// at once when there is none.
+// at once when there is none. A query with one output fails (0) when given a
+// null pointer; queries with several outputs skip the null ones.
 //
 // Many operations by id have a protected twin of the same name taking the
 // record. Pass ids as std::int16_t values: a bare literal 0 also converts to
@@ -63,7 +64,9 @@ class QvMCast {
   void DelAll();
 
   char SetName(std::int16_t id, unsigned char* name);
-  // *out receives a new handle (caller frees it with QvFreeString) or null.
+  // *out receives a new handle (caller frees it with QvFreeString) or null
+  // for a member without a name. 0 (and null) when the member is absent or
+  // its name cannot be copied.
   char GetName(std::int16_t id, unsigned char*** out);
 
   std::uint32_t ActFlag(std::int16_t id);
@@ -82,6 +85,12 @@ class QvMCast {
   char SetEnd(std::int16_t id, std::int32_t end);
 
   // ---- Attachments ----
+  // A registration with a negative id creates the member. Registering a
+  // reference list other than the one recorded for that attachment makes the
+  // recorded list forget the member, so that no list keeps naming a member
+  // that no longer follows it (an animation detaching itself passes a null
+  // list and empties its own list afterwards). A registration may be given
+  // the member's own copy, table, entries or anchors.
   std::int16_t RegAFrame(std::int16_t id, QvAFrame* anim, std::int32_t startTime,
                          unsigned char* name, QvMCastList* list);
   std::int16_t RegOrgCTable(std::int16_t id, tbColorTable* table, QvPal* pal, unsigned char* name);
@@ -152,6 +161,9 @@ class QvMCast {
   tbPicture* Icon(std::int16_t id, std::int16_t width, std::int16_t height);
 
   // ---- Duplication, backup and restore ----
+  // Dup into this store with a negative dstId fails (-1, nothing made) when
+  // the new member would replace the source, that is when the source holds
+  // the id the counter hands out next or the store is locked on it.
   std::int16_t Dup(std::int16_t srcId, std::int32_t start, unsigned char* name, QvMCast* dst,
                    std::int16_t dstId);
   char Backup(std::int16_t id, QvMCast* dst);
