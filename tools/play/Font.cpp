@@ -128,8 +128,7 @@ int TextWidth(const std::string& text, int scale) {
   return static_cast<int>(text.size()) * kAdvance * scale - scale;
 }
 
-void DrawText(Frame* frame, int x, int y, const std::string& text, std::uint32_t color,
-              int scale) {
+void DrawText(Frame* frame, int x, int y, const std::string& text, std::uint32_t color, int scale) {
   if (!frame || scale < 1) return;
   for (std::size_t i = 0; i < text.size(); ++i) {
     const int gx = x + static_cast<int>(i) * kAdvance * scale;

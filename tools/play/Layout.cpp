@@ -29,12 +29,11 @@ int Layout::IndexAt(int x, int count) const {
 int Layout::XOfIndex(int k, int count) const {
   if (count <= 1) return trackX;
   const long long span = std::max(1, trackWidth - 1);
-  return trackX + static_cast<int>(static_cast<long long>(std::clamp(k, 0, count - 1)) * span /
-                                   (count - 1));
+  return trackX +
+         static_cast<int>(static_cast<long long>(std::clamp(k, 0, count - 1)) * span / (count - 1));
 }
 
-Layout ComputeLayout(int windowWidth, int windowHeight, int sceneWidth, int sceneHeight,
-                     int rows) {
+Layout ComputeLayout(int windowWidth, int windowHeight, int sceneWidth, int sceneHeight, int rows) {
   Layout l;
   l.windowWidth = std::max(1, windowWidth);
   l.windowHeight = std::max(1, windowHeight);
@@ -56,8 +55,7 @@ Layout ComputeLayout(int windowWidth, int windowHeight, int sceneWidth, int scen
   return l;
 }
 
-void WindowSizeFor(int sceneWidth, int sceneHeight, int rows, int scale, int* width,
-                   int* height) {
+void WindowSizeFor(int sceneWidth, int sceneHeight, int rows, int scale, int* width, int* height) {
   *width = std::max(1, sceneWidth) * scale;
   *height = std::max(1, sceneHeight) * scale + BarHeight(rows, TextScaleFor(*width));
 }

@@ -41,10 +41,8 @@ int BarHeight(int rows, int textScale);
 // The layout of a window of that size showing a movie of sceneWidth x
 // sceneHeight pixels with the given number of member rows (at most
 // kMaxRows are shown).
-Layout ComputeLayout(int windowWidth, int windowHeight, int sceneWidth, int sceneHeight,
-                     int rows);
+Layout ComputeLayout(int windowWidth, int windowHeight, int sceneWidth, int sceneHeight, int rows);
 // The window size that shows the movie enlarged scale times.
-void WindowSizeFor(int sceneWidth, int sceneHeight, int rows, int scale, int* width,
-                   int* height);
+void WindowSizeFor(int sceneWidth, int sceneHeight, int rows, int scale, int* width, int* height);
 
 }  // namespace qvplay

@@ -32,7 +32,7 @@ struct Hit {
   bool found = false;
   std::string name;
   std::int16_t id = -1;
-  int layer = -1;  // layer index
+  int layer = -1;    // layer index
   int x = 0, y = 0;  // movie pixel that was clicked
 };
 
@@ -139,7 +139,8 @@ class Player {
   const std::vector<MemberRange>& Members() const { return members_; }
 
   // ---- Statistics ----
-  // Records that the current moment reached the screen.
+  // Records that the window was presented; a newly drawn picture counts as
+  // a moment shown.
   void MarkShown();
   // Moments shown in the last second.
   double ShownFps() const;
@@ -192,7 +193,11 @@ class Player {
   double maxDrawMs_ = 0;
   double totalDrawMs_ = 0;
   long long drawn_ = 0;
+  long long shownDrawn_ = -1;
 };
+
+// "once", "bounce", "loop" for the clock's modes 0, 1, 2.
+const char* ModeName(char mode);
 
 // The key help shown with H, one line per entry.
 const std::vector<std::string>& HelpLines();

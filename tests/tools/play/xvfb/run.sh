@@ -1,0 +1,46 @@
+#!/bin/sh
+# Runs the player in a real X server (Xvfb, started here on a free display)
+# on the demo scene, takes a screenshot at moment 150 and compares it with
+# what the render tool draws for that moment.
+#
+#   run.sh PLAYER RENDER DEMO_ASSETS COMPARE SCENE WORK_DIR
+#
+# Exit status 77 (skipped) when Xvfb is not installed.
+set -u
+if [ $# -ne 6 ]; then
+  echo "usage: $0 PLAYER RENDER DEMO_ASSETS COMPARE SCENE WORK_DIR" >&2
+  exit 2
+fi
+player=$1 render=$2 assets=$3 compare=$4 scene=$5 work=$6
+if ! command -v Xvfb >/dev/null 2>&1; then
+  echo "Xvfb is not installed: skipped"
+  exit 77
+fi
+scale=2
+rm -rf "$work"
+mkdir -p "$work"
+"$assets" "$work/assets" >/dev/null || exit 1
+
+# Xvfb picks a free display itself and writes its number when it is ready.
+Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$work/display" \
+  >"$work/xvfb.log" 2>&1 &
+xvfb=$!
+trap 'kill $xvfb 2>/dev/null; wait $xvfb 2>/dev/null' EXIT INT TERM
+tries=0
+while [ ! -s "$work/display" ]; do
+  if ! kill -0 $xvfb 2>/dev/null || [ $tries -ge 200 ]; then
+    echo "Xvfb did not start:"
+    cat "$work/xvfb.log"
+    exit 1
+  fi
+  tries=$((tries + 1))
+  sleep 0.05
+done
+display=:$(head -n 1 "$work/display")
+echo "Xvfb on display $display"
+
+# Six moments from 140, stepped as fast as possible: the last is 150.
+DISPLAY=$display SDL_VIDEODRIVER=x11 "$player" "$scene" --pictures "$work/assets" \
+  --scale $scale --at 140 --frames 6 --screenshot "$work/player.png" --stats || exit 1
+"$render" "$scene" --pictures "$work/assets" --png-at 150 "$work/render.png" || exit 1
+"$compare" "$work/player.png" "$work/render.png" $scale
