@@ -7,5 +7,5 @@ bash scripts/setup.sh
 
 cmake -S . -B build -DCMAKE_BUILD_TYPE=RelWithDebInfo
 cmake --build build -j"$(nproc)" --target qvmovie-render qvmovie-demo-assets
-bash tools/render-demo.sh build out
+bash tools/render-demo.sh build out/demo.gif
 echo "Rendered out/demo.gif"
