@@ -22,6 +22,7 @@
 #include "scene/PngIO.h"
 #include "scene/SceneReader.h"
 #include "toolbox/QvPlatform.h"
+#include "toolbox/tbPixMap.h"
 
 namespace playtest {
 
@@ -205,6 +206,22 @@ inline long DifferingPixels(const qvplay::Frame& frame, const qvplay::Layout& l,
     for (int x = 0; x < l.picWidth; ++x) {
       const int index = ref.At(x / l.scale, y / l.scale);
       if (frame.At(l.picX + x, l.picY + y) != ColorOf(ref, index)) ++wrong;
+    }
+  }
+  return wrong;
+}
+
+// Number of movie pixels of the player's current picture (its 8-bit
+// picture and the moment's colours, before the window's panels are laid
+// over it) that differ from the reference moment.
+inline long PictureDiffers(qvplay::Player* player, const qvscene::Picture& ref) {
+  player->UpdatePicture();
+  tbPixMap* pm = player->PixMap();
+  long wrong = 0;
+  for (int y = 0; y < ref.height; ++y) {
+    const unsigned char* row = pm->TopAddr() + static_cast<std::ptrdiff_t>(y) * pm->Offset();
+    for (int x = 0; x < ref.width; ++x) {
+      if (player->Colors()[row[x]] != ColorOf(ref, ref.At(x, y))) ++wrong;
     }
   }
   return wrong;
