@@ -3,6 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstdlib>
+#include <sstream>
+#include <string>
+#include <vector>
 
 #include "toolbox/QvPlatform.h"
 
@@ -10,474 +14,206 @@ namespace {
 
 std::uint32_t gMs = 0;
 std::uint32_t FakeTicks() { return gMs; }
+using V = std::vector<std::int32_t>;
 
-// Exposes the protected state for inspection.
-class PlayerProbe : public QvMPlayer {
+// Exposes the protected state and counts the virtual calls of Play.
+class Clock : public QvMPlayer {
  public:
+  Clock(char m = 0, std::int32_t t = 0, std::int32_t e = 0) { SetMode(m), SetTop(t), SetEnd(e); }
   using QvMPlayer::localGetCount;
   using QvMPlayer::localSetStart;
-  std::int32_t StartTick() const { return startTick; }
-  std::int32_t LastCount() const { return lastCount; }
-  char ForwardFlag() const { return forwardFlag; }
-  char ReverseFlag() const { return reverseFlag; }
-  char RunFlag() const { return runFlag; }
-  char StopFlag() const { return stopFlag; }
-};
-
-// Counts the virtual calls of Play made from inside the clock.
-class PlayCounter : public QvMPlayer {
- public:
-  void Play(std::int16_t s) override {
-    ++calls;
-    lastArg = s;
-    QvMPlayer::Play(s);
-  }
+  void Play(std::int16_t s) override { ++calls, lastArg = s, QvMPlayer::Play(s); }
+  // Cur() (sampling when running), IsPlaying, IsPausing, IsForward.
+  V State() { return {Cur(), IsPlaying(), IsPausing(), IsForward()}; }
+  V Flags() const { return {forwardFlag, reverseFlag, runFlag, stopFlag}; }
+  V Timing() const { return {startTick, lastCount}; }
   int calls = 0;
   std::int16_t lastArg = 0;
 };
 
-class QvMPlayerTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    gMs = 0;
-    previous = QvSetTickSource(&FakeTicks);
+// Runs a script of steps separated by blanks, then gives State(): Tn sets the
+// millisecond count, Pn Play, Sn Step, Cn SetCur, Vn SetSpeed, Mn SetMode,
+// N Next, Z Pause, X Stop.
+V Go(Clock& p, const std::string& script) {
+  std::istringstream in(script);
+  std::string op;
+  while (in >> op) {
+    const long n = op.size() > 1 ? std::strtol(op.c_str() + 1, nullptr, 10) : 0;
+    const char c = op[0];
+    const auto s16 = static_cast<std::int16_t>(n);
+    if (c == 'T') gMs = static_cast<std::uint32_t>(std::strtoul(op.c_str() + 1, nullptr, 0));
+    if (c == 'P') p.Play(s16);
+    if (c == 'S') p.Step(s16);
+    if (c == 'C') p.SetCur(static_cast<std::int32_t>(n));
+    if (c == 'V') p.SetSpeed(s16);
+    if (c == 'M') p.SetMode(static_cast<char>(n));
+    if (c == 'Z') p.Pause();
+    if (c == 'X') p.Stop();
+    if (c == 'N') p.Next();
   }
-  void TearDown() override { QvSetTickSource(previous); }
-  QvTickSource previous = nullptr;
+  return p.State();
+}
+
+struct QvMPlayerTest : ::testing::Test {
+  QvTickSource previous = (gMs = 0, QvSetTickSource(&FakeTicks));
+  ~QvMPlayerTest() override { QvSetTickSource(previous); }
 };
 
-TEST_F(QvMPlayerTest, NewClockDefaults) {
-  QvMPlayer p;
-  EXPECT_EQ(p.Mode(), 0);
-  EXPECT_EQ(p.Speed(), 30);
-  EXPECT_EQ(p.Top(), 0);
-  EXPECT_EQ(p.End(), 0);
-  EXPECT_EQ(p.Cur(), 0);
-  EXPECT_EQ(p.IsPlaying(), 0);
-  EXPECT_EQ(p.IsPausing(), 0);
-  EXPECT_EQ(p.IsForward(), 1);
+TEST_F(QvMPlayerTest, ConversionsAndPlaying) {
+  Clock d;
+  EXPECT_EQ((V{d.Mode(), d.Speed(), d.Top(), d.End()}), (V{0, 30, 0, 0}));
+  EXPECT_EQ(d.State(), (V{0, 0, 0, 1}));
+  // Wrapping 32-bit products, unsigned divisions: 30 * 2^31 wraps to 0, 6e9
+  // to 1705032704, -1 * 60 is 2^32 - 60.
+  EXPECT_EQ((V{d.Time2Frame(1), d.Time2Frame(2), d.Time2Frame(3), d.Time2Frame(0x80000000u),
+               d.Time2Frame(200000000u)}),
+            (V{0, 1, 1, 0, 1705032704 / 60}));
+  using U = std::vector<std::uint32_t>;
+  EXPECT_EQ((U{d.Frame2Time(2), d.Frame2Time(-1)}), (U{4, (0xFFFFFFFFu - 59u) / 30u}));
+  d.SetSpeed(24);
+  EXPECT_EQ(d.Frame2Time(7), 17u);
+  d.SetSpeed(-10);  // a huge unsigned divisor
+  EXPECT_EQ((U{static_cast<std::uint32_t>(d.Speed()), d.Frame2Time(100)}), (U{-10u, 0}));
+  d.SetSpeed(0);
+  EXPECT_EQ((U{d.Frame2Time(100), static_cast<std::uint32_t>(d.Time2Frame(1000))}), (U{0, 0}));
+  Clock fast(0, 0, 1000000);
+  EXPECT_EQ(Go(fast, "P60 T1000")[0], 59);  // 59.99988 ticks: the factor is not 0.06
+  EXPECT_EQ(Go(fast, "T100000")[0], 5999);
+  Clock p(0, 0, 100);
+  EXPECT_EQ(Go(p, "T0 P30 T1000"), (V{29, 1, 0, 1}));  // tick 59: 30 * 59 / 60
+  EXPECT_EQ(Go(p, "P60 T2000"), (V{89, 1, 0, 1}));     // sampled at the old speed first
+  EXPECT_EQ(Go(p, "T10000"), (V{100, 0, 0, 1}));       // play once stops at the end
+  EXPECT_EQ(Go(p, "T20000"), (V{100, 0, 0, 1}));
+  Clock back(0, 0, 100);
+  EXPECT_EQ(Go(back, "T0 C50 P-10"), (V{50, 1, 0, 0}));
+  EXPECT_EQ(back.Speed(), 10);
+  EXPECT_EQ(Go(back, "T1000"), (V{41, 1, 0, 0}));
+  EXPECT_EQ(Go(back, "T10000"), (V{0, 0, 0, 0}));  // clamped at top and stopped
 }
 
-TEST_F(QvMPlayerTest, Time2FrameUsesWrappingProductAndUnsignedDivision) {
-  QvMPlayer p;
-  EXPECT_EQ(p.Time2Frame(0), 0);
-  EXPECT_EQ(p.Time2Frame(1), 0);
-  EXPECT_EQ(p.Time2Frame(2), 1);
-  EXPECT_EQ(p.Time2Frame(3), 1);
-  // 30 * 2^31 wraps to 0.
-  EXPECT_EQ(p.Time2Frame(0x80000000u), 0);
-  // 30 * 200000000 = 6000000000, modulo 2^32 1705032704.
-  EXPECT_EQ(p.Time2Frame(200000000u), 1705032704 / 60);
-}
+// SetCur on a playing clock: mode, top, end, frame, the fitted frame,
+// forwardFlag (-1: not checked) and whether the clock still runs.
+// clang-format off
+const std::int32_t kFits[][7] = {
+    {0, 0, 9, 12, 9, -1, 0},    {1, 0, 9, 12, 6, 0, 1},      {2, 0, 9, 12, 2, -1, 1},
+    {0, 0, 9, 25, 9, -1, 0},    {1, 0, 9, 25, 7, 1, 1},      {2, 0, 9, 25, 5, -1, 1},
+    {0, 0, 9, 5, 5, 1, 1},       {2, 0, 9, -1, 9, -1, 1},     {2, 0, 9, -10, 0, -1, 1},
+    {0, 5, 9, -5, 5, -1, 0},    {1, 4, 4, 100, 4, -1, 1},    {1, 4, 4, -100, 4, -1, 1},
+    {2, 4, 4, 100, 4, -1, 1},    {2, 4, 4, -100, 4, -1, 1},   {1, 10, 5, 100, 100, -1, 1},
+    {1, 10, 5, -3, -3, -1, 1},   {2, 10, 5, 100, 100, -1, 1}, {2, 10, 5, -3, -3, -1, 1},
+    {7, 0, 9, 1234, 1234, -1, 1},
+    // Extreme frames fold without endless reflection: 2^31 above top is an
+    // odd number of reflections; (2^31 - 1) mod 18 = 1.
+    {1, 0, 9, INT32_MIN, 2, 0, 1},   {1, 0, 9, INT32_MAX, 1, -1, 1},
+    {2, -5, 5, INT32_MAX, 1, -1, 1}, {2, -5, 5, INT32_MIN, -2, -1, 1},
+};
+// clang-format on
 
-TEST_F(QvMPlayerTest, Frame2TimeDividesUnsigned) {
-  QvMPlayer p;
-  p.SetSpeed(24);
-  EXPECT_EQ(p.Frame2Time(7), 17u);
-  p.SetSpeed(30);
-  EXPECT_EQ(p.Frame2Time(2), 4u);
-  // -1 * 60 is 2^32 - 60 as an unsigned value.
-  EXPECT_EQ(p.Frame2Time(-1), (0xFFFFFFFFu - 59u) / 30u);
-  // A negative speed is a huge unsigned divisor.
-  p.SetSpeed(-10);
-  EXPECT_EQ(p.Speed(), -10);
-  EXPECT_EQ(p.Frame2Time(100), 0u);
-  // Speed 0 has no duration per frame.
-  p.SetSpeed(0);
-  EXPECT_EQ(p.Frame2Time(100), 0u);
-  EXPECT_EQ(p.Time2Frame(1000), 0);
-}
-
-TEST_F(QvMPlayerTest, TickFactorIsSlightlyBelowSixHundredths) {
-  QvMPlayer p;
-  p.SetEnd(1000000);
-  p.Play(60);
-  gMs = 1000;  // 59.99988 ticks, truncated to 59
-  EXPECT_EQ(p.Cur(), 59);
-  gMs = 100000;  // 5999.988 ticks
-  EXPECT_EQ(p.Cur(), 5999);
-}
-
-TEST_F(QvMPlayerTest, PlayingAdvancesByElapsedFrames) {
-  QvMPlayer p;
-  p.SetEnd(100);
-  p.Play(30);
-  EXPECT_EQ(p.IsPlaying(), 1);
-  EXPECT_EQ(p.IsPausing(), 0);
-  gMs = 1000;  // tick 59: 30 * 59 / 60 = 29
-  EXPECT_EQ(p.Cur(), 29);
-  gMs = 2000;  // tick 119: 59
-  EXPECT_EQ(p.Cur(), 59);
-  gMs = 10000;  // far past the end: play once stops at 100
-  EXPECT_EQ(p.Cur(), 100);
-  EXPECT_EQ(p.IsPlaying(), 0);
-  gMs = 20000;
-  EXPECT_EQ(p.Cur(), 100);
-}
-
-TEST_F(QvMPlayerTest, PlayBackwardsWithNegativeSpeed) {
-  QvMPlayer p;
-  p.SetEnd(100);
-  p.SetCur(50);
-  p.Play(-10);
-  EXPECT_EQ(p.Speed(), 10);
-  EXPECT_EQ(p.IsForward(), 0);
-  gMs = 1000;  // tick 59: 10 * 59 / 60 = 9 frames back
-  EXPECT_EQ(p.Cur(), 41);
-  gMs = 10000;  // 99 frames back: clamped at top and stopped
-  EXPECT_EQ(p.Cur(), 0);
-  EXPECT_EQ(p.IsPlaying(), 0);
-}
-
-TEST_F(QvMPlayerTest, PlayWhilePlayingSamplesAtOldSpeedFirst) {
-  QvMPlayer p;
-  p.SetEnd(1000);
-  p.Play(30);
-  gMs = 1000;
-  p.Play(60);  // cur brought to 29, timing restarts
-  gMs = 2000;  // 60 more ticks (119 - 59): 60 frames
-  EXPECT_EQ(p.Cur(), 89);
-}
-
-TEST_F(QvMPlayerTest, FittingExampleTwelve) {
-  for (char mode : {0, 1, 2}) {
-    PlayerProbe p;
-    p.SetEnd(9);
-    p.SetMode(mode);
+TEST_F(QvMPlayerTest, SetCurFitsByModeAndSetSpeedKeepsDirection) {
+  for (const auto& c : kFits) {
+    SCOPED_TRACE(::testing::Message()
+                 << "mode " << c[0] << " " << c[1] << ".." << c[2] << " " << c[3]);
+    Clock p(static_cast<char>(c[0]), c[1], c[2]);
     p.Play(30);
-    std::int32_t got = p.SetCur(12);
-    if (mode == 0) {
-      EXPECT_EQ(got, 9);
-      EXPECT_EQ(p.IsPlaying(), 0);
-    } else if (mode == 1) {
-      EXPECT_EQ(got, 6);
-      EXPECT_EQ(p.ForwardFlag(), 0);
-      EXPECT_EQ(p.IsForward(), 0);
-      EXPECT_EQ(p.IsPlaying(), 1);
-    } else {
-      EXPECT_EQ(got, 2);
-      EXPECT_EQ(p.IsPlaying(), 1);
-    }
+    EXPECT_EQ(p.SetCur(c[3]), c[4]);
+    EXPECT_EQ(c[5] < 0 ? c[5] : p.Flags()[0], c[5]);
+    EXPECT_EQ(p.IsPlaying(), c[6]);
   }
+  Clock stopped(2, 0, 9);
+  EXPECT_EQ(Go(stopped, "C25"), (V{5, 0, 0, 1}));  // a stopped clock stays stopped
+  Clock late(3, 0, 9);
+  EXPECT_EQ(Go(late, "C50 M2")[0], 50);  // SetMode alone does not fit ...
+  EXPECT_EQ(Go(late, "S1")[0], 1);       // ... the next step does
+  Clock p(0, 0, 1000);
+  Go(p, "C500 P-30 V30");  // same value: nothing happens, even while playing
+  EXPECT_EQ((V{p.calls, p.IsForward()}), (V{1, 0}));
+  Go(p, "V15");  // positive keeps the backward direction
+  EXPECT_EQ((V{p.calls, p.lastArg, p.Speed(), p.IsForward()}), (V{2, -15, 15, 0}));
+  Go(p, "V-15");  // negative turns it forward
+  EXPECT_EQ((V{p.calls, p.lastArg, p.Speed(), p.IsForward()}), (V{3, 15, 15, 1}));
+  Go(p, "X V-20");  // not running: stored as it is
+  EXPECT_EQ((V{p.calls, p.Speed()}), (V{3, -20}));
+  Clock b(1, 0, 9);  // SetMode resets the direction, and so does SetSpeed (Play)
+  EXPECT_EQ((V{Go(b, "P30 C12")[3], Go(b, "M1")[3], Go(b, "C12")[3], Go(b, "V20")[3]}),
+            (V{0, 1, 0, 1}));
 }
 
-TEST_F(QvMPlayerTest, SetCurTwentyFiveInEachMode) {
-  QvMPlayer once;
-  once.SetEnd(9);
-  once.Play(30);
-  EXPECT_EQ(once.SetCur(25), 9);
-  EXPECT_EQ(once.IsPlaying(), 0);
-  EXPECT_EQ(once.Cur(), 9);
-
-  PlayerProbe bounce;
-  bounce.SetEnd(9);
-  bounce.SetMode(1);
-  EXPECT_EQ(bounce.SetCur(25), 7);
-  EXPECT_EQ(bounce.ForwardFlag(), 1);  // two reflections
-
-  QvMPlayer loop;
-  loop.SetEnd(9);
-  loop.SetMode(2);
-  EXPECT_EQ(loop.SetCur(25), 5);
-  EXPECT_EQ(loop.SetCur(-1), 9);
-  EXPECT_EQ(loop.SetCur(-10), 0);
-  EXPECT_EQ(loop.IsPlaying(), 0);  // SetCur leaves the run state alone
-}
-
-TEST_F(QvMPlayerTest, ModeZeroClampsBelowTop) {
-  QvMPlayer p;
-  p.SetTop(5);
-  p.SetEnd(9);
-  p.Pause();
-  EXPECT_EQ(p.SetCur(-5), 5);
-  EXPECT_EQ(p.IsPlaying(), 0);
-  EXPECT_EQ(p.IsPausing(), 0);
-}
-
-TEST_F(QvMPlayerTest, DegenerateRanges) {
-  for (char mode : {1, 2}) {
-    QvMPlayer same;
-    same.SetMode(mode);
-    same.SetTop(4);
-    same.SetEnd(4);
-    EXPECT_EQ(same.SetCur(100), 4);
-    EXPECT_EQ(same.SetCur(-100), 4);
-
-    QvMPlayer inverted;
-    inverted.SetMode(mode);
-    inverted.SetTop(10);
-    inverted.SetEnd(5);
-    EXPECT_EQ(inverted.SetCur(100), 100);
-    EXPECT_EQ(inverted.SetCur(-3), -3);
-  }
-  QvMPlayer unenforced;
-  unenforced.SetMode(7);
-  unenforced.SetEnd(9);
-  EXPECT_EQ(unenforced.SetCur(1234), 1234);
-}
-
-TEST_F(QvMPlayerTest, ExtremeFramesAreFittedWithoutEndlessReflection) {
-  PlayerProbe bounce;
-  bounce.SetMode(1);
-  bounce.SetEnd(9);
-  // 2^31 above top folds to 2 after an odd number of reflections.
-  EXPECT_EQ(bounce.SetCur(INT32_MIN), 2);
-  EXPECT_EQ(bounce.ForwardFlag(), 0);
-  bounce.SetMode(1);
-  EXPECT_EQ(bounce.SetCur(INT32_MAX), 1);  // (2^31 - 1) mod 18 = 1
-
-  QvMPlayer loop;
-  loop.SetMode(2);
-  loop.SetTop(-5);
-  loop.SetEnd(5);
-  EXPECT_EQ(loop.SetCur(INT32_MAX), -5 + 6);  // (2^31 - 1 + 5) mod 11 = 6
-  EXPECT_EQ(loop.SetCur(INT32_MIN), -5 + 3);  // (-2^31 + 5) mod 11 = 3
-}
-
-TEST_F(QvMPlayerTest, SetModeDoesNotFitUntilNextStep) {
-  PlayerProbe p;
-  p.SetEnd(9);
-  p.SetMode(3);
-  EXPECT_EQ(p.SetCur(50), 50);
-  p.SetMode(2);
-  EXPECT_EQ(p.Cur(), 50);
-  EXPECT_EQ(p.ForwardFlag(), 1);
-  p.Step(1);
-  EXPECT_EQ(p.Cur(), 1);
-}
-
-TEST_F(QvMPlayerTest, SetSpeedKeepsOrTurnsDirection) {
-  PlayCounter p;
-  p.SetEnd(1000);
-  p.SetCur(500);
-  p.Play(-30);
-  p.calls = 0;
-  p.SetSpeed(30);  // same value: nothing happens, even while playing
-  EXPECT_EQ(p.calls, 0);
-  EXPECT_EQ(p.IsForward(), 0);
-
-  p.SetSpeed(15);  // positive keeps the backward direction
-  EXPECT_EQ(p.calls, 1);
-  EXPECT_EQ(p.lastArg, -15);
-  EXPECT_EQ(p.Speed(), 15);
-  EXPECT_EQ(p.IsForward(), 0);
-
-  p.SetSpeed(-15);  // negative turns it forward
-  EXPECT_EQ(p.calls, 2);
-  EXPECT_EQ(p.lastArg, 15);
-  EXPECT_EQ(p.IsForward(), 1);
-
-  p.Stop();
-  p.SetSpeed(-20);  // not running: stored as it is
-  EXPECT_EQ(p.calls, 2);
-  EXPECT_EQ(p.Speed(), -20);
-}
-
-TEST_F(QvMPlayerTest, SetSpeedWhilePlayingResetsBounceDirection) {
-  PlayerProbe p;
-  p.SetMode(1);
-  p.SetEnd(9);
-  p.Play(30);
-  p.SetCur(12);
-  EXPECT_EQ(p.ForwardFlag(), 0);
-  p.SetSpeed(20);
-  EXPECT_EQ(p.ForwardFlag(), 1);
-}
-
-TEST_F(QvMPlayerTest, StepOnBackwardClockTurnsItForward) {
-  QvMPlayer p;
-  p.SetEnd(100);
-  p.SetCur(50);
-  p.Play(-10);
-  p.Step(1);
-  EXPECT_EQ(p.IsForward(), 1);
-  EXPECT_EQ(p.IsPlaying(), 1);
-  EXPECT_EQ(p.IsPausing(), 0);
-  EXPECT_EQ(p.Cur(), 51);
-  gMs = 1000;  // 9 frames forward now
-  EXPECT_EQ(p.Cur(), 60);
-  p.Step(-3);
-  EXPECT_EQ(p.Cur(), 57);
-}
-
-TEST_F(QvMPlayerTest, PauseAndResume) {
-  QvMPlayer stopped;
-  stopped.SetEnd(9);
-  stopped.SetCur(3);
-  stopped.Pause();
-  EXPECT_EQ(stopped.IsPlaying(), 1);
-  EXPECT_EQ(stopped.IsPausing(), 1);
-  EXPECT_EQ(stopped.Cur(), 3);
-
-  QvMPlayer p;
-  p.SetEnd(1000);
-  p.Play(30);
-  gMs = 1000;
-  EXPECT_EQ(p.Cur(), 29);
-  p.Pause();
-  gMs = 5000;
-  EXPECT_EQ(p.Cur(), 29);
-  EXPECT_EQ(p.Next(), 29);
-  p.Play(30);  // goes on from the paused frame
-  gMs = 6000;  // ticks 299 -> 359: 30 frames
-  EXPECT_EQ(p.Cur(), 59);
-}
-
-TEST_F(QvMPlayerTest, StopResetsToTop) {
-  PlayerProbe p;
-  p.SetTop(3);
-  p.SetEnd(50);
-  p.SetCur(20);
-  p.Play(-5);
-  p.Stop();
-  EXPECT_EQ(p.Cur(), 3);
-  EXPECT_EQ(p.IsPlaying(), 0);
-  EXPECT_EQ(p.ReverseFlag(), 0);
-  EXPECT_EQ(p.ForwardFlag(), 1);
-  EXPECT_EQ(p.RunFlag(), 0);
-  EXPECT_EQ(p.StopFlag(), 1);
-}
-
-TEST_F(QvMPlayerTest, NextAdvancesOneFrameAfterLongGap) {
-  QvMPlayer p;
-  p.SetEnd(1000000);
-  p.Play(30);
-  QvMPlayer copy(p);
-  gMs = 10000;  // tick 599: Cur would jump to 299
-  EXPECT_EQ(p.Next(), 1);
+TEST_F(QvMPlayerTest, StepPauseStopAndNext) {
+  Clock p(0, 0, 100);
+  EXPECT_EQ(Go(p, "C50 P-10 S1"), (V{51, 1, 0, 1}));  // backward turns forward
+  EXPECT_EQ(Go(p, "T1000"), (V{60, 1, 0, 1}));
+  EXPECT_EQ(Go(p, "S-3 Z T5000"), (V{57, 1, 1, 1}));
+  EXPECT_EQ(p.Next(), 57);
+  EXPECT_EQ(Go(p, "P30 T6000"), (V{87, 1, 0, 1}));  // on from the paused frame
+  Clock stopped(0, 0, 9);
+  EXPECT_EQ(Go(stopped, "C3 Z"), (V{3, 1, 1, 1}));
+  Clock s(0, 3, 50);
+  EXPECT_EQ(Go(s, "C20 P-5 X"), (V{3, 0, 0, 1}));
+  EXPECT_EQ(s.Flags(), (V{1, 0, 0, 1}));
+  Clock gap(0, 0, 1000000);
+  Go(gap, "T0 P30");
+  QvMPlayer copy(gap);
+  gMs = 10000;  // tick 599: Cur jumps to 299
+  EXPECT_EQ(gap.Next(), 1);
   EXPECT_EQ(copy.Cur(), 299);
-  // Re-based at this moment: a Cur now stays on frame 1.
-  EXPECT_EQ(p.Cur(), 1);
-  gMs = 10034;  // tick 602, 5 ticks after the re-based start: count 2
-  EXPECT_EQ(p.Next(), 2);
-  EXPECT_EQ(p.Next(), 2);
-}
-
-TEST_F(QvMPlayerTest, NextFollowsTheClockWhenCalledOften) {
-  QvMPlayer p;
-  p.SetEnd(1000);
-  p.Play(30);
+  EXPECT_EQ(gap.Cur(), 1);  // re-based at this moment
+  gMs = 10034;              // 5 ticks after the re-based start: count 2
+  EXPECT_EQ((V{gap.Next(), gap.Next()}), (V{2, 2}));
+  Clock often(0, 0, 1000);
+  Go(often, "T0 P30");
   std::int32_t last = 0;
   for (std::uint32_t ms = 0; ms <= 2000; ms += 10) {
     gMs = ms;
-    std::int32_t now = p.Next();
-    EXPECT_TRUE(now == last || now == last + 1);
+    const std::int32_t now = often.Next();
+    EXPECT_TRUE(now == last || now == last + 1) << ms;
     last = now;
   }
   EXPECT_EQ(last, 59);  // tick 119 at 2000 ms
 }
 
-TEST_F(QvMPlayerTest, SetCurAtSpeed24CountsBackOneFrame) {
-  PlayerProbe p;
-  p.SetEnd(100);
+TEST_F(QvMPlayerTest, RebasingAndSpeedZero) {
+  Clock p(0, 0, 100);
   p.Play(24);
   gMs = 5000;
   EXPECT_EQ(p.SetCur(7), 7);
-  EXPECT_EQ(p.LastCount(), 7);
-  EXPECT_EQ(p.StartTick(), 299 - 17);
-  // 24 * 17 / 60 = 6 frames counted against lastCount 7.
-  EXPECT_EQ(p.Cur(), 6);
+  EXPECT_EQ(p.Timing(), (V{299 - 17, 7}));
+  EXPECT_EQ(p.Cur(), 6);  // 24 * 17 / 60 = 6 counted against 7
+  Clock s(0, 0, 100);
+  EXPECT_EQ(Go(s, "V24 T777 C7 T99999"), (V{7, 0, 0, 1}));  // stopped: exact
+  Go(s, "V30 C40 T1000");
+  s.localSetStart(10);
+  EXPECT_EQ(s.Timing(), (V{59 - 20, 10}));
+  EXPECT_EQ((V{s.localGetCount(), s.Cur()}), (V{10, 40}));
+  Clock z(0, 0, 100);
+  EXPECT_EQ(Go(z, "C7 P0 T100000"), (V{7, 1, 0, 1}));
+  EXPECT_EQ((V{z.Speed(), z.Next(), z.SetCur(12)}), (V{0, 7, 12}));
+  EXPECT_EQ(Go(z, "T200000"), (V{12, 1, 0, 1}));
+  EXPECT_EQ((V{z.Next(), z.localGetCount()}), (V{12, 0}));
+  z.localSetStart(50);
+  EXPECT_EQ(z.Cur(), 12);
+  Clock q(0, 0, 100);
+  EXPECT_EQ(Go(q, "T200000 P30 T201000 V0 T300000"), (V{30, 1, 0, 1}));
 }
 
-TEST_F(QvMPlayerTest, SetCurOnStoppedClockIsExact) {
-  QvMPlayer p;
-  p.SetEnd(100);
-  p.SetSpeed(24);
-  gMs = 777;
-  EXPECT_EQ(p.SetCur(7), 7);
-  gMs = 99999;
-  EXPECT_EQ(p.Cur(), 7);
-  EXPECT_EQ(p.IsPlaying(), 0);
-}
-
-TEST_F(QvMPlayerTest, LocalSetStartLeavesCur) {
-  PlayerProbe p;
-  p.SetEnd(100);
-  p.SetCur(40);
-  gMs = 1000;
-  p.localSetStart(10);
-  EXPECT_EQ(p.LastCount(), 10);
-  EXPECT_EQ(p.StartTick(), 59 - 20);
-  EXPECT_EQ(p.localGetCount(), 10);
-  EXPECT_EQ(p.Cur(), 40);
-}
-
-TEST_F(QvMPlayerTest, SpeedZeroNeverMoves) {
-  PlayerProbe p;
-  p.SetEnd(100);
-  p.SetCur(7);
-  p.Play(0);
-  EXPECT_EQ(p.Speed(), 0);
-  gMs = 100000;
-  EXPECT_EQ(p.Cur(), 7);
-  EXPECT_EQ(p.Next(), 7);
-  EXPECT_EQ(p.SetCur(12), 12);
-  gMs = 200000;
-  EXPECT_EQ(p.Cur(), 12);
-  EXPECT_EQ(p.Next(), 12);
-  EXPECT_EQ(p.localGetCount(), 0);
-  p.localSetStart(50);
-  EXPECT_EQ(p.Cur(), 12);
-
-  QvMPlayer q;
-  q.SetEnd(100);
-  q.Play(30);
-  gMs = 201000;  // ticks 11999 -> 12059: 30 frames
-  q.SetSpeed(0);
-  gMs = 300000;
-  EXPECT_EQ(q.Cur(), 30);
-  EXPECT_EQ(q.IsPlaying(), 1);
-}
-
-TEST_F(QvMPlayerTest, MillisecondCounterWrap) {
-  QvMPlayer p;
-  p.SetMode(3);       // range not enforced: cur is the plain count
-  gMs = 0xFFFFF000u;  // tick 257697276
-  p.Play(30);
-  gMs = 0xFFFFFFFFu;  // tick 257697522: 246 ticks, 123 frames
-  EXPECT_EQ(p.Cur(), 123);
-  gMs = 0x100u;  // tick 15: the tick difference wraps modulo 2^32
-  // count = (30 * (15 - 257697276 mod 2^32) mod 2^32) / 60 = 14316946,
-  // a step of its low 16 bits less the 123 already taken.
-  EXPECT_EQ(p.Cur(), 123 + static_cast<std::int16_t>((14316946 - 123) & 0xFFFF));
-}
-
-TEST_F(QvMPlayerTest, FrameArithmeticWraps) {
-  QvMPlayer p;
-  p.SetMode(3);
-  p.SetCur(INT32_MAX);
-  p.Step(1);
-  EXPECT_EQ(p.Cur(), INT32_MIN);
-  p.Step(-1);
-  EXPECT_EQ(p.Cur(), INT32_MAX);
-  p.Play(1);
-  EXPECT_EQ(p.SetCur(INT32_MIN), INT32_MIN);
-  gMs = 0xFFFFFFFFu;
-  p.Cur();
-  p.Next();
-  p.SetSpeed(-32768);  // negated speed narrows back to -32768
-  EXPECT_EQ(p.Speed(), -32768);
-  p.Next();
-  p.Cur();
-}
-
-TEST_F(QvMPlayerTest, CopiesRunInStep) {
-  QvMPlayer p;
-  p.SetMode(2);
-  p.SetEnd(20);
-  p.SetCur(5);
-  p.Play(-30);
-  QvMPlayer copy(p);
+TEST_F(QvMPlayerTest, WrapsModulo32BitsAndCopiesRunInStep) {
+  Clock p(3);  // range not enforced: cur is the plain count
+  // Ticks 257697276 to 257697522: 123 frames.
+  EXPECT_EQ(Go(p, "T0xFFFFF000 P30 T0xFFFFFFFF")[0], 123);
+  // Tick 15: the count (30 * (15 - 257697276)) / 60 is 14316946.
+  EXPECT_EQ(Go(p, "T0x100")[0], 123 + static_cast<std::int16_t>((14316946 - 123) & 0xFFFF));
+  Clock f(3);
+  EXPECT_EQ(Go(f, "T0 C2147483647 S1")[0], INT32_MIN);
+  EXPECT_EQ(Go(f, "S-1")[0], INT32_MAX);
+  Go(f, "P1 C-2147483648 T0xFFFFFFFF N V-32768 N");
+  EXPECT_EQ(f.Speed(), -32768);  // the negated speed narrows back to -32768
+  Clock c(2, 0, 20);
+  Go(c, "T0 C5 P-30");
+  QvMPlayer copy(c);
   QvMPlayer assigned;
-  QvMPlayer& ref = (assigned = p);
-  EXPECT_EQ(&ref, &assigned);
+  EXPECT_EQ(&(assigned = c), &assigned);
   gMs = 1500;  // tick 89: 44 frames back from 5, looping over 21 frames
-  std::int32_t expect = p.Cur();
-  EXPECT_EQ(copy.Cur(), expect);
-  EXPECT_EQ(assigned.Cur(), expect);
-  EXPECT_EQ(copy.IsForward(), 0);
-  EXPECT_EQ(assigned.Mode(), 2);
-  EXPECT_EQ(expect, 3);  // -39 mod 21
+  EXPECT_EQ((V{c.Cur(), copy.Cur(), assigned.Cur()}), (V{3, 3, 3}));
+  EXPECT_EQ((V{copy.IsForward(), assigned.Mode()}), (V{0, 2}));
 }
 
 }  // namespace
