@@ -233,7 +233,7 @@ struct RunResult {
 };
 
 // Runs a command line through the shell, capturing its error output.
-inline RunResult Run(const std::string& command, const TempDir& scratch) {
+inline RunResult RunCommand(const std::string& command, const TempDir& scratch) {
   const std::string err = scratch / ".stderr";
   const int status = std::system((command + " >/dev/null 2>" + err).c_str());
   RunResult r;
