@@ -9,6 +9,7 @@
 #include "scene/JsonDocument.h"
 #include "scene/SceneError.h"
 #include "scene/SceneReader.h"
+#include "toolbox/QvPlatform.h"
 #include "toolbox/tbToolBox.h"
 
 namespace {
@@ -252,6 +253,59 @@ TEST_F(SceneReader, StructuralErrors) {
   // Comments are allowed in every object.
   EXPECT_NO_THROW(
       Load(Replace(base, R"("kind": "cycle",)", R"("kind": "cycle", "comment": "x",)")));
+}
+
+}  // namespace
+
+namespace {
+
+using namespace tooltest;
+
+// Every allocation of the library that loading a scene makes is failed in
+// turn: loading either reports BuildError or gives a scene that draws, and
+// nothing crashes or leaks.
+TEST(SceneReaderAllocation, EachFailedAllocationIsReportedOrHarmless) {
+  TempDir dir;
+  WriteTinyPictures(dir);
+  std::string text = Replace(TinySceneText(), R"(          "kind": "cycle",
+          "area": [[4, 7]]
+        })",
+                             R"(          "kind": "cycle",
+          "area": [[4, 7]]
+        },
+        {"kind": "fade", "area": [255], "to": "#000000"},
+        {"kind": "flash", "area": [10]},
+        {"kind": "switch", "area": [11], "tables": [{}, {}]})");
+  text = Replace(text, R"(      "frames": [)",
+                 R"(      "path": {"points": [[1, 1], [6, 2]], "between": 3},
+      "scroll": {"directions": ["left", "up"]},
+      "transparent": 0,
+      "frames": [)");
+  const std::string path = dir / "s.json";
+  QvFailAllocation(0);
+  qvscene::Picture reference;
+  qvscene::LoadSceneText(path, text)->Render(3, &reference);
+  QvFailAllocation(0);
+  qvscene::LoadSceneText(path, text);
+  const int attempts = QvAllocationCount();
+  ASSERT_GT(attempts, 10);
+  int reported = 0;
+  for (int k = 1; k <= attempts; ++k) {
+    QvFailAllocation(k);
+    std::unique_ptr<qvscene::Scene> scene;
+    try {
+      scene = qvscene::LoadSceneText(path, text);
+    } catch (const qvscene::BuildError& e) {
+      ++reported;
+      EXPECT_NE(std::string::npos, std::string(e.what()).find("the library could not")) << e.what();
+    }
+    QvFailAllocation(0);
+    if (scene) {
+      qvscene::Picture moment;
+      EXPECT_TRUE(scene->Render(3, &moment)) << "allocation " << k;
+    }
+  }
+  EXPECT_GT(reported, 0);
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include <map>
 #include <sstream>
 
+#include "acolor/QvAColor.h"
 #include "acolor/QvACycle.h"
 #include "acolor/QvAFade.h"
 #include "acolor/QvAFlash.h"
@@ -19,6 +20,7 @@
 #include "cast/QvMCast.h"
 #include "cast/QvMCastAnc.h"
 #include "layer/QvMLayer.h"
+#include "player/QvMCastList.h"
 #include "scene/JsonDocument.h"
 #include "scene/PngIO.h"
 #include "scene/SceneError.h"
@@ -237,6 +239,16 @@ void ToColorTable(const Picture& p, tbColorTable* table) {
     tbRGBColor c(p.palette[i][0], p.palette[i][1], p.palette[i][2]);
     table->SetCTTable(static_cast<std::int16_t>(i), &c);
   }
+}
+
+// True when the reference list names member id of cast.
+bool InList(QvMCastList* list, QvMCast* cast, std::int16_t id) {
+  QvMCast* c = nullptr;
+  std::int16_t i = -1;
+  for (std::int16_t k = 0; list->Get(k, &c, &i); ++k) {
+    if (c == cast && i == id) return true;
+  }
+  return false;
 }
 
 // Settings applied once the members are placed on their layers, since
@@ -513,10 +525,28 @@ void SceneBuilder::ReadFrames(const json& member, const std::string& path,
   anim->SetSpeed(speed);
   anim->UnlockUpdateMCast();
   QvMCast* cast = scene_->cast_.get();
-  Need(cast->RegAFrame(id, anim.get(), scene_->from_, name, anim.get()) == id,
-       "register the frame animation");
-  Need(cast->AFrame(id) != nullptr, "copy the frame animation");
+  // The scene owns the animation from here on, so that it outlives the
+  // member's reference to it whatever happens next.
+  QvAFrame* own = anim.get();
   scene_->frameAnims_.push_back(std::move(anim));
+  Need(cast->RegAFrame(id, own, scene_->from_, name, own) == id, "register the frame animation");
+  if (!InList(own, cast, id)) {
+    // The member refers to the animation, which could not note the member:
+    // drop the member's reference before the animation can go.
+    cast->DelAFrame(id);
+    Need(false, "register the frame animation");
+  }
+  // The member draws with its own copy: make sure the copy is whole (the
+  // registration goes on without a copy, or with a partial one, when memory
+  // runs short).
+  QvAFrame* copy = cast->AFrame(id);
+  Need(copy != nullptr && copy->CountAFrame() == own->CountAFrame(), "copy the frame animation");
+  for (std::int16_t n = 0; n < copy->CountAFrame(); ++n) {
+    unsigned char* image = nullptr;
+    unsigned char* mask = nullptr;
+    copy->GetAImage(n, &image, &mask, nullptr, nullptr, nullptr, nullptr);
+    Need(image != nullptr && mask != nullptr, "copy the image of frame " + std::to_string(n));
+  }
 }
 
 QvPal SceneBuilder::ReadArea(const json& v, const std::string& path, bool* union_) {
@@ -636,10 +666,21 @@ void SceneBuilder::ReadColors(const json& v, const std::string& path, const tbCo
       list = a.get();
       anim = std::move(a);
     }
-    Need(cast->RegAColor(id, anim.get(), static_cast<char>(kind), start, name, list) == id,
-         "register a colour animation");
-    m->animated = true;
+    QvAColor* own = anim.get();
     scene_->colorAnims_.push_back(std::move(anim));
+    Need(cast->RegAColor(id, own, static_cast<char>(kind), start, name, list) == id,
+         "register a colour animation");
+    if (!InList(list, cast, id)) {
+      cast->DelAColor(id, static_cast<char>(kind));
+      Need(false, "register a colour animation");
+    }
+    QvAColor* copy = kind == 0   ? cast->ACycle(id)
+                     : kind == 1 ? cast->AFlash(id)
+                     : kind == 2 ? cast->ASwitch(id)
+                                 : cast->AFade(id);
+    Need(copy != nullptr && copy->Error() == 0 && copy->Count() == own->Count(),
+         "copy a colour animation");
+    m->animated = true;
   }
 }
 
