@@ -76,14 +76,10 @@ TEST(CopyBitsTest, ColorToRgnMaskCopiesExactlyTheForeground) {
   ASSERT_NE(mask.New(), nullptr);
   mask.CopyRegion(&shape);
   mask.OffsetRegion(3, 2);
-  tbRect s(0, 0, 7, 6), d(3, 2, 10, 8);
-  tb.CopyBits(&src.map, &dst.map, &s, &d, kSrcCopy, &mask);
-  for (int y = 0; y < 10; ++y)
-    for (int x = 0; x < 12; ++x) {
-      const bool over = x >= 3 && x < 10 && y >= 2 && y < 8;
-      const unsigned char under = over ? src.At(x - 3, y - 2) : 200;
-      EXPECT_EQ(dst.At(x, y), under != 200 ? under : 9) << x << "," << y;
-    }
+  CheckCopy(src, dst, tbRect(0, 0, 7, 6), tbRect(3, 2, 10, 8), &mask);
+  // Every foreground pixel of the source, and nothing else, replaced a 9.
+  const long foreground = 7 * 6 - (std::count(src.px.begin(), src.px.end(), 200) - 6 * 3);
+  EXPECT_EQ(std::count(dst.px.begin(), dst.px.end(), 9), long(dst.px.size()) - foreground);
 }
 
 TEST(CopyBitsTest, ClipsAtEveryEdgeWithNegativePositions) {
@@ -151,7 +147,7 @@ TEST(CopyBitsTest, OtherModesAndUncreatedRegionsCopyNothing) {
   EXPECT_EQ(dst.px, std::vector<unsigned char>(dst.px.size(), 2));
 }
 
-TEST(CopyBitsTest, NewGWorldMakesZeroedEightBitWorlds) {
+TEST(CopyBitsTest, NewGWorld) {
   tbColorTable table;
   const tbRGBColor c(10, 20, 30);
   table.SetCTTable(7, &c);
@@ -173,15 +169,13 @@ TEST(CopyBitsTest, NewGWorldMakesZeroedEightBitWorlds) {
   ASSERT_EQ(tb.NewGWorld(&w, 8, &bounds, nullptr), 1);
   EXPECT_EQ(*w->CTable(), tbColorTable());
   tb.DisposeGWorld(w);
-}
-
-TEST(CopyBitsTest, NewGWorldRejectsBadRequests) {
+  // Bad requests and failed allocations give no world.
   struct NoFailures {
     ~NoFailures() { QvFailAllocation(0); }
   } guard;
   tbRect ok(0, 0, 4, 4);
   const tbRect bad[] = {{1, 0, 4, 4}, {0, -1, 4, 4}, {0, 0, 0, 4}, {0, 0, 4, -2}, {0, 0, 32768, 1}};
-  tbGWorld* w = reinterpret_cast<tbGWorld*>(&ok);  // must be overwritten with null
+  w = reinterpret_cast<tbGWorld*>(&ok);  // must be overwritten with null
   EXPECT_EQ(tb.NewGWorld(&w, 16, &ok, nullptr), 0);
   EXPECT_EQ(w, nullptr);
   EXPECT_EQ(tb.NewGWorld(&w, 8, nullptr, nullptr) + tb.NewGWorld(nullptr, 8, &ok, nullptr), 0);
