@@ -172,6 +172,27 @@ TEST_F(TinySceneRender, SpriteFollowsItsPathWithATransparentIndex) {
   }
 }
 
+TEST_F(TinySceneRender, ScrollingLeftWrapsThePictureAround) {
+  const std::string scene = Replace(TinySceneText(), R"(      "name": "m",)", R"(      "name": "m",
+      "scroll": {"directions": ["left"], "stepH": 1},)");
+  WriteText(dir_ / "scroll.json", scene);
+  RunResult r = RunRender(dir_ / "scroll.json" + " -o " + dir_ / "scroll.gif", dir_);
+  ASSERT_EQ(0, r.exitCode) << r.err;
+  GifPtr gif = ReadGif(dir_ / "scroll.gif");
+  ASSERT_TRUE(gif);
+  ASSERT_EQ(6, gif->ImageCount);
+  const qvscene::Picture& source = TinyPicture();
+  for (int t = 0; t < 6; ++t) {
+    const qvscene::Picture f = GifFrame(gif.get(), t);
+    for (int y = 0; y < 4; ++y) {
+      for (int x = 0; x < 8; ++x) {
+        EXPECT_EQ(source.At((x + t) % 8, y), f.At(x, y))
+            << "moment " << t << " at " << x << "," << y;
+      }
+    }
+  }
+}
+
 TEST_F(TinySceneRender, FadeFlashAndSwitchGiveTheirColoursToTheOutputPalette) {
   std::string scene = TinySceneText();
   scene = Replace(scene, R"(          "kind": "cycle",
