@@ -17,3 +17,7 @@ cmake --build build -j"$jobs"
 cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DQV_SANITIZE=ON
 cmake --build build-asan -j"$jobs"
 (cd build-asan && ctest --output-on-failure -j"$jobs")
+
+# Fuzzing: the library's interface for a fixed budget under libFuzzer with
+# AddressSanitizer and UndefinedBehaviorSanitizer (its own build, build-fuzz).
+bash scripts/fuzz.sh 60
