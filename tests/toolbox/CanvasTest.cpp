@@ -26,6 +26,7 @@ Bytes Pixels(const tbPicture& p) {
 }
 
 TEST(CanvasTest, NewClearAndPicture) {
+  NoFailures guard;
   QvCanvas canvas;
   tbColorTable table;
   const tbRGBColor c(1, 2, 3);
@@ -62,22 +63,17 @@ TEST(CanvasTest, NewClearAndPicture) {
   pict.Dispose();
   EXPECT_EQ(pict.Pic(), nullptr);
   pict.Dispose();
-}
-
-TEST(CanvasTest, FailuresLeaveNothingBehind) {
-  NoFailures guard;
-  QvCanvas canvas;
-  tbPicture pict;
-  QvCanvasUtil util;
-  EXPECT_EQ(canvas.New(0, 5) + canvas.New(5, -1), 0);
+  // Bad sizes and failed allocations leave nothing behind.
+  QvCanvas empty;
+  EXPECT_EQ(empty.New(0, 5) + empty.New(5, -1), 0);
   QvFailAllocation(1);
-  EXPECT_EQ(canvas.New(5, 5), 0);
-  EXPECT_EQ(canvas.image, nullptr);
-  canvas.Clear(0, 0, 5, 5, 1, nullptr, 0);  // no image: nothing
-  EXPECT_EQ(util.GetPICT(&canvas, 5, 5, &pict, 0, 0, 5, 5, nullptr), 0);
-  ASSERT_NE(canvas.New(5, 5), 0);
+  EXPECT_EQ(empty.New(5, 5), 0);
+  EXPECT_EQ(empty.image, nullptr);
+  empty.Clear(0, 0, 5, 5, 1, nullptr, 0);  // no image: nothing
+  EXPECT_EQ(util.GetPICT(&empty, 5, 5, &pict, 0, 0, 5, 5, nullptr), 0);
+  ASSERT_NE(empty.New(5, 5), 0);
   QvFailAllocation(1);
-  EXPECT_EQ(util.GetPICT(&canvas, 5, 5, &pict, 0, 0, 5, 5, nullptr), 0);
+  EXPECT_EQ(util.GetPICT(&empty, 5, 5, &pict, 0, 0, 5, 5, nullptr), 0);
   EXPECT_EQ(pict.Pic(), nullptr);
   unsigned char px[4] = {1, 2, 3, 4};
   EXPECT_EQ(pict.Set(px, 1, 2, 2, nullptr) + pict.Set(nullptr, 2, 2, 2, nullptr), 0);
