@@ -86,6 +86,11 @@ void ExpectSameSettings(QvAFrame& a, QvAFrame& b) {
 void AddFrames(QvAFrame& a, int n, short interval = 1, short firstX = 0) {
   for (int i = 0; i < n; ++i) a.Reg(-1, short(firstX + i), 0, 1, 1, 0, 0, interval);
 }
+// A frame of the 4 x 2 picture anchored at (ax, ay), transformed.
+void AddPic(QvAFrame& a, short ax = 0, short ay = 0) {
+  a.Reg(-1, 0, 0, 4, 2, ax, ay, 1);
+  a.SetImage(short(a.CountAFrame() - 1), pic, 4, 4, 2);
+}
 // Two frames with images, zoom, rotation, a flag and clock settings.
 void MakeSource(QvAFrame& src) {
   src.Reg(-1, 0, 0, 4, 2, 1, 1, 3);
@@ -171,29 +176,20 @@ TEST_F(AFrameTest, ClockPositionsAndIntervals) {
   c.SetInterval(0, 32767);  // the length is a 16-bit sum
   AddFrames(c, 1, 2);
   EXPECT_EQ(Range(c), Ints({2, -32767, 0, -32768}));
-}
-
-TEST_F(AFrameTest, CurrentPositionFormsFollowTheClock) {
-  QvAFrame a;
-  AddFrames(a, 3, 10, 100);
+  // The forms without a position read the clock, sampling a running one
+  // first: 600 ms are 35 ticks, 17 frames at 30 frames per second.
   short x = 0, iw = -1;
-  auto get = [&] {
-    x = -1;
-    a.GetMFrame(&x, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                nullptr);
-    return x;
-  };
-  a.SetCur(25);
-  EXPECT_EQ(get(), 102);
-  // A running clock is sampled first: 600 ms are 35 ticks, 17 frames at 30
-  // frames per second.
+  a.SetCur(4);
+  a.GetMFrame(&x, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
+  EXPECT_EQ(x, 102);
+  AddFrames(a, 1, 30, 103);
   a.SetCur(0);
   a.Play(30);
   fakeMs = 600;
-  EXPECT_EQ(get(), 101);
-  EXPECT_EQ(a.Cur(), 17);
   EXPECT_EQ(a.GetMImage(nullptr, nullptr, &iw, nullptr, nullptr, nullptr), 1);
-  EXPECT_EQ(iw, 0);
+  EXPECT_EQ(Ints({a.Cur(), iw}), Ints({17, 0}));
+  a.GetMFrame(&x, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
+  EXPECT_EQ(x, 103);
 }
 
 TEST_F(AFrameTest, LookupLock) {
@@ -216,25 +212,21 @@ TEST_F(AFrameTest, LookupLock) {
   EXPECT_EQ(a.Reg(9, 77, 0, 1, 1, 0, 0, 1), 9);
   a.Unlock();
   EXPECT_EQ(Xs(a), Ints({0, 77, 1, 42}));
-}
-
-TEST_F(AFrameTest, DeletionReleasesTheLockOnItsFrame) {
-  Probe a;
-  AddFrames(a, 4, 2);
   EXPECT_EQ(a.Del(4) + a.Del(-1), 0);
-  EXPECT_EQ(a.Del(0), 1);
-  EXPECT_EQ(Range(a), Ints({3, 6, 0, 5}));
+  EXPECT_EQ(a.Del(2), 1);
+  EXPECT_EQ(Range(a), Ints({3, 3, 0, 2}));
+  // Deleting the locked frame releases the lock.
   a.LockA(1);
   EXPECT_EQ(a.Del(0), 1);  // deletes the locked frame 1
   EXPECT_EQ(a.Locks(), Ints({0, 0}));
   EXPECT_EQ(a.Current(), nullptr);
-  EXPECT_EQ(Xs(a), Ints({1, 3}));
+  EXPECT_EQ(Xs(a), Ints({0, 42}));
   a.LockA(1);
   a.Unlock();
   EXPECT_EQ(a.Del(0), 1);  // the frame found last is gone: no dangling cursor
   EXPECT_EQ(a.Current(), nullptr);
   a.LockA(0);
-  EXPECT_EQ(PosX(a, 0), 3);
+  EXPECT_EQ(PosX(a, 0), 42);
   a.Unlock();
   EXPECT_EQ(a.Del(0), 1);
   EXPECT_EQ(a.Del(0), 0);
@@ -339,7 +331,7 @@ TEST_F(AFrameTest, TransformsPixelByPixel) {
   EXPECT_EQ(Ints({w, h}), Ints({4, 2}));
 }
 
-TEST_F(AFrameTest, SetOrgImageCutsAndCopies) {
+TEST_F(AFrameTest, ImagesAreCutCopiedAndTaken) {
   unsigned char src[9] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
   Probe a;
   a.Reg(-1, -1, 2, 3, 2, 0, 0, 1);  // overlaps the source's bottom-left only
@@ -356,6 +348,18 @@ TEST_F(AFrameTest, SetOrgImageCutsAndCopies) {
   ASSERT_EQ(a.SetOrgImage(0, src + 4, 2, 2), 1);
   EXPECT_EQ(a.Info(0)->orgImage, first);
   EXPECT_EQ(Buf(first, 4), Bytes({5, 6, 7, 8}));
+  // A ready transformed image and mask are copied with their offsets; bad
+  // sizes, a null buffer or no frame leave the frame as it was.
+  unsigned char mask[8] = {255, 0, 255, 0, 0, 255, 0, 255};
+  a.SetSize(0, 4, 2);
+  ASSERT_EQ(a.SetImage(0, pic, mask, 4, 2, -1, -2), 1);
+  EXPECT_NE(a.Info(0)->image, pic);
+  EXPECT_EQ(a.SetImage(0, pic, mask, 0, 2, 5, 5) + a.SetImage(0, nullptr, mask, 4, 2, 5, 5) +
+                a.SetImage(3, pic, mask, 4, 2, 5, 5),
+            0);
+  EXPECT_EQ(a.Image(0), kPic);
+  EXPECT_EQ(a.Mask(0), Buf(mask, 8));
+  EXPECT_EQ(a.Geo(0), Ints({4, 2, -1, -2}));
 }
 
 TEST_F(AFrameTest, SetOrgImageBadInputAndSizeChanges) {
@@ -386,21 +390,6 @@ TEST_F(AFrameTest, SetOrgImageBadInputAndSizeChanges) {
   EXPECT_EQ(a.Held(0)[0], 0);
   EXPECT_EQ(a.Dup(&b), 1);
   EXPECT_EQ(b.Held(0)[0], 0);
-}
-
-TEST_F(AFrameTest, SetImageFromReadyBuffers) {
-  Probe a;
-  a.Reg(-1, 0, 0, 4, 2, 0, 0, 1);
-  unsigned char mask[8] = {255, 0, 255, 0, 0, 255, 0, 255};
-  ASSERT_EQ(a.SetImage(0, pic, mask, 4, 2, -1, -2), 1);
-  EXPECT_NE(a.Info(0)->image, pic);
-  // Bad sizes, a null buffer or no frame leave the frame as it was.
-  EXPECT_EQ(a.SetImage(0, pic, mask, 0, 2, 5, 5) + a.SetImage(0, nullptr, mask, 4, 2, 5, 5) +
-                a.SetImage(3, pic, mask, 4, 2, 5, 5),
-            0);
-  EXPECT_EQ(a.Image(0), kPic);
-  EXPECT_EQ(a.Mask(0), Buf(mask, 8));
-  EXPECT_EQ(a.Geo(0), Ints({4, 2, -1, -2}));
 }
 
 TEST_F(AFrameTest, ImageAllocationFailuresLeaveNoImage) {
@@ -472,10 +461,9 @@ TEST_F(AFrameTest, RandomTransformsStayInBounds) {
 
 // Thumbnail and area --------------------------------------------------------
 
-TEST_F(AFrameTest, ThumbnailIsCachedPerSizeAndDroppedByChanges) {
+TEST_F(AFrameTest, Thumbnail) {
   Probe a;
-  a.Reg(-1, 0, 0, 4, 2, 0, 0, 1);
-  ASSERT_EQ(a.SetImage(0, pic, 4, 4, 2), 1);
+  AddPic(a);
   unsigned char dst[6];
   std::memset(dst, 77, sizeof dst);
   // Anchored top-left: r is 2 and the frame shows in the lower-right part.
@@ -507,23 +495,20 @@ TEST_F(AFrameTest, ThumbnailIsCachedPerSizeAndDroppedByChanges) {
   EXPECT_TRUE(drops([&] { a.SetRot(0, 0); }));
   EXPECT_TRUE(drops([&] { a.SetImage(0, nullptr, 0, 0, 0); }));
   EXPECT_TRUE(drops([&] { a.SetImage(0, pic, opaque, 4, 2, 0, 0); }));
-}
-
-TEST_F(AFrameTest, ThumbnailFailures) {
-  QvAFrame a;
-  a.Reg(-1, 0, 0, 4, 2, 0, 0, 1);
-  unsigned char dst[16];
-  EXPECT_EQ(a.GetIcon(0, dst, 4, 2, 2) + a.GetIcon(1, dst, 4, 2, 2), 0);  // no image yet
-  a.SetImage(0, pic, 4, 4, 2);
-  // Bad sizes, no target, rows shorter than the thumbnail, no memory.
+  // Bad sizes, no target, rows shorter than the thumbnail, no memory, no
+  // transformed image, no frame.
   EXPECT_EQ(a.GetIcon(0, dst, 4, 0, 2) + a.GetIcon(0, dst, 4, 2, -1) +
-                a.GetIcon(0, nullptr, 4, 2, 2) + a.GetIcon(0, dst, 1, 2, 2),
+                a.GetIcon(0, nullptr, 4, 2, 2) + a.GetIcon(0, dst, 1, 2, 2) +
+                a.GetIcon(1, dst, 4, 2, 2),
             0);
   QvFailAllocation(1);
-  EXPECT_EQ(a.GetIcon(0, dst, 4, 2, 2), 0);
-  EXPECT_EQ(a.GetIcon(0, dst, 4, 2, 2), 1);
+  EXPECT_EQ(a.GetIcon(0, dst, 2, 2, 2), 0);
+  EXPECT_EQ(a.GetIcon(0, dst, 2, 2, 2), 1);
   a.SetSize(0, 0, 2);  // the width became 0 after the image was made
-  EXPECT_EQ(a.GetIcon(0, dst, 4, 2, 2), 0);
+  EXPECT_EQ(a.GetIcon(0, dst, 2, 2, 2), 0);
+  Probe b;
+  b.Reg(-1, 0, 0, 4, 2, 0, 0, 1);
+  EXPECT_EQ(b.GetIcon(0, dst, 2, 2, 2), 0);
 }
 
 TEST_F(AFrameTest, AreaOfTheAnimation) {
@@ -630,6 +615,13 @@ TEST_F(AFrameDrawTest, FillPlaceAndMask) {
   EXPECT_EQ(r, tbRect(1, 1, 5, 3));
   EXPECT_EQ(u.Rect(0, 0, 6, 4), Bytes({1, 1, 1,  1, 1,  1, 1, 10, 1, 12, 1, 1,  //
                                        1, 1, 21, 1, 23, 1, 1, 1,  1, 1,  1, 1}));
+  // With a palette area only its colours under the mask: 11 is masked out.
+  QvPal pal;
+  pal.SetFlag(11, 1);
+  pal.SetFlag(12, 1);
+  Draw(u, 2, 2, &pal, 0, 0, 0, 0);
+  EXPECT_EQ(u.Rect(0, 0, 6, 4), Bytes({0, 0, 0, 0, 0, 0, 0, 0, 0, 12, 0, 0,  //
+                                       0, 0, 0, 0, 0, 0, 0, 0, 0, 0,  0, 0}));
 }
 
 TEST_F(AFrameDrawTest, ScrollAndWrap) {
@@ -690,18 +682,6 @@ TEST_F(AFrameDrawTest, CopyingFormClipsOnce) {
                      nullptr);
   EXPECT_EQ(u.Rect(0, 0, 6, 6), Bytes(36, 0));
   EXPECT_TRUE(u.GuardsIntact());
-}
-
-TEST_F(AFrameDrawTest, PaletteAreaFilter) {
-  QvPal pal;
-  pal.SetFlag(12, 1);
-  Target t(4, 2, 4, 0), u(4, 2, 4, 0);
-  Draw(t, 0, 0, &pal, -1, 0, 0, 0);
-  EXPECT_EQ(t.Rect(0, 0, 4, 2), Bytes({0, 0, 12, 0, 0, 0, 0, 0}));
-  unsigned char mask[8] = {255, 255, 0, 255, 255, 255, 255, 255};
-  a.SetImage(0, pic, mask, 4, 2, 0, 0);  // under a mask of 0 even colour 12 stays out
-  Draw(u, 0, 0, &pal, -1, 0, 0, 0);
-  EXPECT_EQ(u.Rect(0, 0, 4, 2), Bytes(8, 0));
 }
 
 TEST_F(AFrameDrawTest, ClockPositionForms) {
