@@ -294,7 +294,9 @@ void CastOp(World& w, Bytes& in, std::uint8_t op, int nested = 0, QvMCast* locke
       const int f = w.FrameIndex(in);
       const std::uint8_t how = in.U8();
       QvAFrame* anim = (how & 3) == 3 ? nullptr : w.frames[f].get();
-      QvMCastList* list = (how & 4) ? nullptr : w.frames[f].get();
+      // A null list with the animation itself is how an animation detaches
+      // itself; its list keeps the member, so a host never passes one.
+      QvMCastList* list = (how & 4) && !anim ? nullptr : w.frames[f].get();
       if ((how & 0x18) == 0x18) {
         // A copy that a member holds, registered like any animation.
         anim = w.casts[f]->AFrame(in.Id());
@@ -420,7 +422,8 @@ void CastOp(World& w, Bytes& in, std::uint8_t op, int nested = 0, QvMCast* locke
       // is the one of the kind's own animation, as a host passes it.
       const int from = (how >> 3) & 3;
       QvAColor* anim = (how & 0x80) ? nullptr : w.Colour(from);
-      QvMCastList* list = (how & 0x40) || kind < 0 || kind > 3 ? nullptr : w.ColourList(kind);
+      QvMCastList* list =
+          ((how & 0x40) && from != kind) || kind < 0 || kind > 3 ? nullptr : w.ColourList(kind);
       c->RegAColor(id, anim, kind, in.Time(), w.Name(in), list);
       break;
     }
