@@ -321,14 +321,6 @@ TEST_F(AFrameTest, TransformsPixelByPixel) {
   Bytes big(80, 1);  // a 10 x 8 source with the picture at (5, 5)
   for (int i = 0; i < 8; ++i) big[(5 + i / 4) * 10 + 5 + i % 4] = pic[i];
   check("anchor (7, 6)", big.data(), 10, 8, {5, 5, 4, 2, 7, 6, 1, 1, 0, 4, 2, -2, -1}, kPic, 255);
-  QvAFrame a;  // the untransformed image handed out is the cut-out
-  a.Reg(-1, 5, 5, 4, 2, 7, 6, 1);
-  ASSERT_EQ(a.SetImage(0, big.data(), 10, 10, 8), 1);
-  unsigned char* org = nullptr;
-  short w = 0, h = 0;
-  ASSERT_EQ(a.GetOrgImage(0, &org, &w, &h), 1);
-  EXPECT_EQ(Buf(org, 8), kPic);
-  EXPECT_EQ(Ints({w, h}), Ints({4, 2}));
 }
 
 TEST_F(AFrameTest, ImagesAreCutCopiedAndTaken) {
@@ -375,6 +367,7 @@ TEST_F(AFrameTest, SetOrgImageBadInputAndSizeChanges) {
   short w, h;
   EXPECT_EQ(a.GetOrgImage(0, &org, &w, &h), 1);
   EXPECT_EQ(org, nullptr);
+  EXPECT_EQ(Ints({w, h}), Ints({4, 2}));
   EXPECT_EQ(a.GetOrgImage(0, nullptr, &w, &h), 0);
   EXPECT_EQ(a.SetImage(0, nullptr, 0, 0, 0) + a.SetImage(5, nullptr, 0, 0, 0), 0);
   // A size change would make the transform read past the untransformed
@@ -395,8 +388,7 @@ TEST_F(AFrameTest, SetOrgImageBadInputAndSizeChanges) {
 TEST_F(AFrameTest, ImageAllocationFailuresLeaveNoImage) {
   for (int k = 1; k <= 4; ++k) {  // 1 and 3: the image, 2 and 4: the mask
     Probe a;
-    a.Reg(-1, 0, 0, 4, 2, 0, 0, 1);
-    ASSERT_EQ(a.SetImage(0, pic, 4, 4, 2), 1);
+    AddPic(a);
     QvFailAllocation((k - 1) % 2 + 1);
     EXPECT_EQ(k > 2 ? a.SetImage(0, pic, opaque, 4, 2, 0, 0) : a.SetImage(0, nullptr, 0, 0, 0), 0);
     EXPECT_EQ(a.Held(0), Ints({1, 0, 0, 0})) << k;
@@ -423,8 +415,7 @@ TEST_F(AFrameTest, ExtremeZoomStaysDefined) {
   }
   // A width that wraps to a negative 16-bit size fails and leaves no image.
   Probe a;
-  a.Reg(-1, 0, 0, 4, 2, 0, 0, 1);
-  ASSERT_EQ(a.SetImage(0, pic, 4, 4, 2), 1);
+  AddPic(a);
   a.SetZoom(0, 10922.34, 1.0);  // P1.x = 32767: the width 32768 wraps
   EXPECT_EQ(a.SetImage(0, nullptr, 0, 0, 0), 0);
   EXPECT_EQ(a.Held(0), Ints({1, 0, 0, 0}));
@@ -729,24 +720,22 @@ class AFramePictureTest : public AFrameDrawTest {
   tbPixMap destMap = tbPixMap(dest.data(), 20, tbRect(0, 0, 20, 12));
 };
 
-TEST_F(AFramePictureTest, WithoutPaletteTheFrameRectangleIsCopied) {
-  unsigned char mask[8] = {255, 0, 255, 255, 255, 255, 255, 255};
-  a.SetImage(0, pic, mask, 4, 2, 0, 0);
-  EXPECT_EQ(a.DrawAPicture(0, world, 2, 3, nullptr, 4, 0, 0, 0, &destMap, 5, 1), 1);
-  EXPECT_EQ(world->PortPixMap()->Pixel(0, 0), 4);  // the world was filled and drawn
-  EXPECT_EQ(world->PortPixMap()->Pixel(2, 3), 10);
-  // Only the world's frame rectangle (2, 3) - (6, 5) reaches the destination,
-  // at (7, 4) - (11, 6), the world's background under the mask included.
-  ExpectDest(7, 4, 11, 6,
-             [](int x, int y) { return x == 8 && y == 4 ? 4 : pic[(y - 4) * 4 + x - 7]; });
-}
-
-TEST_F(AFramePictureTest, WithPaletteOnlyTheRegionOfNonFillPixelsIsCopied) {
+TEST_F(AFramePictureTest, MaskedCopyWithAndWithoutPaletteArea) {
   QvPal pal;
   pal.SetFlag(12, 1);
   EXPECT_EQ(a.DrawMPicture(0, world, 2, 3, &pal, 0, 0, 0, 0, &destMap, 5, 1), 1);
   ExpectDest(9, 4, 10, 5, [](int, int) { return 12; });
   EXPECT_EQ(a.DrawMPicture(1, world, 2, 3, &pal, 0, 0, 0, 0, &destMap, 5, 1), 0);
+  // Without one, the world's whole frame rectangle (2, 3) - (6, 5) reaches
+  // the destination at (7, 4) - (11, 6), its background under the mask too.
+  unsigned char mask[8] = {255, 0, 255, 255, 255, 255, 255, 255};
+  a.SetImage(0, pic, mask, 4, 2, 0, 0);
+  dest.assign(dest.size(), 99);
+  EXPECT_EQ(a.DrawAPicture(0, world, 2, 3, nullptr, 4, 0, 0, 0, &destMap, 5, 1), 1);
+  EXPECT_EQ(world->PortPixMap()->Pixel(0, 0), 4);  // the world was filled and drawn
+  EXPECT_EQ(world->PortPixMap()->Pixel(2, 3), 10);
+  ExpectDest(7, 4, 11, 6,
+             [](int x, int y) { return x == 8 && y == 4 ? 4 : pic[(y - 4) * 4 + x - 7]; });
 }
 
 TEST_F(AFramePictureTest, RegionFailureAndBadInputCopyNothing) {
@@ -799,10 +788,9 @@ TEST_F(AFrameTest, DupMakesAnIndependentDeepCopy) {
   EXPECT_EQ(dst.Locks(), Ints({0, 0}));
   for (int i = 0; i < 2; ++i) {
     EXPECT_EQ(dst.Held(i), Ints({1, 1, 1, 0}));  // no thumbnail
-    EXPECT_NE(dst.Info(i)->orgImage, src.Info(i)->orgImage);
-    EXPECT_NE(dst.Info(i)->image, src.Info(i)->image);
-    EXPECT_NE(dst.Info(i)->mask, src.Info(i)->mask);
-    EXPECT_EQ(Buf(dst.Info(i)->orgImage, 8), Buf(src.Info(i)->orgImage, 8));
+    const QvAFrameInfo *d = dst.Info(i), *f = src.Info(i);
+    EXPECT_TRUE(d->orgImage != f->orgImage && d->image != f->image && d->mask != f->mask);
+    EXPECT_EQ(Buf(d->orgImage, 8), Buf(f->orgImage, 8));
     EXPECT_EQ(dst.Geo(i), src.Geo(i));
     EXPECT_EQ(dst.Image(i), src.Image(i));
     EXPECT_EQ(dst.Mask(i), src.Mask(i));
