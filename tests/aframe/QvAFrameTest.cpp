@@ -553,9 +553,12 @@ class AFrameDrawTest : public AFrameTest {
     a.Reg(-1, 0, 0, 4, 2, 0, 0, 1);
     ASSERT_EQ(a.SetImage(0, pic, 4, 4, 2), 1);
   }
-  char Draw(Target& t, short x, short y, QvPal* pal, short fill, char wrap, short sx, short sy) {
-    return a.DrawAImage(0, t.Data(), short(t.rowBytes), short(t.width), short(t.height), x, y, pal,
-                        fill, wrap, sx, sy, &r);
+  // Draws frame 0 into the whole target; gives the frame rectangle.
+  tbRect Draw(Target& t, short x, short y, QvPal* pal, short fill, char wrap, short sx, short sy) {
+    EXPECT_EQ(a.DrawAImage(0, t.Data(), short(t.rowBytes), short(t.width), short(t.height), x, y,
+                           pal, fill, wrap, sx, sy, &r),
+              1);
+    return r;
   }
   Probe a;
   tbRect r;
@@ -586,8 +589,7 @@ TEST_F(AFrameDrawTest, NothingToDrawOrNowhereToDraw) {
 
 TEST_F(AFrameDrawTest, FillPlaceAndMask) {
   Target t(10, 10, 12, 9), u(6, 4, 6, 1);
-  EXPECT_EQ(Draw(t, 3, 4, nullptr, 5, 0, 0, 0), 1);
-  EXPECT_EQ(r, tbRect(3, 4, 7, 6));
+  EXPECT_EQ(Draw(t, 3, 4, nullptr, 5, 0, 0, 0), tbRect(3, 4, 7, 6));
   const Bytes all = t.Rect(0, 0, 10, 10);
   EXPECT_EQ(std::count(all.begin(), all.end(), 5), 92);
   EXPECT_EQ(t.Rect(3, 4, 7, 6), kPic);
@@ -598,8 +600,7 @@ TEST_F(AFrameDrawTest, FillPlaceAndMask) {
   // Without fill only the pixels under the mask change.
   unsigned char mask[8] = {255, 0, 255, 0, 0, 255, 0, 255};
   a.SetImage(0, pic, mask, 4, 2, -1, -1);
-  Draw(u, 2, 2, nullptr, -1, 0, 0, 0);
-  EXPECT_EQ(r, tbRect(1, 1, 5, 3));
+  EXPECT_EQ(Draw(u, 2, 2, nullptr, -1, 0, 0, 0), tbRect(1, 1, 5, 3));
   EXPECT_EQ(u.Rect(0, 0, 6, 4), Bytes({1, 1, 1,  1, 1,  1, 1, 10, 1, 12, 1, 1,  //
                                        1, 1, 21, 1, 23, 1, 1, 1,  1, 1,  1, 1}));
   // With a palette area only its colours under the mask: 11 is masked out.
@@ -634,16 +635,14 @@ TEST_F(AFrameDrawTest, ScrollAndWrap) {
 
 TEST_F(AFrameDrawTest, ClippingAtTheEdges) {
   Target t(5, 5, 5, 0), u(5, 5, 5, 0), v(5, 5, 5, 0);
-  Draw(t, -2, -1, nullptr, -1, 0, 0, 0);
-  EXPECT_EQ(r, tbRect(-2, -1, 2, 1));
+  EXPECT_EQ(Draw(t, -2, -1, nullptr, -1, 0, 0, 0), tbRect(-2, -1, 2, 1));
   EXPECT_EQ(t.Rect(0, 0, 3, 2), Bytes({22, 23, 0, 0, 0, 0}));
   Draw(u, 3, 4, nullptr, -1, 0, 0, 0);
   EXPECT_EQ(u.Rect(3, 4, 5, 5), Bytes({10, 11}));
   EXPECT_TRUE(u.GuardsIntact());
-  Draw(v, 100, -50, nullptr, -1, 3, 2, 1);  // wholly outside: still reported
-  EXPECT_EQ(r, tbRect(100, -50, 104, -48));
-  Draw(v, 32766, 32766, nullptr, -1, 3, 3, 1);  // at the 16-bit edges it wraps
-  EXPECT_EQ(r, tbRect(32766, 32766, -32766, -32768));
+  // Wholly outside: nothing drawn, still reported; at the 16-bit edges it wraps.
+  EXPECT_EQ(Draw(v, 100, -50, nullptr, -1, 3, 2, 1), tbRect(100, -50, 104, -48));
+  EXPECT_EQ(Draw(v, 32766, 32766, nullptr, -1, 3, 3, 1), tbRect(32766, 32766, -32766, -32768));
   Draw(v, -32768, -32768, nullptr, -1, 3, 3, 1);
   EXPECT_EQ(v.Rect(0, 0, 5, 5), Bytes(25, 0));
   EXPECT_TRUE(v.GuardsIntact());
