@@ -2,15 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <initializer_list>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "acolor/QvAFade.h"
 #include "aframe/QvAFrame.h"
 #include "cast/QvMCast.h"
+#include "player/QvMCastList.h"
 #include "toolbox/QvPal.h"
 #include "toolbox/QvPlatform.h"
 #include "toolbox/tbColorTable.h"
@@ -25,20 +27,43 @@ struct NoFailures {
   ~NoFailures() { QvFailAllocation(0); }
 };
 
-inline std::int16_t S(int v) { return static_cast<std::int16_t>(v); }
+// Calls f with the k-th allocation made failing; injection is off afterwards.
+template <class F>
+auto FailAt(int k, F f) -> decltype(f()) {
+  NoFailures off;
+  QvFailAllocation(k);
+  return f();
+}
 
+inline std::int16_t S(int v) { return static_cast<std::int16_t>(v); }
 inline unsigned char* Txt(const char* s) {
   return reinterpret_cast<unsigned char*>(const_cast<char*>(s));
 }
 
-// The member's name as a string, "<none>" when it has none, "<absent>" when
-// GetName fails.
+// The member's name, "<none>" without one, "<absent>" when GetName fails.
 inline std::string NameOf(QvMCast& cast, std::int16_t id) {
   unsigned char** h = nullptr;
   if (!cast.GetName(id, &h)) return "<absent>";
   std::string s = h ? reinterpret_cast<const char*>(*h) : "<none>";
   QvFreeString(h);
   return s;
+}
+
+inline int ListSize(QvMCastList& list) {
+  QvMCast* c = nullptr;
+  std::int16_t id = 0;
+  int n = 0;
+  while (list.Get(S(n), &c, &id)) ++n;
+  return n;
+}
+
+inline bool ListHas(QvMCastList& list, QvMCast* cast, std::int16_t id) {
+  QvMCast* c = nullptr;
+  std::int16_t i = 0;
+  for (int n = 0; list.Get(S(n), &c, &i); ++n) {
+    if (c == cast && i == id) return true;
+  }
+  return false;
 }
 
 // A cast store that lets tests look at its records and private helpers.
@@ -50,61 +75,42 @@ class CastProbe : public QvMCast {
     }
     return nullptr;
   }
-  QvMCastInfo* Head() { return head; }
   QvMCastInfo* CurInfo() { return curInfo; }
   char LockFlag() { return lockFlag; }
   char Fold(std::int16_t id, std::int16_t* k) { return localGetAnc(Rec(id), k); }
+  // The ids in list order; empty when the links disagree either way.
   std::vector<std::int16_t> Ids() {
     std::vector<std::int16_t> ids;
-    for (QvMCastInfo* p = head; p; p = p->next) ids.push_back(p->id);
-    return ids;
-  }
-  // Checks the links of the list both ways.
-  bool LinksAgree() {
     QvMCastInfo* prev = nullptr;
-    for (QvMCastInfo* p = head; p; p = p->next) {
-      if (p->prev != prev) return false;
-      prev = p;
+    for (QvMCastInfo* p = head; p; prev = p, p = p->next) {
+      if (p->prev != prev) return {-99};
+      ids.push_back(p->id);
     }
-    return true;
+    return ids;
   }
 };
 
-// Pixel of frame f at (x, y) in the test animations: rows 10 11 12 13,
-// 20 21 22 23, ... plus 100 per frame.
+// Pixel of frame f at (x, y) in the test animations: 10 11 12 13 / 20 21 22 23,
+// plus 100 per frame.
 inline unsigned char FramePixel(int f, int x, int y) {
   return static_cast<unsigned char>(10 * (y + 1) + x + 100 * f);
 }
 
-// A frame animation with one frame per interval, each a w x h image anchored
-// at (ax, ay) with a full mask.
+// A frame animation with one frame per interval, each a w x h image anchored at
+// (ax, ay) with a full mask.
 inline std::unique_ptr<QvAFrame> MakeAnim(std::initializer_list<int> intervals, int w = 4,
                                           int h = 2, int ax = 2, int ay = 1) {
   auto anim = std::make_unique<QvAFrame>();
   int f = 0;
   for (int interval : intervals) {
-    const std::int16_t index = anim->Reg(S(f), S(0), S(0), S(w), S(h), S(ax), S(ay), S(interval));
-    EXPECT_EQ(index, f);
+    EXPECT_EQ(anim->Reg(S(f), S(0), S(0), S(w), S(h), S(ax), S(ay), S(interval)), f);
     std::vector<unsigned char> image(static_cast<size_t>(w * h));
     std::vector<unsigned char> mask(static_cast<size_t>(w * h), 255);
-    for (int y = 0; y < h; ++y) {
-      for (int x = 0; x < w; ++x) image[static_cast<size_t>(y * w + x)] = FramePixel(f, x, y);
-    }
+    for (int i = 0; i < w * h; ++i) image[static_cast<size_t>(i)] = FramePixel(f, i % w, i / w);
     EXPECT_EQ(anim->SetImage(S(f), image.data(), mask.data(), S(w), S(h), S(-ax), S(-ay)), 1);
     ++f;
   }
   return anim;
-}
-
-// A colour table whose entry i is (i, i, i).
-inline tbColorTable GreyTable() {
-  tbColorTable t(S(72));
-  for (int i = 0; i < 256; ++i) {
-    tbRGBColor c(static_cast<unsigned char>(i), static_cast<unsigned char>(i),
-                 static_cast<unsigned char>(i));
-    t.SetCTTable(S(i), &c);
-  }
-  return t;
 }
 
 // A palette area holding the indices first to last.
@@ -114,11 +120,31 @@ inline QvPal PalRange(int first, int last) {
   return pal;
 }
 
+// A fade of the indices 1 to 3 toward red over count frames.
+inline std::unique_ptr<QvAFade> MakeFade(int count = 30) {
+  auto fade = std::make_unique<QvAFade>();
+  QvPal pal = PalRange(1, 3);
+  fade->RegArea(&pal);
+  fade->RegColor(tbRGBColor(255, 0, 0));
+  fade->SetCount(S(count));
+  return fade;
+}
+
+// A colour table whose entry i is (i, i, i).
+inline tbColorTable GreyTable() {
+  tbColorTable t(S(72));
+  for (int i = 0; i < 256; ++i) {
+    const auto v = static_cast<unsigned char>(i);
+    tbRGBColor c(v, v, v);
+    t.SetCTTable(S(i), &c);
+  }
+  return t;
+}
+
 // An 8-bit host pixel buffer with its pixel map.
 struct Screen {
   Screen(int w, int h, unsigned char fill = 0)
       : width(w),
-        height(h),
         pixels(static_cast<size_t>(w * h), fill),
         pixMap(pixels.data(), S(w), tbRect(0, 0, w, h)) {}
   Screen(const Screen&) = delete;
@@ -129,8 +155,8 @@ struct Screen {
     for (unsigned char p : pixels) n += p != v;
     return n;
   }
+  void Fill(unsigned char v) { std::fill(pixels.begin(), pixels.end(), v); }
   int width;
-  int height;
   std::vector<unsigned char> pixels;
   tbPixMap pixMap;
 };

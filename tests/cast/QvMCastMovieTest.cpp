@@ -78,7 +78,7 @@ struct Movie {
 
 }  // namespace
 
-TEST(QvMCastMovie, LayersDrawTheirMembersInOrder) {
+TEST(QvMCastMovie, LayersDrawTheirMembersAtEachMoment) {
   NoFailures guard;
   Movie m;
   Screen screen(64, 32, kBack);
@@ -91,63 +91,45 @@ TEST(QvMCastMovie, LayersDrawTheirMembersInOrder) {
   for (int x = 0; x < 4; ++x) EXPECT_EQ(screen.At(30 + x, 15), FramePixel(0, x, 0));
   EXPECT_EQ(screen.CountNot(kBack), 16);
 
-  // The scroller placed on the top layer as well is drawn a second time,
-  // over the cover, scrolled by one with wrap.
+  // The scroller's world carries the whole colour chain at that moment.
+  tbColorTable expected = m.table;
+  const std::pair<QvAColor*, int> chain[] = {
+      {&m.cycle, 1}, {&m.flash, 1}, {&m.sw, 1}, {&m.fade, 1}};
+  for (const auto& c : chain) {
+    tbColorTable* step = c.first->CTable(S(c.second), &expected);
+    ASSERT_NE(step, nullptr);
+    expected = *step;
+  }
+  ASSERT_NE(m.cast.Rec(S(1))->orgGWorld, nullptr);
+  EXPECT_TRUE(*m.cast.Rec(S(1))->orgGWorld->CTable() == expected);
+
+  // Placed on the top layer as well, the scroller is drawn again over the
+  // cover, scrolled by one with wrap.
   m.layers.RegCast(S(2), &m.cast, S(1), -1);
   m.layers.DrawPicture(1, &screen.pixMap, &area);
   EXPECT_EQ(screen.At(30, 15), FramePixel(0, 3, 0));
   EXPECT_EQ(screen.At(31, 15), FramePixel(0, 0, 0));
   EXPECT_EQ(screen.At(33, 16), FramePixel(0, 2, 1));
 
-  // Later, the walker has moved on and shows its second image.
-  std::fill(screen.pixels.begin(), screen.pixels.end(), kBack);
+  // Later the walker has moved on and shows its second image; after its end
+  // at 3 it is gone, and at 50 nothing is drawn.
+  screen.Fill(kBack);
   m.layers.DrawPicture(3, &screen.pixMap, &area);
   EXPECT_EQ(screen.At(40, 10), FramePixel(1, 2, 1));
   EXPECT_EQ(screen.At(20, 10), kBack);
-}
-
-TEST(QvMCastMovie, MembersOutsideTheirRangeDrawNothing) {
-  NoFailures guard;
-  Movie m;
-  Screen screen(64, 32, kBack);
-  tbRect area(0, 0, 64, 32);
-  m.layers.DrawPicture(4, &screen.pixMap, &area);  // the walker ends at 3
+  screen.Fill(kBack);
+  m.layers.DrawPicture(4, &screen.pixMap, &area);
   EXPECT_EQ(screen.At(40, 10), kBack);
   EXPECT_EQ(screen.CountNot(kBack), 8);
-  std::fill(screen.pixels.begin(), screen.pixels.end(), kBack);
+  screen.Fill(kBack);
   m.layers.DrawPicture(50, &screen.pixMap, &area);
   EXPECT_EQ(screen.CountNot(kBack), 0);
-}
-
-TEST(QvMCastMovie, TheDrawnWorldCarriesTheWholeColourChain) {
-  NoFailures guard;
-  Movie m;
-  Screen screen(64, 32, kBack);
-  tbRect area(0, 0, 64, 32);
-  m.layers.DrawPicture(2, &screen.pixMap, &area);
-  tbColorTable expected = m.table;
-  tbColorTable* step = m.cycle.CTable(S(2), &expected);
-  ASSERT_NE(step, nullptr);
-  expected = *step;
-  step = m.flash.CTable(S(2), &expected);
-  ASSERT_NE(step, nullptr);
-  expected = *step;
-  step = m.sw.CTable(S(1), &expected);  // two tables: frame 2 is fitted to 1
-  ASSERT_NE(step, nullptr);
-  expected = *step;
-  step = m.fade.CTable(S(2), &expected);
-  ASSERT_NE(step, nullptr);
-  expected = *step;
-  tbGWorld* world = m.cast.Rec(S(1))->orgGWorld;
-  ASSERT_NE(world, nullptr);
-  EXPECT_TRUE(*world->CTable() == expected);
 
   // A change of the fade reaches the member and the next picture.
   m.fade.RegColor(tbRGBColor(255, 255, 0));
   m.cast.SetStartEnd(S(1), 0, 29);
   m.layers.DrawPicture(29, &screen.pixMap, &area);
-  world = m.cast.Rec(S(1))->orgGWorld;
-  ASSERT_NE(world, nullptr);
-  EXPECT_EQ(*world->CTable()->CTTable(S(3)), tbRGBColor(255, 255, 0));
-  EXPECT_EQ(*world->CTable()->CTTable(S(9)), tbRGBColor(9, 9, 9));
+  ASSERT_NE(m.cast.Rec(S(1))->orgGWorld, nullptr);
+  EXPECT_EQ(*m.cast.Rec(S(1))->orgGWorld->CTable()->CTTable(S(3)), tbRGBColor(255, 255, 0));
+  EXPECT_EQ(*m.cast.Rec(S(1))->orgGWorld->CTable()->CTTable(S(9)), tbRGBColor(9, 9, 9));
 }
