@@ -54,6 +54,14 @@ class Bytes {
     if (b < 72) return static_cast<std::int16_t>(static_cast<int>(b & 31) - 16);
     return static_cast<std::int16_t>(b & 31);
   }
+  // A size of a frame or an image: like Small, but never so large that the
+  // buffers made for it slow the search down.
+  std::int16_t Size() {
+    const std::uint8_t b = U8();
+    if (b < 4) return static_cast<std::int16_t>(static_cast<int>(U16() % 801) - 400);
+    if (b < 40) return static_cast<std::int16_t>(static_cast<int>(b & 7) - 4);
+    return static_cast<std::int16_t>(b & 31);
+  }
   // A cast id: mostly 0 to 5, sometimes negative (a new member) or far off.
   std::int16_t Id() {
     const std::uint8_t b = U8();
@@ -648,7 +656,7 @@ void FrameOp(World& w, Bytes& in, std::uint8_t op) {
   switch (op % 16) {
     case 0:
     case 1:
-      f->Reg(index, in.Small(), in.Small(), in.Small(), in.Small(), in.Small(), in.Small(),
+      f->Reg(index, in.Small(), in.Small(), in.Size(), in.Size(), in.Small(), in.Small(),
              in.Small());
       break;
     case 2:
@@ -657,13 +665,13 @@ void FrameOp(World& w, Bytes& in, std::uint8_t op) {
     case 3:
       switch (in.U8() % 9) {
         case 0:
-          f->Set(index, in.Small(), in.Small(), in.Small(), in.Small(), in.Small(), in.Small());
+          f->Set(index, in.Small(), in.Small(), in.Size(), in.Size(), in.Small(), in.Small());
           break;
         case 1:
           f->SetPos(index, in.Small(), in.Small());
           break;
         case 2:
-          f->SetSize(index, in.Small(), in.Small());
+          f->SetSize(index, in.Size(), in.Size());
           break;
         case 3:
           f->SetAnchor(index, in.Small(), in.Small());
@@ -723,7 +731,7 @@ void FrameOp(World& w, Bytes& in, std::uint8_t op) {
           break;
         case 1: {
           // The exact-size form reads width x height bytes.
-          const std::int16_t fw = in.Small(), fh = in.Small();
+          const std::int16_t fw = in.Size(), fh = in.Size();
           std::vector<unsigned char> buf(static_cast<std::size_t>(fw > 0 && fh > 0 ? fw * fh : 1),
                                          in.U8());
           f->SetOrgImage(index, buf.data(), fw, fh);
@@ -733,7 +741,7 @@ void FrameOp(World& w, Bytes& in, std::uint8_t op) {
           f->SetImage(index, in.Bit() ? w.picture : nullptr, World::kPicW, sw, sh);
           break;
         default: {
-          const std::int16_t iw = in.Small(), ih = in.Small();
+          const std::int16_t iw = in.Size(), ih = in.Size();
           const std::size_t n = static_cast<std::size_t>(iw > 0 && ih > 0 ? iw * ih : 1);
           std::vector<unsigned char> image(n, in.U8()), mask(n);
           for (std::size_t i = 0; i < n; ++i) mask[i] = (i % 3) ? 255 : 0;
