@@ -85,13 +85,15 @@ void CopyCTable(tbColorTable* dst, const tbColorTable* src) {
 // member known to it. The list that was recorded before is told to forget the
 // member, unless it is the new list or the list of the animation being
 // registered (an animation that detaches itself passes a null list while it
-// walks its own entries, and empties its list afterwards).
+// walks its own entries, and empties its list afterwards). When the list
+// cannot take the member (no memory for its entry), the member keeps no
+// back-reference: the list would never clear it, and the member's later
+// removal would reach a list that may be gone.
 void SetList(QvMCast* store, QvMCastInfo* info, int index, QvMCastList* list,
              QvMCastList* animList) {
   QvMCastList* old = info->lists[index];
   if (old && old != list && old != animList) old->Del(store, info->id);
-  info->lists[index] = list;
-  if (list) list->Reg(store, info->id);
+  info->lists[index] = (list && list->Reg(store, info->id)) ? list : nullptr;
 }
 
 // Makes a private copy of a colour animation of the given kind; null when the
