@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <initializer_list>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -34,6 +35,19 @@ auto FailAt(int k, F f) -> decltype(f()) {
   QvFailAllocation(k);
   return f();
 }
+
+// Several numbers compared at once, read from left to right:
+// EXPECT_EQ((Vals{a, b}), (Vals{1, 2})).
+struct Vals {
+  template <class... T>
+  Vals(T... v) : v{static_cast<double>(v)...} {}
+  bool operator==(const Vals& o) const { return v == o.v; }
+  friend std::ostream& operator<<(std::ostream& os, const Vals& x) {
+    for (double d : x.v) os << d << " ";
+    return os;
+  }
+  std::vector<double> v;
+};
 
 inline std::int16_t S(int v) { return static_cast<std::int16_t>(v); }
 inline unsigned char* Txt(const char* s) {

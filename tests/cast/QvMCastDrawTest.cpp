@@ -18,7 +18,7 @@ constexpr unsigned char kBack = 0xEE;
 
 // Member 0: a 4 x 2 animation (anchor (2, 1)) from time start on, with a grey
 // own colour table, drawn into a 16 x 16 screen unless told otherwise.
-struct Drawn : testing::Test {
+struct QvMCastDraw : testing::Test {
   void Make(std::int32_t start, std::initializer_list<int> intervals) {
     anim = MakeAnim(intervals);
     EXPECT_EQ(cast.RegAFrame(S(-1), anim.get(), start, Txt("m"), nullptr), 0);
@@ -39,7 +39,7 @@ struct Drawn : testing::Test {
 
 }  // namespace
 
-TEST_F(Drawn, PlacesTheAnchorAtTheCentreOrOnThePath) {
+TEST_F(QvMCastDraw, PlacesTheAnchorAtTheCentreOrOnThePath) {
   Screen big(640, 480, kBack);
   tbRect full(0, 0, 640, 480);
   EXPECT_EQ(cast.DrawPicture(S(0), 0, &big.pixMap, &full), 1);
@@ -59,7 +59,7 @@ TEST_F(Drawn, PlacesTheAnchorAtTheCentreOrOnThePath) {
   EXPECT_EQ(big.CountNot(kBack), 8);
 }
 
-TEST_F(Drawn, TimesAndBadRequests) {
+TEST_F(QvMCastDraw, TimesAndBadRequests) {
   cast.SetStartEnd(S(0), 100, 104);
   EXPECT_EQ(Draw(105), 0);
   EXPECT_EQ(Draw(99), 0);
@@ -80,7 +80,7 @@ TEST_F(Drawn, TimesAndBadRequests) {
   EXPECT_EQ(screen.CountNot(kBack), 0);
 }
 
-TEST_F(Drawn, FrameFollowsTheTimeAtTheCopysSpeed) {
+TEST_F(QvMCastDraw, FrameFollowsTheTimeAtTheCopysSpeed) {
   cast.Del(S(0));
   Make(10, {2, 2, 2});
   EXPECT_EQ(Draw(13), 1);
@@ -96,7 +96,7 @@ TEST_F(Drawn, FrameFollowsTheTimeAtTheCopysSpeed) {
   EXPECT_EQ(anim->Cur(), 0);  // the host's animation is not moved
 }
 
-TEST_F(Drawn, ScrollWrapsAndPaletteAreaLimitsThePixels) {
+TEST_F(QvMCastDraw, ScrollWrapsAndPaletteAreaLimitsThePixels) {
   cast.SetScrStepH(S(0), 1.0);
   cast.RegScroll(S(0), 2, Txt("m"));
   EXPECT_EQ(Draw(1), 1);
@@ -118,7 +118,7 @@ TEST_F(Drawn, ScrollWrapsAndPaletteAreaLimitsThePixels) {
   EXPECT_EQ(screen.CountNot(kBack), 5);
 }
 
-TEST_F(Drawn, ColourTableChain) {
+TEST_F(QvMCastDraw, ColourTableChain) {
   cast.SetStartEnd(S(0), 0, 100);
   tbColorTable* ct = cast.CTable(S(0), 2);
   ASSERT_NE(ct, nullptr);
@@ -176,7 +176,7 @@ TEST_F(Drawn, ColourTableChain) {
   EXPECT_EQ(Draw(1), 0);
 }
 
-TEST_F(Drawn, EachCopysClockRunsAtItsOwnSpeed) {
+TEST_F(QvMCastDraw, EachCopysClockRunsAtItsOwnSpeed) {
   cast.SetStartEnd(S(0), 50, 150);
   QvAFade fade, slow;
   QvAFlash flash;
@@ -198,7 +198,7 @@ TEST_F(Drawn, EachCopysClockRunsAtItsOwnSpeed) {
   EXPECT_EQ(cast.AFade(S(0))->Cur(), 3);
 }
 
-TEST_F(Drawn, FrameAreaAndHitTesting) {
+TEST_F(QvMCastDraw, FrameAreaAndHitTesting) {
   struct Case {
     char mode;
     tbPoint point;
@@ -242,7 +242,7 @@ TEST_F(Drawn, FrameAreaAndHitTesting) {
   }
 }
 
-TEST_F(Drawn, Icons) {
+TEST_F(QvMCastDraw, Icons) {
   // A member with only a colour table shows a swatch of the palette.
   ASSERT_EQ(cast.RegOrgCTable(S(-1), &table, nullptr, nullptr), 1);
   tbPicture* icon = cast.Icon(S(1), S(32), S(32));
@@ -298,7 +298,7 @@ TEST_F(Drawn, Icons) {
   EXPECT_EQ(cast.Icon(S(2), S(4), S(4)), nullptr);
 }
 
-TEST_F(Drawn, AllocationFailuresWhileDrawing) {
+TEST_F(QvMCastDraw, AllocationFailuresWhileDrawing) {
   QvAFade fade;
   QvPal pal = PalRange(1, 1);
   fade.RegArea(&pal);

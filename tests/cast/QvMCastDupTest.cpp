@@ -10,7 +10,7 @@ namespace {
 
 // Member 3 of a store: a frame animation over 20..29 with everything else
 // attached too. The lists outlive the store that refers to them.
-struct Source : testing::Test {
+struct QvMCastDup : testing::Test {
   void SetUp() override {
     QvPal area = PalRange(1, 2), pal = PalRange(0, 7);
     fade.RegArea(&area);
@@ -36,8 +36,8 @@ struct Source : testing::Test {
   void ExpectCopies(QvMCastInfo* d) {
     QvMCastInfo* r = cast.Rec(S(3));
     ASSERT_TRUE(d->aFrame && d->aColor[3] && d->orgCTable && d->orgPal && d->dft && d->anc);
-    if (d != r)
-      EXPECT_TRUE(d->aFrame != r->aFrame && d->aColor[3] != r->aColor[3] && d->dft != r->dft);
+    EXPECT_TRUE(d == r ||
+                (d->aFrame != r->aFrame && d->aColor[3] != r->aColor[3] && d->dft != r->dft));
     EXPECT_EQ(d->aFrame->CountMFrame(), 10);
     EXPECT_TRUE(*d->orgCTable == table);
     EXPECT_EQ(d->fillIndex, 8);
@@ -60,7 +60,7 @@ struct Source : testing::Test {
 
 }  // namespace
 
-TEST_F(Source, DuplicateIntoAnotherStore) {
+TEST_F(QvMCastDup, DuplicateIntoAnotherStore) {
   CastProbe other;
   other.New(nullptr);
   EXPECT_EQ(cast.Dup(S(3), 100, Txt("copy"), &other, S(-1)), 1);
@@ -89,7 +89,7 @@ TEST_F(Source, DuplicateIntoAnotherStore) {
   EXPECT_NE(other.AFrame(S(0)), nullptr);
 }
 
-TEST_F(Source, DuplicateWithinOneStoreAndOntoItself) {
+TEST_F(QvMCastDup, DuplicateWithinOneStoreAndOntoItself) {
   EXPECT_EQ(cast.Dup(S(3), 50, Txt("twin"), &cast, S(-1)), 0);
   ExpectCopies(cast.Rec(S(0)));
   EXPECT_EQ(cast.Start(S(0)), 50);
@@ -110,7 +110,7 @@ TEST_F(Source, DuplicateWithinOneStoreAndOntoItself) {
   EXPECT_EQ(cast.End(S(id + 1)), 14);
 }
 
-TEST_F(Source, DuplicationFailures) {
+TEST_F(QvMCastDup, DuplicationFailures) {
   CastProbe other;
   EXPECT_EQ(cast.Dup(S(4), 0, nullptr, &other, S(-1)), -1);
   EXPECT_EQ(cast.Dup(S(3), 0, nullptr, nullptr, S(-1)), -1);
@@ -142,7 +142,7 @@ TEST_F(Source, DuplicationFailures) {
   EXPECT_EQ(cast.Count(), 1);
 }
 
-TEST_F(Source, BackupAndRestore) {
+TEST_F(QvMCastDup, BackupAndRestore) {
   auto five = MakeAnim({6});
   cast.New(S(5), Txt("five"));
   cast.RegAFrame(S(5), five.get(), 40, Txt("five"), five.get());
@@ -180,9 +180,9 @@ TEST_F(Source, BackupAndRestore) {
   EXPECT_EQ(backup.AFrame(S(5))->CountMFrame(), 2);
 }
 
-TEST(QvMCastDup, BackupAndRestoreFailures) {
-  NoFailures guard;
-  CastProbe cast, backup, empty, broken;
+TEST_F(QvMCastDup, BackupAndRestoreFailures) {
+  CastProbe store, backup, empty, broken;
+  QvMCast& cast = store;
   cast.New(Txt("unset"));
   EXPECT_EQ(cast.Backup(S(0), &backup), 0);  // range unset
   EXPECT_EQ(cast.Backup(S(0), nullptr), 0);
