@@ -43,5 +43,5 @@ rm -rf "$build/findings"
 mkdir -p "$build/findings"
 run api "$budget" 600
 if [ -x "$build/qvmovie_scene_fuzzer" ]; then
-  run scene 20 4096
+  run scene 20 16384
 fi
