@@ -172,26 +172,25 @@ TYPED_TEST(QvAColorKinds, AreaLimitsAndDup) {
   a.SetSpeed(20);
   this->Ready(a, 3);
   ASSERT_EQ(1, a.RegArea(&pal));
-  const tbRGBColor marker(1, 2, 3);
-  for (std::int16_t n = 0; n < 3; ++n) {
-    Mark(a, marker);
-    tbColorTable* out = a.CTable(n, &this->src);
-    ASSERT_NE(nullptr, out);
-    for (int i = 0; i < 256; ++i) {
-      if (i >= 4 && i <= 6) continue;
-      const bool kept = i < 16 || std::is_same_v<TypeParam, QvACycle>;
-      EXPECT_EQ(kept ? Entry(this->src, i) : marker, Entry(out, i)) << n << " " << i;
-    }
-  }
   TypeParam b;  // Dup passes mode, speed, area and the kind's own settings
   a.Dup(&b);
   EXPECT_EQ((V{b.Mode(), b.Speed(), b.Count(), b.End(), b.AreaFlag(5), b.AreaFlag(20), b.Error()}),
             (V{1, 20, a.Count(), a.End(), 1, 1, 0}));
   EXPECT_EQ((V{static_cast<std::int32_t>(b.AreaNum()), b.Area() != a.Area()}), (V{16, 1}));
+  const tbRGBColor marker(1, 2, 3);
   for (std::int16_t n = 0; n < 3; ++n) {
+    Mark(a, marker);
     Mark(b, marker);
-    const tbColorTable want = (Mark(a, marker), *a.CTable(n, &this->src));
-    EXPECT_EQ(want, *b.CTable(n, &this->src)) << n;
+    tbColorTable* out = a.CTable(n, &this->src);
+    ASSERT_NE(nullptr, out);
+    EXPECT_EQ(*out, *b.CTable(n, &this->src)) << n;
+    for (int i = 0; i < 256; ++i) {
+      const bool kept = i < 16 || std::is_same_v<TypeParam, QvACycle>;
+      const tbRGBColor want = i >= 4 && i <= 6 ? Entry(out, i)
+                              : kept           ? Entry(this->src, i)
+                                               : marker;
+      EXPECT_EQ(want, Entry(out, i)) << i;
+    }
   }
   a.Dup(&a);  // into itself: kept
   EXPECT_EQ((V{a.Count(), a.AreaFlag(5)}), (V{b.Count(), 1}));
@@ -240,64 +239,54 @@ struct QvAColorMembers : ::testing::Test {
   NoFailures guard;
   QvMCast cast;
   QvAColor* Copy(std::int16_t id) { return CopyOf(cast, id, kKind<K>); }
+  // Speed and one area flag of a member's copy.
+  V Of(std::int16_t id, int flag) { return {Copy(id)->Speed(), Copy(id)->AreaFlag(B(flag))}; }
 };
 TYPED_TEST_SUITE(QvAColorMembers, Kinds);
 
-TYPED_TEST(QvAColorMembers, SettingsReachCopiesThroughUpdate) {
-  TypeParam k;
-  QvFailAllocation(0);
-  k.UpdateMCast();  // without members: nothing to do
-  k.DelFromMCast();
-  EXPECT_EQ(0, QvAllocationCount());
-  const std::int16_t named = Attach(this->cast, k, "lamp");
-  const std::int16_t plain = Attach(this->cast, k, nullptr);
-  QvMCast* store = nullptr;
-  std::int16_t first = -1;
-  ASSERT_EQ(1, static_cast<QvMCastList&>(k).Get(0, &store, &first));
-  EXPECT_EQ((V{store == &this->cast, first}), (V{1, named}));
-  QvAColor* before = this->Copy(named);
-  ASSERT_NE(nullptr, before);
-  k.SetSpeed(15);  // the speed does not pass itself on ...
-  EXPECT_EQ((V{before == this->Copy(named), before->Speed(), this->Copy(plain)->Speed()}),
-            (V{1, 30, 30}));
-  k.UpdateMCast();  // ... until the host asks for it
-  EXPECT_NE(before, this->Copy(named));
-  EXPECT_EQ((V{this->Copy(named)->Speed(), this->Copy(plain)->Speed(), this->cast.Start(named)}),
-            (V{15, 15, 10}));
-  EXPECT_EQ(NameOf(this->cast, named) + NameOf(this->cast, plain), "lamp<none>");
-  QvPal pal = RangePal(40, 41);
-  before = this->Copy(named);
-  QvFailAllocation(1);  // a failed area renews nothing
-  EXPECT_EQ((V{k.RegArea(&pal), before == this->Copy(named)}), (V{0, 1}));
-  ASSERT_EQ(1, k.RegArea(&pal));  // a new area is passed on at once
-  EXPECT_EQ((V{this->Copy(named)->AreaFlag(40), this->Copy(plain)->AreaFlag(41)}), (V{1, 1}));
-  EXPECT_EQ(NameOf(this->cast, named), "lamp");
-}
-
-TYPED_TEST(QvAColorMembers, DetachingLeavesTheLastCopies) {
-  std::int16_t a = -1, b = -1, c = -1;
+TYPED_TEST(QvAColorMembers, CopiesFollowUpdatesUntilDetached) {
+  std::int16_t named = -1, plain = -1, gone = -1;
   {
     TypeParam k;
-    QvPal pal = RangePal(7, 8);
-    ASSERT_EQ(1, k.RegArea(&pal));
-    a = Attach(this->cast, k, "a");
-    k.SetSpeed(9);
+    QvFailAllocation(0);
+    k.UpdateMCast();  // without members: nothing to do
     k.DelFromMCast();
+    EXPECT_EQ(0, QvAllocationCount());
+    named = Attach(this->cast, k, "lamp");
+    plain = Attach(this->cast, k, nullptr);
     QvMCast* store = nullptr;
-    EXPECT_EQ(0, static_cast<QvMCastList&>(k).Get(0, &store, &c));
-    QvAColor* last = this->Copy(a);
+    std::int16_t first = -1;
+    ASSERT_EQ(1, static_cast<QvMCastList&>(k).Get(0, &store, &first));
+    EXPECT_EQ((V{store == &this->cast, first}), (V{1, named}));
+    QvAColor* before = this->Copy(named);
+    k.SetSpeed(15);  // the speed does not pass itself on ...
+    EXPECT_EQ((V{before == this->Copy(named), this->Of(named, 0)[0]}), (V{1, 30}));
+    k.UpdateMCast();  // ... until the host asks for it, names and ranges kept
+    EXPECT_NE(before, this->Copy(named));
+    EXPECT_EQ((V{this->Of(named, 0)[0], this->Of(plain, 0)[0], this->cast.Start(named)}),
+              (V{15, 15, 10}));
+    EXPECT_EQ(NameOf(this->cast, named) + NameOf(this->cast, plain), "lamp<none>");
+    QvPal pal = RangePal(40, 41);
+    before = this->Copy(named);
+    QvFailAllocation(1);  // a failed area renews nothing; a new one is passed on at once
+    EXPECT_EQ((V{k.RegArea(&pal), before == this->Copy(named)}), (V{0, 1}));
+    ASSERT_EQ(1, k.RegArea(&pal));
+    EXPECT_EQ((V{this->Of(named, 40)[1], this->Of(plain, 41)[1]}), (V{1, 1}));
+    EXPECT_EQ(NameOf(this->cast, named), "lamp");
+    k.DelFromMCast();  // detached: the copies keep the last settings
+    EXPECT_EQ(0, static_cast<QvMCastList&>(k).Get(0, &store, &first));
+    before = this->Copy(named);
     QvPal other = RangePal(100, 101);
-    EXPECT_EQ((V{k.RegArea(&other), last == this->Copy(a)}), (V{1, 1}));  // no longer follows
-    b = Attach(this->cast, k, "b");
-    c = Attach(this->cast, k, "c");
+    EXPECT_EQ((V{k.RegArea(&other), before == this->Copy(named)}), (V{1, 1}));
+    gone = Attach(this->cast, k, "gone");
     k.SetSpeed(12);
-  }  // destruction detaches the members
-  EXPECT_EQ((V{this->Copy(a)->Speed(), this->Copy(a)->AreaFlag(7)}), (V{9, 1}));
-  EXPECT_EQ(NameOf(this->cast, a), "a");
-  for (std::int16_t id : {b, c}) {
-    EXPECT_EQ((V{this->Copy(id)->Speed(), this->Copy(id)->AreaFlag(100)}), (V{12, 1}));
+  }  // destruction detaches the members too
+  EXPECT_EQ(this->Of(named, 40), (V{15, 1}));
+  EXPECT_EQ(this->Of(gone, 100), (V{12, 1}));
+  EXPECT_EQ(NameOf(this->cast, gone), "gone");
+  for (std::int16_t id : {named, plain, gone}) {
+    EXPECT_EQ(1, this->cast.DelAColor(id, kKind<TypeParam>));
   }
-  for (std::int16_t id : {a, b, c}) EXPECT_EQ(1, this->cast.DelAColor(id, kKind<TypeParam>));
 }
 
 TEST(QvAColorMembersByKind, OperationsThatPassTheirChangeOn) {

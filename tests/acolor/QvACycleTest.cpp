@@ -91,13 +91,9 @@ TEST(QvACycle, RotatesTheWorkedRangeInEveryMode) {
 
 // An area (flagged runs, a FlagNum below 256 or 0 for 256), the mode, then
 // the ranges made and the moves of frames 1 and 2.
-struct Shape {
-  V runs;
-  int flagNum, mode;
-  const char *ranges, *frame1, *frame2;
-};
-
 // clang-format off
+struct Shape { V runs; int flagNum, mode; const char *ranges, *frame1, *frame2; };
+
 const Shape kShapes[] = {
     {{}, 0, 0, "", "", ""},                                       // nothing flagged: a plain copy
     {{5, 5, 7, 7, 9, 9}, 0, 0, "5-5:0 7-7:0 9-9:0", "", ""},      // isolated indices stay

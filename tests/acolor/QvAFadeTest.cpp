@@ -20,8 +20,6 @@ void Toward(FadeProbe& f, tbRGBColor target, std::int16_t count = 30) {
   f.SetCount(count);
 }
 
-V Rgb(const tbRGBColor& c) { return {c.red, c.green, c.blue}; }
-
 }  // namespace
 
 TEST(QvAFade, WorkedComponents) {
@@ -38,12 +36,11 @@ TEST(QvAFade, WorkedComponents) {
   for (const V& r : rows) {
     tbColorTable* out = f.CTable(static_cast<std::int16_t>(r[0]), &src);
     ASSERT_NE(nullptr, out);
-    const V got = Rgb(Entry(out, 0));
-    EXPECT_EQ((V{r[0], got[0], got[1], r[3] < 0 ? -1 : got[2]}), r);
+    const tbRGBColor c = Entry(out, 0);
+    EXPECT_EQ((V{r[0], c.red, c.green, r[3] < 0 ? -1 : c.blue}), r);
   }
-  const tbColorTable before = *f.CTable();
-  EXPECT_EQ(nullptr, f.CTable(30, &src));  // out of range: output untouched
-  EXPECT_EQ(nullptr, f.CTable(-1, &src));
+  const tbColorTable before = *f.CTable();  // out of range: output untouched
+  EXPECT_EQ((P{f.CTable(30, &src), f.CTable(-1, &src)}), (P{nullptr, nullptr}));
   EXPECT_EQ(before, *f.CTable());
 
   FadeProbe four;  // four frames from 100 to 0
