@@ -252,6 +252,11 @@ bool Player::LayerVisible(int index) const {
   return index >= 0 && index < LayerCount() && visible_[static_cast<std::size_t>(index)];
 }
 
+void Player::SetOverlay(bool on) {
+  showOverlay_ = on;
+  redraw_ = true;
+}
+
 void Player::ToggleLayer(int index) {
   if (index < 0 || index >= LayerCount()) {
     Note("no layer " + std::to_string(index + 1));
@@ -394,10 +399,7 @@ bool Player::HandleKey(const SDL_KeyboardEvent& key) {
       }
       break;
     case SDLK_o:
-      if (!repeat) {
-        showOverlay_ = !showOverlay_;
-        redraw_ = true;
-      }
+      if (!repeat) SetOverlay(!showOverlay_);
       break;
     case SDLK_r:
       if (!repeat) Reload();
@@ -472,13 +474,20 @@ tbPixMap* Player::PixMap() { return world_ ? world_->PixMap() : nullptr; }
 
 void Player::DrawLayers(std::int32_t t, tbPixMap* pixMap) {
   if (!scene_ || !pixMap || !pixMap->TopAddr()) return;
+  QvMLayer* layers = scene_->Layers();
+  bool all = true;
+  for (int layer = 0; layer < layers->Count(); ++layer) all = all && LayerVisible(layer);
+  if (all) {
+    // The whole movie: exactly what the render tool draws.
+    scene_->DrawMoment(t, pixMap);
+    return;
+  }
   const tbRect& b = pixMap->Bounds();
   for (std::int32_t y = 0; y < b.bottom - b.top; ++y) {
     std::memset(pixMap->TopAddr() + static_cast<std::ptrdiff_t>(y) * pixMap->Offset(),
                 scene_->Background(), static_cast<std::size_t>(b.right - b.left));
   }
   tbRect area = scene_->Area();
-  QvMLayer* layers = scene_->Layers();
   for (int layer = 0; layer < layers->Count(); ++layer) {
     if (!LayerVisible(layer)) continue;
     QvMCast* cast = nullptr;

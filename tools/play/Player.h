@@ -101,6 +101,7 @@ class Player {
   bool Scrubbing() const { return scrubbing_; }
   bool ShowHelp() const { return showHelp_; }
   bool ShowOverlay() const { return showOverlay_; }
+  void SetOverlay(bool on);
   // Something visible changed since the last MarkShown.
   bool NeedsRedraw() const { return redraw_; }
   void RequestRedraw() { redraw_ = true; }
@@ -129,9 +130,9 @@ class Player {
   // and takes its colour table, when anything changed since the last time.
   void UpdatePicture();
   // Draws moment t of the visible layers into pixMap, cleared to the
-  // background first: the library's QvMCast::DrawPicture for each
-  // reference of each visible layer, in the order QvMLayer::DrawPicture
-  // uses.
+  // background first: QvMLayer::DrawPicture when every layer is shown,
+  // otherwise the library's QvMCast::DrawPicture for each reference of each
+  // visible layer, in the order QvMLayer::DrawPicture uses.
   void DrawLayers(std::int32_t t, tbPixMap* pixMap);
   tbPixMap* PixMap();
   // The colour of every index in the current moment, as 0xAARRGGBB.

@@ -28,8 +28,8 @@ constexpr int kExitRender = 1;
 constexpr int kExitUsage = 2;
 
 const char kUsage[] =
-    "Usage: qvmovie-play SCENE [--at T] [--paused] [--scale N] [--pictures DIR]\n"
-    "                    [--frames N] [--screenshot OUT.png] [--stats]\n"
+    "Usage: qvmovie-play SCENE [--at T] [--paused] [--overlay] [--scale N]\n"
+    "                    [--pictures DIR] [--frames N] [--screenshot OUT.png] [--stats]\n"
     "\n"
     "Plays the movie that the scene file SCENE describes in a window, at the\n"
     "engine's own speed, and reloads it whenever the scene file or one of its\n"
@@ -38,6 +38,7 @@ const char kUsage[] =
     "\n"
     "  --at T              start at moment T (rounded down to the scene's step)\n"
     "  --paused            start paused\n"
+    "  --overlay           start with the overlay shown (moment, fps, draw time)\n"
     "  --scale N           open the window N times the movie's size (1 to 8);\n"
     "                      default: as large as fits the screen, at most 4\n"
     "  --pictures DIR      resolve relative picture file names against DIR\n"
@@ -67,6 +68,7 @@ struct Options {
   long frames = 0;
   int scale = 0;
   bool paused = false;
+  bool overlay = false;
   bool stats = false;
   bool help = false;
 };
@@ -118,6 +120,8 @@ Options ParseArgs(int argc, char** argv) {
       o.pictures = value(i, a);
     } else if (a == "--paused") {
       o.paused = true;
+    } else if (a == "--overlay") {
+      o.overlay = true;
     } else if (a == "--stats") {
       o.stats = true;
     } else if (a.size() > 1 && a[0] == '-') {
@@ -260,6 +264,7 @@ int Run(const Options& o) {
                                 std::to_string(scene->To()) + ")");
   }
   if (o.atGiven) player.GoTo(player.IndexOf(o.at));
+  if (o.overlay) player.SetOverlay(true);
 
   if (SDL_Init(SDL_INIT_VIDEO) != 0) {
     return Fail(kExitRender, std::string("cannot open a window: ") + SDL_GetError());
