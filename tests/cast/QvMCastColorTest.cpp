@@ -1,27 +1,13 @@
 // Colour animation copies on members, and how changes of the host's
 // animations reach the members that hold copies of them.
-#include <gtest/gtest.h>
-
 #include "acolor/QvACycle.h"
 #include "acolor/QvAFlash.h"
 #include "acolor/QvASwitch.h"
-#include "cast/QvMCast.h"
 #include "tests/cast/CastTestSupport.h"
 
 using namespace casttest;
 
-namespace {
-
-std::int16_t FramePosX(QvAFrame* anim) {
-  std::int16_t x = -1;
-  anim->GetAFrame(S(0), &x, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                  nullptr);
-  return x;
-}
-
-}  // namespace
-
-TEST(QvMCastColor, RegistrationByKind) {
+TEST(QvMCastColor, RegistrationAndRemovalByKind) {
   NoFailures guard;
   CastProbe cast;
   QvACycle cycle;
@@ -29,81 +15,64 @@ TEST(QvMCastColor, RegistrationByKind) {
   QvASwitch sw;
   QvAFade fade;
   EXPECT_EQ(cast.RegAColor(S(-1), &fade, 3, 100, Txt("fade"), nullptr), 0);
-  EXPECT_EQ(cast.Start(S(0)), 100);
-  EXPECT_EQ(cast.End(S(0)), 129);
   ASSERT_NE(dynamic_cast<QvAFade*>(cast.AFade(S(0))), nullptr);
   EXPECT_NE(cast.AFade(S(0)), &fade);
   EXPECT_EQ(NameOf(cast, S(0)), "fade");
-  EXPECT_EQ(cast.ActFlag(S(0)), 0x008u);
   cast.RegAColor(S(0), &cycle, 0, 500, nullptr, nullptr);
   cast.RegAColor(S(0), &flash, 1, 500, nullptr, nullptr);
   cast.RegAColor(S(0), &sw, 2, 500, nullptr, nullptr);
-  EXPECT_EQ(cast.Start(S(0)), 100);  // later registrations keep the range
-  EXPECT_EQ(cast.End(S(0)), 129);
+  EXPECT_EQ((Vals{cast.Start(S(0)), cast.End(S(0)), cast.ActFlag(S(0))}), (Vals{100, 129, 0x00F}));
   EXPECT_NE(dynamic_cast<QvACycle*>(cast.ACycle(S(0))), nullptr);
   EXPECT_NE(dynamic_cast<QvAFlash*>(cast.AFlash(S(0))), nullptr);
   EXPECT_NE(dynamic_cast<QvASwitch*>(cast.ASwitch(S(0))), nullptr);
-  EXPECT_EQ(cast.ActFlag(S(0)), 0x00Fu);
   // Kind 1 again replaces only the flash copy.
   QvAColor* cycleCopy = cast.ACycle(S(0));
   QvAColor* fadeCopy = cast.AFade(S(0));
   flash2.SetSpeed(S(12));
   cast.RegAColor(S(0), &flash2, 1, 0, nullptr, nullptr);
-  EXPECT_EQ(cast.ACycle(S(0)), cycleCopy);
-  EXPECT_EQ(cast.AFade(S(0)), fadeCopy);
+  EXPECT_TRUE(cast.ACycle(S(0)) == cycleCopy && cast.AFade(S(0)) == fadeCopy);
   EXPECT_EQ(cast.AFlash(S(0))->Speed(), 12);
 
-  // An animation of another kind than the one named gives no copy, no range.
+  // An animation of another kind than the one named gives no copy and no
+  // range; unknown kinds touch nothing and create no member.
   cast.New(nullptr);
-  EXPECT_EQ(cast.RegAColor(S(1), &fade, 2, 0, Txt("n"), nullptr), 1);
-  EXPECT_EQ(cast.IsAColor(S(1)), 0);
-  EXPECT_EQ(cast.Start(S(1)), -1);
-  // Unknown kinds touch nothing and create no member.
+  EXPECT_EQ((Vals{cast.RegAColor(S(1), &fade, 2, 0, Txt("n"), nullptr), cast.IsAColor(S(1)),
+                  cast.Start(S(1))}),
+            (Vals{1, 0, -1}));
   cast.SetActFlag(S(0), 0x008u);
   cast.SetName(S(0), Txt("kept"));
-  for (char kind : {4, -1, 100}) {
-    EXPECT_EQ(cast.RegAColor(S(0), &fade, kind, 7, nullptr, &fade), 0);
-    EXPECT_EQ(cast.DelAColor(S(0), kind), 1);
-  }
-  EXPECT_EQ(cast.RegAColor(S(-1), &fade, 4, 0, nullptr, nullptr), -1);
-  EXPECT_EQ(cast.Count(), 2);
-  EXPECT_EQ(cast.AFade(S(0)), fadeCopy);
+  for (char kind : {4, -1, 100})
+    EXPECT_EQ(
+        (Vals{cast.RegAColor(S(0), &fade, kind, 7, nullptr, &fade), cast.DelAColor(S(0), kind)}),
+        (Vals{0, 1}));
+  EXPECT_EQ((Vals{cast.RegAColor(S(-1), &fade, 4, 0, nullptr, nullptr), cast.Count(),
+                  cast.AFade(S(0)) == fadeCopy, cast.Rec(S(0))->actFlag, ListSize(fade)}),
+            (Vals{-1, 2, 1, 0x008, 0}));
   EXPECT_EQ(NameOf(cast, S(0)), "kept");
-  EXPECT_EQ(cast.Rec(S(0))->actFlag, 0x008u);
-  EXPECT_EQ(ListSize(fade), 0);
-}
 
-TEST(QvMCastColor, RemovalAndNullAnimations) {
-  NoFailures guard;
-  CastProbe cast;
+  // IsAColor and DelAColor on a member with a frame animation.
   auto anim = MakeAnim({3});
   tbColorTable table = GreyTable();
-  QvAFlash flash;
-  cast.RegAFrame(S(-1), anim.get(), 0, nullptr, nullptr);
-  cast.RegOrgCTable(S(0), &table, nullptr, nullptr);
-  EXPECT_EQ(cast.IsAColor(S(0)), 0);
-  cast.RegAColor(S(0), &flash, 1, 0, nullptr, &flash);
-  EXPECT_EQ(cast.IsAColor(S(0)), 1);
-  EXPECT_EQ(ListSize(flash), 1);
-  cast.SetActFlag(S(0), 0xFFFFFFFFu);
-  EXPECT_EQ(cast.DelAColor(S(0), 1), 1);
-  EXPECT_EQ(cast.IsAColor(S(0)), 0);
-  EXPECT_EQ(ListSize(flash), 0);
-  EXPECT_EQ(cast.Rec(S(0))->lists[1], nullptr);
-  EXPECT_EQ(cast.Rec(S(0))->actFlag, 0x010u);
+  cast.RegAFrame(S(1), anim.get(), 0, nullptr, nullptr);
+  cast.RegOrgCTable(S(1), &table, nullptr, nullptr);
+  EXPECT_EQ(cast.IsAColor(S(1)), 0);
+  cast.RegAColor(S(1), &flash, 1, 0, nullptr, &flash);
+  cast.SetActFlag(S(1), 0xFFFFFFFFu);
+  EXPECT_EQ((Vals{cast.IsAColor(S(1)), ListSize(flash), cast.DelAColor(S(1), 1),
+                  cast.IsAColor(S(1)), ListSize(flash), cast.Rec(S(1))->actFlag}),
+            (Vals{1, 1, 1, 0, 0, 0x010}));
+  EXPECT_EQ(cast.Rec(S(1))->lists[1], nullptr);
   // Removing a kind that is not there still trims the flags and the icon.
-  ASSERT_NE(cast.Icon(S(0), S(8), S(8)), nullptr);
-  cast.Rec(S(0))->actFlag = 0x3FFu;
-  EXPECT_EQ(cast.DelAColor(S(0), 2), 1);
-  EXPECT_EQ(cast.Rec(S(0))->actFlag, 0x010u);
-  EXPECT_EQ(cast.Rec(S(0))->icon.Pic(), nullptr);
+  ASSERT_NE(cast.Icon(S(1), S(8), S(8)), nullptr);
+  cast.Rec(S(1))->actFlag = 0x3FFu;
+  EXPECT_EQ((Vals{cast.DelAColor(S(1), 2), cast.Rec(S(1))->actFlag}), (Vals{1, 0x010}));
+  EXPECT_EQ(cast.Rec(S(1))->icon.Pic(), nullptr);
   // A null animation removes the copy, keeps the flags, records the list.
-  cast.RegAColor(S(0), &flash, 1, 0, nullptr, nullptr);
-  cast.SetActFlag(S(0), 0x002u);
-  EXPECT_EQ(cast.RegAColor(S(0), nullptr, 1, 0, nullptr, &flash), 0);
-  EXPECT_EQ(cast.AFlash(S(0)), nullptr);
-  EXPECT_EQ(cast.Rec(S(0))->actFlag, 0x002u);
-  EXPECT_EQ(ListSize(flash), 1);
+  cast.RegAColor(S(1), &flash, 1, 0, nullptr, nullptr);
+  cast.SetActFlag(S(1), 0x002u);
+  EXPECT_EQ((Vals{cast.RegAColor(S(1), nullptr, 1, 0, nullptr, &flash),
+                  cast.AFlash(S(1)) == nullptr, cast.Rec(S(1))->actFlag, ListSize(flash)}),
+            (Vals{1, 1, 0x002, 1}));
 }
 
 TEST(QvMCastColor, FailedCopyLeavesTheKindEmpty) {
@@ -112,16 +81,14 @@ TEST(QvMCastColor, FailedCopyLeavesTheKindEmpty) {
   QvAFade fade;
   cast.New(nullptr);
   EXPECT_EQ(FailAt(1, [&] { return cast.RegAColor(S(0), &fade, 3, 5, nullptr, &fade); }), 0);
-  EXPECT_EQ(cast.AFade(S(0)), nullptr);
-  EXPECT_EQ(cast.Start(S(0)), -1);
-  EXPECT_EQ(ListSize(fade), 1);
-  for (int k = 2; k <= 6; ++k) {
+  EXPECT_EQ((Vals{cast.AFade(S(0)) == nullptr, cast.Start(S(0)), ListSize(fade)}),
+            (Vals{1, -1, 1}));
+  for (int k = 2; k <= 6; ++k)
     EXPECT_EQ(FailAt(k, [&] { return cast.RegAColor(S(0), &fade, 3, 5, nullptr, &fade); }), 0);
-  }
   EXPECT_EQ(FailAt(1, [&] { return cast.RegAColor(S(-1), &fade, 3, 5, nullptr, &fade); }), -1);
 }
 
-TEST(QvMCastColor, ChangesReachTheCopiesThroughUpdateMCast) {
+TEST(QvMCastColor, ChangesReachTheCopies) {
   NoFailures guard;
   CastProbe cast, other;
   auto fade = MakeFade();
@@ -129,60 +96,56 @@ TEST(QvMCastColor, ChangesReachTheCopiesThroughUpdateMCast) {
   cast.RegAColor(S(-1), fade.get(), 3, 0, Txt("a"), fade.get());
   cast.RegAColor(S(-1), fade.get(), 3, 0, nullptr, fade.get());
   fade->SetSpeed(S(15));  // does not pass itself on
-  EXPECT_EQ(cast.AFade(S(0))->Speed(), 30);
-  EXPECT_EQ(cast.AFade(S(1))->Speed(), 30);
+  EXPECT_EQ((Vals{cast.AFade(S(0))->Speed(), cast.AFade(S(1))->Speed()}), (Vals{30, 30}));
   fade->UpdateMCast();
-  EXPECT_EQ(cast.AFade(S(0))->Speed(), 15);
-  EXPECT_EQ(cast.AFade(S(1))->Speed(), 15);
-  EXPECT_EQ(ListSize(*fade), 2);
+  EXPECT_EQ((Vals{cast.AFade(S(0))->Speed(), cast.AFade(S(1))->Speed(), ListSize(*fade)}),
+            (Vals{15, 15, 2}));
   // SetCount passes itself on, to members of every store; names and ranges stay.
   other.RegAColor(S(-1), fade.get(), 3, 0, nullptr, fade.get());
   fade->SetCount(S(10));
-  EXPECT_EQ(cast.AFade(S(0))->Count(), 10);
-  EXPECT_EQ(cast.AFade(S(1))->Count(), 10);
-  EXPECT_EQ(other.AFade(S(0))->Count(), 10);
-  EXPECT_EQ(cast.End(S(0)), 29);
-  EXPECT_EQ(NameOf(cast, S(0)), "a");
-  EXPECT_EQ(NameOf(cast, S(1)), "<none>");
+  EXPECT_EQ((Vals{cast.AFade(S(0))->Count(), cast.AFade(S(1))->Count(), other.AFade(S(0))->Count(),
+                  cast.End(S(0))}),
+            (Vals{10, 10, 10, 29}));
+  EXPECT_EQ(NameOf(cast, S(0)) + NameOf(cast, S(1)), "a<none>");
   other.Del(S(0));
   EXPECT_EQ(ListSize(*fade), 2);
-
   // DelFromMCast detaches the members; they keep their last copies.
   fade->DelFromMCast();
   QvMCast* c = nullptr;
   std::int16_t id = 0;
   EXPECT_EQ(fade->Get(S(0), &c, &id), 0);
   fade->SetCount(S(20));
-  for (int i = 0; i < 2; ++i) {
-    EXPECT_EQ(cast.AFade(S(i))->Count(), 10);
-    EXPECT_EQ(cast.Rec(S(i))->lists[3], nullptr);
-  }
+  for (int i = 0; i < 2; ++i)
+    EXPECT_EQ((Vals{cast.AFade(S(i))->Count(), cast.Rec(S(i))->lists[3] == nullptr}),
+              (Vals{10, 1}));
   EXPECT_EQ(NameOf(cast, S(0)), "a");
-}
 
-TEST(QvMCastColor, FrameChangesAndTheirBatching) {
-  NoFailures guard;
-  CastProbe cast;
+  // Frame animations: Activate and Deactivate do not pass themselves on,
+  // SetPos does, and locks batch the changes into one pass.
   auto anim = MakeAnim({2, 2});
-  anim->UpdateMCast();
-  cast.RegAFrame(S(-1), anim.get(), 0, Txt("named"), anim.get());
-  cast.RegAFrame(S(-1), anim.get(), 0, nullptr, anim.get());
+  cast.RegAFrame(S(0), anim.get(), 0, Txt("named"), anim.get());
+  cast.RegAFrame(S(1), anim.get(), 0, nullptr, anim.get());
   QvAFrame* before = cast.AFrame(S(0));
+  std::int16_t x0 = -1, x1 = -1;
+  auto posX = [&] {
+    cast.AFrame(S(0))->GetAFrame(S(0), &x0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                 nullptr, nullptr, nullptr);
+    cast.AFrame(S(1))->GetAFrame(S(0), &x1, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                 nullptr, nullptr, nullptr);
+    return Vals{x0, x1};
+  };
   anim->Deactivate(S(0));
   anim->Activate(S(1));
-  EXPECT_EQ(cast.AFrame(S(0)), before);
-  EXPECT_EQ(cast.AFrame(S(0))->IsActive(S(1)), 0);
+  EXPECT_EQ((Vals{cast.AFrame(S(0)) == before, cast.AFrame(S(0))->IsActive(S(1))}), (Vals{1, 0}));
   anim->LockUpdateMCast();
   anim->LockUpdateMCast();
   anim->SetPos(S(0), S(7), S(0));
   anim->UnlockUpdateMCast();
-  EXPECT_EQ(FramePosX(cast.AFrame(S(0))), 0);
+  EXPECT_EQ(posX(), (Vals{0, 0}));
   anim->UnlockUpdateMCast();
-  EXPECT_EQ(FramePosX(cast.AFrame(S(0))), 7);
-  EXPECT_EQ(FramePosX(cast.AFrame(S(1))), 7);
+  EXPECT_EQ(posX(), (Vals{7, 7}));
   EXPECT_EQ(cast.AFrame(S(0))->IsActive(S(1)), 1);
-  EXPECT_EQ(NameOf(cast, S(0)), "named");
-  EXPECT_EQ(NameOf(cast, S(1)), "<none>");
+  EXPECT_EQ(NameOf(cast, S(0)) + NameOf(cast, S(1)), "named<none>");
   QvAFrame* current = cast.AFrame(S(0));
   anim->UnlockUpdateMCast();  // unmatched: does nothing
   EXPECT_EQ(cast.AFrame(S(0)), current);
@@ -204,13 +167,11 @@ TEST(QvMCastColor, DestroyedAnimationsLeaveTheirMembersDrawing) {
   Screen screen(16, 16, 0xEE);
   tbRect area(0, 0, 16, 16);
   for (int i = 0; i < 2; ++i) {
-    EXPECT_EQ(cast.Rec(S(i))->lists[3], nullptr);
-    EXPECT_EQ(cast.Rec(S(i))->lists[4], nullptr);
-    EXPECT_EQ(cast.DrawPicture(S(i), 1, &screen.pixMap, &area), 1);
-    EXPECT_EQ(screen.At(8, 8), FramePixel(0, 2, 1));
+    EXPECT_TRUE(cast.Rec(S(i))->lists[3] == nullptr && cast.Rec(S(i))->lists[4] == nullptr);
+    EXPECT_EQ((Vals{cast.DrawPicture(S(i), 1, &screen.pixMap, &area), screen.At(8, 8)}),
+              (Vals{1, FramePixel(0, 2, 1)}));
   }
-  EXPECT_EQ(cast.DelAColor(S(0), 3), 1);  // touches no list
-  EXPECT_EQ(cast.DelAFrame(S(1)), 1);
+  EXPECT_EQ((Vals{cast.DelAColor(S(0), 3), cast.DelAFrame(S(1))}), (Vals{1, 1}));  // no list
 }
 
 // Stores, backups, members and animations destroyed in every order: no list
@@ -220,8 +181,7 @@ TEST(QvMCastColor, DestructionInEveryOrder) {
   for (int order = 0; order < 7; ++order) {
     SCOPED_TRACE(order);
     QvMCastList dftList;
-    auto cast = std::make_unique<CastProbe>();
-    auto backup = std::make_unique<CastProbe>();
+    auto cast = std::make_unique<CastProbe>(), backup = std::make_unique<CastProbe>();
     auto anim = MakeAnim({3});
     auto fade = MakeFade();
     auto cycle = std::make_unique<QvACycle>();
@@ -235,12 +195,15 @@ TEST(QvMCastColor, DestructionInEveryOrder) {
     cast->RegAFrame(S(-1), anim.get(), 0, nullptr, anim.get());
     ASSERT_EQ(cast->Backup(S(0), backup.get()), 1);
     EXPECT_EQ(ListSize(*anim), 3);
+    auto none = [&] {
+      return ListSize(*anim) + ListSize(*fade) + ListSize(*cycle) + ListSize(dftList) == 0;
+    };
     switch (order) {
       case 0:  // members, then animations, then stores
         cast->Del(S(0));
         cast->Del(S(1));
         backup->DelAll();
-        EXPECT_EQ(ListSize(*anim) + ListSize(*fade) + ListSize(*cycle) + ListSize(dftList), 0);
+        EXPECT_TRUE(none());
         anim.reset();
         fade.reset();
         break;
@@ -255,7 +218,7 @@ TEST(QvMCastColor, DestructionInEveryOrder) {
         anim->SetInterval(S(0), S(5));
         EXPECT_EQ(backup->AFrame(S(0))->CountMFrame(), 5);
         backup.reset();
-        EXPECT_EQ(ListSize(*anim) + ListSize(*fade) + ListSize(*cycle) + ListSize(dftList), 0);
+        EXPECT_TRUE(none());
         fade->SetCount(S(4));
         cycle->SetMode(2);
         break;
@@ -268,18 +231,16 @@ TEST(QvMCastColor, DestructionInEveryOrder) {
       case 4:  // one animation, one store, the other animation
         fade.reset();
         cast.reset();
-        anim->UpdateMCast();
         break;
       case 5:  // emptying keeps the member but leaves every list
         cast->Empty(S(0));
         backup->Empty(S(0));
-        EXPECT_EQ(ListSize(*fade), 0);
-        EXPECT_EQ(ListSize(*anim), 1);
+        EXPECT_EQ((Vals{ListSize(*fade), ListSize(*anim)}), (Vals{0, 1}));
         break;
       default:  // both stores first
         cast.reset();
         backup.reset();
-        EXPECT_EQ(ListSize(*anim) + ListSize(*fade) + ListSize(*cycle) + ListSize(dftList), 0);
+        EXPECT_TRUE(none());
         break;
     }
     if (anim) anim->UpdateMCast();
