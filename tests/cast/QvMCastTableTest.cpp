@@ -38,36 +38,6 @@ TEST(QvMCastTable, IdsCreationAndDeletion) {
   EXPECT_EQ(NameOf(cast, S(0)), "again");
 }
 
-TEST(QvMCastTable, CreationValuesEmptyLoadAndSave) {
-  NoFailures guard;
-  CastProbe cast;
-  cast.New(Txt("a"));
-  cast.New(Txt("b"));
-  QvMCastInfo* r = cast.Rec(S(0));
-  EXPECT_EQ((Vals{r->actFlag, r->showFlag, r->scroll, r->ancStep, r->ancType, r->ancSelStart,
-                  r->ancSelEnd, r->scrStepH, r->scrStepV, r->start, r->end}),
-            (Vals{0, 0, 0, 5.0, 3, -1, -1, 5.0, 5.0, -1, -1}));
-  EXPECT_EQ(r->icon.Pic(), nullptr);
-  for (QvMCastList* l : r->lists) EXPECT_EQ(l, nullptr);
-
-  cast.SetStartEnd(S(0), 10, 19);
-  cast.RegScroll(S(0), 2, Txt("a"));
-  cast.SetActFlag(S(0), 0xFFFFFFFFu);
-  cast.SetShowFlag(S(0), 0xFFFFFFFFu);
-  EXPECT_EQ(cast.Empty(S(0)), 1);
-  EXPECT_EQ(cast.Ids(), Ids({0, 1}));
-  EXPECT_EQ(r->name, nullptr);
-  // Removing the Dft entries sets the clamp type; range and steps stay.
-  EXPECT_EQ((Vals{r->actFlag, r->showFlag, r->scroll, r->start, r->end, r->scrStepH, r->ancType}),
-            (Vals{0, 0, 0, 10, 19, 0.5, 1}));
-
-  char path[] = "movie.cast";
-  EXPECT_EQ(cast.Load(3) | cast.Load(path) | cast.Save(3) | cast.Save(3, S(0)) |
-                cast.Save(path, 0u, 0u) | cast.SaveEnd(3) | cast.SaveTerm(3),
-            0);
-  EXPECT_EQ(cast.Count(), 2);
-}
-
 TEST(QvMCastTable, LockActsOnTheLockedMember) {
   NoFailures guard;
   CastProbe cast;
@@ -99,7 +69,7 @@ TEST(QvMCastTable, LockActsOnTheLockedMember) {
   EXPECT_EQ((Vals{cast.LockFlag(), cast.New(nullptr), cast.Start(S(0))}), (Vals{0, 0, -1}));
 }
 
-TEST(QvMCastTable, Names) {
+TEST(QvMCastTable, NamesAndAllocationFailures) {
   NoFailures guard;
   CastProbe cast;
   cast.New(Txt("first"));
@@ -111,14 +81,28 @@ TEST(QvMCastTable, Names) {
     EXPECT_EQ((Vals{cast.GetName(id, &h), h == nullptr}), (Vals{id == 0, 1}));
   }
   unsigned char** h = nullptr;
-  EXPECT_EQ(cast.GetName(S(1), nullptr), 0);
-  ASSERT_EQ(cast.GetName(S(1), &h), 1);
+  EXPECT_EQ((Vals{cast.GetName(S(1), nullptr), cast.GetName(S(1), &h)}), (Vals{0, 1}));
   EXPECT_NE(h, cast.Rec(S(1))->name);  // a copy the caller owns
   QvFreeString(h);
   EXPECT_EQ((Vals{FailAt(1, [&] { return cast.GetName(S(1), &h); }), h == nullptr}), (Vals{0, 1}));
   // A name may be set from the member's own text.
   EXPECT_EQ(cast.SetName(S(1), *cast.Rec(S(1))->name), 1);
   EXPECT_EQ(NameOf(cast, S(1)), "second");
+
+  // A failed New keeps the counter; a failed New(id) still deleted that id; a
+  // name that cannot be copied leaves the member without one.
+  EXPECT_EQ(FailAt(1, [&] { return cast.New(Txt("x")); }), -1);
+  EXPECT_EQ((Vals{cast.GetNewID(), cast.Count()}), (Vals{2, 2}));
+  EXPECT_EQ(FailAt(1, [&] { return cast.New(S(1), Txt("y")); }), 0);
+  EXPECT_EQ(FailAt(1, [&] { return cast.New(S(0), Txt("y")); }), 0);
+  EXPECT_EQ((Vals{cast.GetNewID(), cast.Count()}), (Vals{0, 0}));
+  EXPECT_EQ(FailAt(2, [&] { return cast.New(Txt("z")); }), 0);
+  EXPECT_EQ(NameOf(cast, S(0)), "<none>");
+  for (int k = 1; k <= 4; ++k) {
+    CastProbe c;
+    const int id = FailAt(k, [&] { return c.New(Txt("member")); });
+    EXPECT_EQ(c.Count(), id == -1 ? 0 : 1) << k;
+  }
 }
 
 TEST(QvMCastTable, FlagsStayInsideTheAttachmentMask) {
@@ -128,32 +112,31 @@ TEST(QvMCastTable, FlagsStayInsideTheAttachmentMask) {
   std::uint32_t act = 0, show = 0;
   ASSERT_EQ(cast.RegAFrame(S(-1), anim.get(), 0, nullptr, nullptr), 0);
   cast.RegScroll(S(0), 1, nullptr);
-  EXPECT_EQ((Vals{cast.SetActFlag(S(0), 0xFFFFFFFFu), cast.SetShowFlag(S(0), 0x010u)}),
-            (Vals{1, 1}));
-  EXPECT_EQ((Vals{cast.ActFlag(S(0)), cast.GetActFlag(S(0), &act), act}), (Vals{0x050, 1, 0x050}));
+  EXPECT_EQ((Vals{cast.SetActFlag(S(0), 0xFFFFFFFFu), cast.SetShowFlag(S(0), 0x010u),
+                  cast.ActFlag(S(0)), cast.GetActFlag(S(0), &act), act}),
+            (Vals{1, 1, 0x050, 1, 0x050}));
   EXPECT_EQ(cast.DelAFrame(S(0)), 1);
-  cast.GetActFlag(S(0), &act);
   cast.GetShowFlag(S(0), &show);
-  EXPECT_EQ((Vals{act, show}), (Vals{0x040, 0}));
+  EXPECT_EQ((Vals{cast.GetActFlag(S(0), &act), act, show}), (Vals{1, 0x040, 0}));
   // Registration never sets a flag, and a reset only trims.
   cast.RegScroll(S(0), 8, nullptr);
   EXPECT_EQ((Vals{cast.ResetActFlag(S(0)), cast.GetActFlag(S(0), &act), act,
                   cast.GetActFlag(S(0), nullptr)}),
             (Vals{1, 1, 0x040, 0}));
-
-  // Anchors and Dft entries share a bit; each scroll direction has its own.
+  // Anchors have bit 0x020; emptying keeps the range and steps but clears
+  // the flags and name, and sets the clamp type.
   QvMCastAnc anc[2];
-  QvMCastDft dft[1];
-  cast.RegAnc(S(-1), anc, S(2), 0, nullptr);
-  const std::uint32_t withAnc = cast.ActFlag(S(1));
-  cast.DelAnc(S(1));
-  cast.RegDft(S(1), S(0), dft, S(1), 0, nullptr, nullptr);
-  const std::uint32_t withDft = cast.ActFlag(S(1));
-  cast.RegScroll(S(1), 2 | 8, nullptr);
-  const std::uint32_t rightDown = cast.ActFlag(S(1));
-  cast.RegScroll(S(1), 1 | 4, nullptr);
-  EXPECT_EQ((Vals{withAnc, withDft, rightDown, cast.ActFlag(S(1))}),
-            (Vals{0x020, 0x020, 0x2A0, 0x160}));
+  cast.RegAnc(S(0), anc, S(2), 0, Txt("n"));
+  cast.SetStartEnd(S(0), 10, 12);
+  cast.SetShowFlag(S(0), 0xFFFFFFFFu);
+  QvMCastInfo* r = cast.Rec(S(0));
+  EXPECT_EQ((Vals{r->showFlag, cast.Empty(S(0)), r->showFlag, r->actFlag, r->name == nullptr,
+                  r->start, r->end, r->scrStepH, r->ancType}),
+            (Vals{0x260, 1, 0, 0, 1, 10, 12, 5.0, 1}));
+  char path[] = "movie.cast";  // nothing is loaded or saved
+  EXPECT_EQ(cast.Load(3) | cast.Load(path) | cast.Save(3) | cast.Save(3, S(0)) |
+                cast.Save(path, 0u, 0u) | cast.SaveEnd(3) | cast.SaveTerm(3),
+            0);
 }
 
 TEST(QvMCastTable, TimeRangesAndStepScaling) {
@@ -194,25 +177,6 @@ TEST(QvMCastTable, TimeRangesAndStepScaling) {
   cast.SetStartEnd(S(2), -2147483647 - 1, 2147483647);
   cast.SetStartEnd(S(2), 2147483647, -2147483647 - 1);
   EXPECT_EQ(cast.Start(S(2)), 2147483647);
-}
-
-TEST(QvMCastTable, AllocationFailuresInNew) {
-  NoFailures guard;
-  CastProbe cast;
-  cast.New(Txt("keep"));
-  EXPECT_EQ(FailAt(1, [&] { return cast.New(Txt("x")); }), -1);
-  EXPECT_EQ((Vals{cast.GetNewID(), cast.Count()}), (Vals{1, 1}));
-  // The deletion of a member with the same id stands.
-  EXPECT_EQ(FailAt(1, [&] { return cast.New(S(0), Txt("y")); }), 0);
-  EXPECT_EQ((Vals{cast.GetNewID(), cast.Count()}), (Vals{0, 0}));
-  // A name that cannot be copied leaves the member without a name.
-  EXPECT_EQ(FailAt(2, [&] { return cast.New(Txt("z")); }), 0);
-  EXPECT_EQ(NameOf(cast, S(0)), "<none>");
-  for (int k = 1; k <= 4; ++k) {
-    CastProbe c;
-    const std::int16_t id = FailAt(k, [&] { return c.New(Txt("member")); });
-    EXPECT_EQ(c.Count(), id == -1 ? 0 : 1) << k;
-  }
 }
 
 // Every by-id operation fails for an absent id, and for any id while the store
