@@ -94,6 +94,12 @@ class CastProbe : public QvMCast {
   }
 };
 
+// The usual test: fault injection off and one store to work on.
+struct CastTest : testing::Test {
+  NoFailures guard;
+  CastProbe cast;
+};
+
 // Pixel (x, y) of frame f of the test animations: 10 11 12 13 / 20 21 22 23, plus 100 f.
 inline unsigned char FramePixel(int f, int x, int y) {
   return static_cast<unsigned char>(10 * (y + 1) + x + 100 * f);

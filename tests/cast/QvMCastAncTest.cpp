@@ -5,6 +5,7 @@
 #include "tests/cast/CastTestSupport.h"
 
 using namespace casttest;
+using QvMCastAnchors = CastTest;
 
 namespace {
 
@@ -60,9 +61,7 @@ void SetUpSpan(CastProbe& cast) {
 
 }  // namespace
 
-TEST(QvMCastAnc, RegistrationAndMembersWithoutAPath) {
-  NoFailures guard;
-  CastProbe cast;
+TEST_F(QvMCastAnchors, RegistrationAndMembersWithoutAPath) {
   cast.New(nullptr);
   QvMCastInfo* r = cast.Rec(S(0));
   std::int16_t n = 0;
@@ -81,7 +80,6 @@ TEST(QvMCastAnc, RegistrationAndMembersWithoutAPath) {
   EXPECT_NE(r->anc, path);
   // Type 0 keeps the type; the span is reset.
   EXPECT_EQ((Vals{r->ancLast, r->ancType, r->ancSelStart, r->ancSelEnd}), (Vals{3, 3, -1, -1}));
-  EXPECT_EQ(NameOf(cast, S(0)), "p");
   EXPECT_EQ((Vals{cast.GetAnc(S(0), S(3), &p, &f), p.x, p.y, f, cast.GetAnc(S(0), S(4), &p, &f),
                   cast.GetAnc(S(0), S(-1), &p, &f)}),
             (Vals{1, 30, 103, 13, 0, 0}));
@@ -103,9 +101,7 @@ TEST(QvMCastAnc, RegistrationAndMembersWithoutAPath) {
             (Vals{1, 1, 0}));
 }
 
-TEST(QvMCastAnc, Folding) {
-  NoFailures guard;
-  CastProbe cast;
+TEST_F(QvMCastAnchors, Folding) {
   AddPath(cast, 10);
   // {type, index in, index out, inside}
   const int cases[][4] = {{1, 12, 9, 0}, {2, 12, 6, 0}, {3, 12, 2, 0}, {1, -3, 0, 0},
@@ -134,9 +130,7 @@ TEST(QvMCastAnc, Folding) {
   }
 }
 
-TEST(QvMCastAnc, OffsetStepCountAndSpan) {
-  NoFailures guard;
-  CastProbe cast;
+TEST_F(QvMCastAnchors, OffsetStepCountAndSpan) {
   AddPath(cast, 10);
   QvMCastInfo* r = cast.Rec(S(0));
   // Offsets wrap; every setting of offset, step or count resets the span.
@@ -176,9 +170,7 @@ TEST(QvMCastAnc, OffsetStepCountAndSpan) {
             (Vals{0, 1, 0}));
 }
 
-TEST(QvMCastAnc, AnchorAtAMomentAndEdits) {
-  NoFailures guard;
-  CastProbe cast;
+TEST_F(QvMCastAnchors, AnchorAtAMomentAndEdits) {
   AddPath(cast, 10, 1);
   cast.SetStartEnd(S(0), 100, 120);
   cast.SetAncStep(S(0), 0.5);
@@ -222,9 +214,7 @@ TEST(QvMCastAnc, AnchorAtAMomentAndEdits) {
             (Vals{1, 0, 2, 0, 0}));
 }
 
-TEST(QvMCastAnc, Resampling) {
-  NoFailures guard;
-  CastProbe cast;
+TEST_F(QvMCastAnchors, Resampling) {
   AddPath(cast, 6, 1);
   cast.SetStartEnd(S(0), 0, 4);
   cast.SetAncStep(S(0), 2.0);
@@ -259,41 +249,40 @@ TEST(QvMCastAnc, Resampling) {
   EXPECT_EQ(cast.Rec(S(3))->ancStep, 2.0);
 }
 
-TEST(QvMCastAnc, InbetweeningThroughTheHook) {
-  NoFailures guard;
-  HookCast cast;
-  SetUpSpan(cast);
-  EXPECT_EQ(cast.InbetweenAnc(S(0), 42), 1);
-  EXPECT_EQ((Vals{cast.calls, cast.gotOutCount, cast.gotMode}), (Vals{1, 5, 42}));
-  EXPECT_EQ(cast.gotIndex, (std::vector<std::int16_t>{2, 4, 6}));
-  EXPECT_EQ(cast.gotKeys, (std::vector<tbPoint>{{20, 0}, {60, 40}, {100, 0}}));
+TEST_F(QvMCastAnchors, InbetweeningThroughTheHook) {
+  HookCast hook;
+  SetUpSpan(hook);
+  EXPECT_EQ(hook.InbetweenAnc(S(0), 42), 1);
+  EXPECT_EQ((Vals{hook.calls, hook.gotOutCount, hook.gotMode}), (Vals{1, 5, 42}));
+  EXPECT_EQ(hook.gotIndex, (std::vector<std::int16_t>{2, 4, 6}));
+  EXPECT_EQ(hook.gotKeys, (std::vector<tbPoint>{{20, 0}, {60, 40}, {100, 0}}));
   // Anchors 3 to 5 take out[1] to out[3]; the ends keep their points.
   const Vals after[] = {{999, 999, 0}, {20, 0, 1},    {1001, 42, 2},
                         {1002, 42, 1}, {1003, 42, 2}, {100, 0, 1}};
-  for (int i = 1; i <= 6; ++i) EXPECT_EQ(AncOf(cast, S(0), i), after[i - 1]) << i;
+  for (int i = 1; i <= 6; ++i) EXPECT_EQ(AncOf(hook, S(0), i), after[i - 1]) << i;
 
   // Other flags stay; the span is clipped to the path.
-  cast.Rec(S(0))->anc[3].flag = 7;
-  cast.SetAncSelectArea(S(0), -5, 100);
-  EXPECT_EQ(cast.InbetweenAnc(S(0), 0), 1);
-  EXPECT_EQ(cast.gotIndex, (std::vector<std::int16_t>{0, 2, 4, 6}));
-  EXPECT_EQ((Vals{cast.gotOutCount, cast.Rec(S(0))->anc[3].flag, cast.Rec(S(0))->anc[0].flag}),
+  hook.Rec(S(0))->anc[3].flag = 7;
+  hook.SetAncSelectArea(S(0), -5, 100);
+  EXPECT_EQ(hook.InbetweenAnc(S(0), 0), 1);
+  EXPECT_EQ(hook.gotIndex, (std::vector<std::int16_t>{0, 2, 4, 6}));
+  EXPECT_EQ((Vals{hook.gotOutCount, hook.Rec(S(0))->anc[3].flag, hook.Rec(S(0))->anc[0].flag}),
             (Vals{7, 7, 1}));
   // A span of one anchor passes it as both keys.
-  cast.SetAncSelectArea(S(0), 3, 3);
-  EXPECT_EQ(cast.InbetweenAnc(S(0), 0), 1);
-  EXPECT_EQ(cast.gotIndex, (std::vector<std::int16_t>{3, 3}));
-  EXPECT_EQ(cast.gotOutCount, 1);
+  hook.SetAncSelectArea(S(0), 3, 3);
+  EXPECT_EQ(hook.InbetweenAnc(S(0), 0), 1);
+  EXPECT_EQ(hook.gotIndex, (std::vector<std::int16_t>{3, 3}));
+  EXPECT_EQ(hook.gotOutCount, 1);
 
   // The span must lie in the path; right after SetAncStep it is reset.
-  const int calls = cast.calls;
-  cast.SetAncStep(S(0), 1.0);
-  EXPECT_EQ(cast.InbetweenAnc(S(0), 0), 0);
+  const int calls = hook.calls;
+  hook.SetAncStep(S(0), 1.0);
+  EXPECT_EQ(hook.InbetweenAnc(S(0), 0), 0);
   for (auto s : {std::pair<int, int>{7, 9}, {-4, -1}, {3, 65536 + 1}}) {
-    cast.SetAncSelectArea(S(0), s.first, s.second);
-    EXPECT_EQ(cast.InbetweenAnc(S(0), 0), 0) << s.first;
+    hook.SetAncSelectArea(S(0), s.first, s.second);
+    EXPECT_EQ(hook.InbetweenAnc(S(0), 0), 0) << s.first;
   }
-  EXPECT_EQ(cast.calls, calls);
+  EXPECT_EQ(hook.calls, calls);
   for (int k = 2; k <= 4; ++k) {  // allocation 1 is the re-sampled path
     HookCast failing;
     SetUpSpan(failing);

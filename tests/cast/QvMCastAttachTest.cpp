@@ -4,10 +4,9 @@
 #include "toolbox/tbGWorld.h"
 
 using namespace casttest;
+using QvMCastAttach = CastTest;
 
-TEST(QvMCastAttach, RegAFrameCopiesTheAnimationAndSetsTheFirstRange) {
-  NoFailures guard;
-  CastProbe cast;
+TEST_F(QvMCastAttach, RegAFrameCopiesTheAnimationAndSetsTheFirstRange) {
   auto anim = MakeAnim({4, 4, 4});
   auto longer = MakeAnim({30});
   EXPECT_EQ(cast.RegAFrame(S(-1), anim.get(), 100, Txt("walker"), nullptr), 0);
@@ -27,9 +26,7 @@ TEST(QvMCastAttach, RegAFrameCopiesTheAnimationAndSetsTheFirstRange) {
   EXPECT_EQ(NameOf(cast, S(0)), "<none>");
 }
 
-TEST(QvMCastAttach, FrameListBackReferences) {
-  NoFailures guard;
-  CastProbe cast;
+TEST_F(QvMCastAttach, FrameListBackReferences) {
   auto a = MakeAnim({2});
   auto b = MakeAnim({3});
   EXPECT_EQ((Vals{cast.RegAFrame(S(-1), a.get(), 0, nullptr, a.get()),
@@ -56,9 +53,7 @@ TEST(QvMCastAttach, FrameListBackReferences) {
   EXPECT_EQ(cast.AFrame(S(0))->CountMFrame(), 6);
 }
 
-TEST(QvMCastAttach, AllocationFailures) {
-  NoFailures guard;
-  CastProbe cast;
+TEST_F(QvMCastAttach, AllocationFailures) {
   auto anim = MakeAnim({4});
   cast.New(nullptr);
   // A failed frame copy: no animation, no range, but the list is recorded.
@@ -85,9 +80,7 @@ TEST(QvMCastAttach, AllocationFailures) {
   EXPECT_EQ(cast.Count(), 1);
 }
 
-TEST(QvMCastAttach, OwnColourTableFillIndexAndWorld) {
-  NoFailures guard;
-  CastProbe cast;
+TEST_F(QvMCastAttach, OwnColourTableFillIndexAndWorld) {
   tbColorTable table = GreyTable();
   ASSERT_EQ(cast.RegOrgCTable(S(-1), &table, nullptr, Txt("t")), 0);
   QvMCastInfo* r = cast.Rec(S(0));
@@ -122,9 +115,7 @@ TEST(QvMCastAttach, OwnColourTableFillIndexAndWorld) {
   EXPECT_EQ(r->orgGWorld, nullptr);
 }
 
-TEST(QvMCastAttach, DftEntries) {
-  NoFailures guard;
-  CastProbe cast;
+TEST_F(QvMCastAttach, DftEntries) {
   QvMCastList list;
   QvMCastDft entries[3];
   for (int i = 0; i < 3; ++i) {
@@ -167,9 +158,7 @@ TEST(QvMCastAttach, DftEntries) {
   }
 }
 
-TEST(QvMCastAttach, ScrollDirections) {
-  NoFailures guard;
-  CastProbe cast;
+TEST_F(QvMCastAttach, ScrollDirections) {
   cast.New(nullptr);
   // {RegScroll (1) or DelScroll (0), directions, resulting bits}
   const int steps[][3] = {{1, 1, 1}, {1, 2, 2}, {1, 4, 6},   {0, 4, 2},  {1, 8, 10}, {1, 4, 6},
@@ -186,9 +175,7 @@ TEST(QvMCastAttach, ScrollDirections) {
   }
 }
 
-TEST(QvMCastAttach, ScrollOffsetsAndCounts) {
-  NoFailures guard;
-  CastProbe cast;
+TEST_F(QvMCastAttach, ScrollOffsetsAndCounts) {
   cast.New(nullptr);
   cast.SetStartEnd(S(0), 10, 40);
   cast.SetScrStepH(S(0), 2.5);

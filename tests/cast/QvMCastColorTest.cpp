@@ -6,10 +6,9 @@
 #include "tests/cast/CastTestSupport.h"
 
 using namespace casttest;
+using QvMCastColor = CastTest;
 
-TEST(QvMCastColor, RegistrationAndRemovalByKind) {
-  NoFailures guard;
-  CastProbe cast;
+TEST_F(QvMCastColor, RegistrationAndRemovalByKind) {
   QvACycle cycle;
   QvAFlash flash, flash2;
   QvASwitch sw;
@@ -72,9 +71,7 @@ TEST(QvMCastColor, RegistrationAndRemovalByKind) {
             (Vals{1, 1, 0x002, 1}));
 }
 
-TEST(QvMCastColor, FailedCopyLeavesTheKindEmpty) {
-  NoFailures guard;
-  CastProbe cast;
+TEST_F(QvMCastColor, FailedCopyLeavesTheKindEmpty) {
   QvAFade fade;
   cast.New(nullptr);
   EXPECT_EQ(FailAt(1, [&] { return cast.RegAColor(S(0), &fade, 3, 5, nullptr, &fade); }), 0);
@@ -85,9 +82,7 @@ TEST(QvMCastColor, FailedCopyLeavesTheKindEmpty) {
   EXPECT_EQ(FailAt(1, [&] { return cast.RegAColor(S(-1), &fade, 3, 5, nullptr, &fade); }), -1);
 }
 
-TEST(QvMCastColor, ChangesReachTheCopies) {
-  NoFailures guard;
-  CastProbe cast;
+TEST_F(QvMCastColor, ChangesReachTheCopies) {
   auto fade = MakeFade();
   fade->UpdateMCast();  // no members: nothing happens
   cast.RegAColor(S(-1), fade.get(), 3, 0, Txt("a"), fade.get());
@@ -141,9 +136,7 @@ TEST(QvMCastColor, ChangesReachTheCopies) {
   EXPECT_EQ(cast.AFrame(S(0)), current);
 }
 
-TEST(QvMCastColor, DestroyedAnimationsLeaveTheirMembersDrawing) {
-  NoFailures guard;
-  CastProbe cast;
+TEST_F(QvMCastColor, DestroyedAnimationsLeaveTheirMembersDrawing) {
   tbColorTable table = GreyTable();
   auto anim = MakeAnim({4});
   auto fade = MakeFade();
@@ -165,39 +158,38 @@ TEST(QvMCastColor, DestroyedAnimationsLeaveTheirMembersDrawing) {
 }
 
 // Stores, members and animations destroyed or changed in every order: no list
-// keeps a dangling reference. Steps: c, b destroy the store and its backup;
+// keeps a dangling reference. Steps: s, b destroy the store and its backup;
 // a, f, y the frame, fade and cycle animations; d deletes all members, e
 // empties them; u changes every animation still alive.
-TEST(QvMCastColor, DestructionInEveryOrder) {
-  NoFailures guard;
-  for (std::string order : {"dau", "afyd", "cubu", "bfuau", "fcu", "eu", "cbu"}) {
+TEST_F(QvMCastColor, DestructionInEveryOrder) {
+  for (std::string order : {"dau", "afyd", "subu", "bfuau", "fsu", "eu", "sbu"}) {
     SCOPED_TRACE(order);
     QvMCastList dftList;
-    auto cast = std::make_unique<CastProbe>(), backup = std::make_unique<CastProbe>();
+    auto store = std::make_unique<CastProbe>(), backup = std::make_unique<CastProbe>();
     auto anim = MakeAnim({3});
     auto fade = MakeFade();
     auto cycle = std::make_unique<QvACycle>();
     QvMCastDft dft[1];
-    cast->RegAFrame(S(-1), anim.get(), 0, Txt("m"), anim.get());
-    cast->RegAColor(S(0), fade.get(), 3, 0, Txt("m"), fade.get());
-    cast->RegAColor(S(0), cycle.get(), 0, 0, Txt("m"), cycle.get());
-    cast->RegDft(S(0), S(0), dft, S(1), 0, Txt("m"), &dftList);
-    cast->RegAFrame(S(-1), anim.get(), 0, nullptr, anim.get());
-    ASSERT_EQ((Vals{cast->Backup(S(0), backup.get()), ListSize(*anim)}), (Vals{1, 3}));
+    store->RegAFrame(S(-1), anim.get(), 0, Txt("m"), anim.get());
+    store->RegAColor(S(0), fade.get(), 3, 0, Txt("m"), fade.get());
+    store->RegAColor(S(0), cycle.get(), 0, 0, Txt("m"), cycle.get());
+    store->RegDft(S(0), S(0), dft, S(1), 0, Txt("m"), &dftList);
+    store->RegAFrame(S(-1), anim.get(), 0, nullptr, anim.get());
+    ASSERT_EQ((Vals{store->Backup(S(0), backup.get()), ListSize(*anim)}), (Vals{1, 3}));
     for (char step : order) {
-      if (step == 'c') cast.reset();
+      if (step == 's') store.reset();
       if (step == 'b') backup.reset();
       if (step == 'a') anim.reset();
       if (step == 'f') fade.reset();
       if (step == 'y') cycle.reset();
-      if (step == 'd') cast->DelAll(), backup->DelAll();
-      if (step == 'e') cast->Empty(S(0)), cast->Empty(S(1)), backup->Empty(S(0));
+      if (step == 'd') store->DelAll(), backup->DelAll();
+      if (step == 'e') store->Empty(S(0)), store->Empty(S(1)), backup->Empty(S(0));
       if (step == 'u' && anim) anim->SetInterval(S(0), S(5));
       if (step == 'u' && fade) fade->SetCount(S(4));
       if (step == 'u' && cycle) cycle->SetMode(2);
       QvAFrame* copy = backup && step == 'u' && anim ? backup->AFrame(S(0)) : nullptr;
       EXPECT_EQ(copy ? copy->CountMFrame() : 5, 5);
-      const bool none = (!cast && !backup) || step == 'd' || step == 'e';
+      const bool none = (!store && !backup) || step == 'd' || step == 'e';
       EXPECT_EQ(none ? (anim ? ListSize(*anim) : 0) + (fade ? ListSize(*fade) : 0) +
                            (cycle ? ListSize(*cycle) : 0) + ListSize(dftList)
                      : 0,
