@@ -36,8 +36,7 @@ auto FailAt(int k, F f) -> decltype(f()) {
   return f();
 }
 
-// Several numbers compared at once, read from left to right:
-// EXPECT_EQ((Vals{a, b}), (Vals{1, 2})).
+// Several numbers compared at once: EXPECT_EQ((Vals{a, b}), (Vals{1, 2})).
 struct Vals {
   template <class... T>
   Vals(T... v) : v{static_cast<double>(v)...} {}
@@ -63,36 +62,27 @@ inline std::string NameOf(QvMCast& cast, std::int16_t id) {
   return s;
 }
 
-inline int ListSize(QvMCastList& list) {
-  QvMCast* c = nullptr;
-  std::int16_t id = 0;
-  int n = 0;
-  while (list.Get(S(n), &c, &id)) ++n;
-  return n;
-}
-
-inline bool ListHas(QvMCastList& list, QvMCast* cast, std::int16_t id) {
+// The number of pairs in a list; with cast given, whether (cast, id) is among them.
+inline int ListSize(QvMCastList& list, QvMCast* cast = nullptr, std::int16_t id = 0) {
   QvMCast* c = nullptr;
   std::int16_t i = 0;
-  for (int n = 0; list.Get(S(n), &c, &i); ++n) {
-    if (c == cast && i == id) return true;
-  }
-  return false;
+  int n = 0, found = 0;
+  for (; list.Get(S(n), &c, &i); ++n) found += c == cast && i == id;
+  return cast ? found : n;
 }
 
 // A cast store that lets tests look at its records and private helpers.
 class CastProbe : public QvMCast {
  public:
   QvMCastInfo* Rec(std::int16_t id) {
-    for (QvMCastInfo* p = head; p; p = p->next) {
+    for (QvMCastInfo* p = head; p; p = p->next)
       if (p->id == id) return p;
-    }
     return nullptr;
   }
   QvMCastInfo* CurInfo() { return curInfo; }
   char LockFlag() { return lockFlag; }
   char Fold(std::int16_t id, std::int16_t* k) { return localGetAnc(Rec(id), k); }
-  // The ids in list order; empty when the links disagree either way.
+  // The ids in list order; {-99} when the links disagree either way.
   std::vector<std::int16_t> Ids() {
     std::vector<std::int16_t> ids;
     QvMCastInfo* prev = nullptr;
@@ -104,8 +94,13 @@ class CastProbe : public QvMCast {
   }
 };
 
-// Pixel of frame f at (x, y) in the test animations: 10 11 12 13 / 20 21 22 23,
-// plus 100 per frame.
+// The usual test: fault injection off and one store to work on.
+struct CastTest : testing::Test {
+  NoFailures guard;
+  CastProbe cast;
+};
+
+// Pixel (x, y) of frame f of the test animations: 10 11 12 13 / 20 21 22 23, plus 100 f.
 inline unsigned char FramePixel(int f, int x, int y) {
   return static_cast<unsigned char>(10 * (y + 1) + x + 100 * f);
 }
@@ -118,8 +113,7 @@ inline std::unique_ptr<QvAFrame> MakeAnim(std::initializer_list<int> intervals, 
   int f = 0;
   for (int interval : intervals) {
     EXPECT_EQ(anim->Reg(S(f), S(0), S(0), S(w), S(h), S(ax), S(ay), S(interval)), f);
-    std::vector<unsigned char> image(static_cast<size_t>(w * h));
-    std::vector<unsigned char> mask(static_cast<size_t>(w * h), 255);
+    std::vector<unsigned char> image(static_cast<size_t>(w * h)), mask(image.size(), 255);
     for (int i = 0; i < w * h; ++i) image[static_cast<size_t>(i)] = FramePixel(f, i % w, i / w);
     EXPECT_EQ(anim->SetImage(S(f), image.data(), mask.data(), S(w), S(h), S(-ax), S(-ay)), 1);
     ++f;
@@ -134,13 +128,12 @@ inline QvPal PalRange(int first, int last) {
   return pal;
 }
 
-// A fade of the indices 1 to 3 toward red over count frames.
-inline std::unique_ptr<QvAFade> MakeFade(int count = 30) {
+// A fade of the indices 1 to 3 toward red over 30 frames.
+inline std::unique_ptr<QvAFade> MakeFade() {
   auto fade = std::make_unique<QvAFade>();
   QvPal pal = PalRange(1, 3);
   fade->RegArea(&pal);
   fade->RegColor(tbRGBColor(255, 0, 0));
-  fade->SetCount(S(count));
   return fade;
 }
 
@@ -160,14 +153,13 @@ struct Screen {
   Screen(int w, int h, unsigned char fill = 0)
       : width(w),
         pixels(static_cast<size_t>(w * h), fill),
-        pixMap(pixels.data(), S(w), tbRect(0, 0, w, h)) {}
+        pixMap(pixels.data(), S(w), {0, 0, w, h}) {}
   Screen(const Screen&) = delete;
   Screen& operator=(const Screen&) = delete;
   unsigned char At(int x, int y) const { return pixels[static_cast<size_t>(y * width + x)]; }
   int CountNot(unsigned char v) const {
-    int n = 0;
-    for (unsigned char p : pixels) n += p != v;
-    return n;
+    return static_cast<int>(pixels.size()) -
+           static_cast<int>(std::count(pixels.begin(), pixels.end(), v));
   }
   void Fill(unsigned char v) { std::fill(pixels.begin(), pixels.end(), v); }
   int width;

@@ -1,7 +1,4 @@
 // Duplicating members within and between stores, backup and restore.
-#include <gtest/gtest.h>
-
-#include "cast/QvMCast.h"
 #include "tests/cast/CastTestSupport.h"
 
 using namespace casttest;
@@ -32,23 +29,21 @@ struct QvMCastDup : testing::Test {
     cast.SetScrStepV(S(3), 2.5);
     cast.SetActFlag(S(3), 0xFFFFFFFFu);
   }
-  // The duplicate d carries copies of everything member 3 holds.
+  // The duplicate d carries copies of everything member 3 holds, but not its
+  // flags or anchor span.
   void ExpectCopies(QvMCastInfo* d) {
     QvMCastInfo* r = cast.Rec(S(3));
     ASSERT_TRUE(d->aFrame && d->aColor[3] && d->orgCTable && d->orgPal && d->dft && d->anc);
     EXPECT_TRUE(d == r ||
                 (d->aFrame != r->aFrame && d->aColor[3] != r->aColor[3] && d->dft != r->dft));
-    EXPECT_EQ(d->aFrame->CountMFrame(), 10);
     EXPECT_TRUE(*d->orgCTable == table);
-    EXPECT_EQ(d->fillIndex, 8);
-    EXPECT_EQ(d->dftLast * 100 + d->dftParam * 10 + d->dftFlag, 196);
     EXPECT_EQ(d->dft[1].pointB, tbPoint(4, 5));
     EXPECT_EQ(d->anc[2].point, tbPoint(7, 8));
-    EXPECT_EQ(d->ancLast * 100 + d->ancType * 10 + d->ancOffset, 221);
-    EXPECT_EQ(d->ancStep, 0.25);
-    EXPECT_EQ(d->scroll, 6);
-    EXPECT_EQ(d->scrStepH, 1.5);
-    EXPECT_EQ(d->scrStepV, 2.5);
+    EXPECT_EQ((Vals{d->aFrame->CountMFrame(), d->fillIndex, d->dftLast, d->dftParam, d->dftFlag,
+                    d->ancLast, d->ancType, d->ancOffset, d->ancStep, d->scroll, d->scrStepH,
+                    d->scrStepV, d->actFlag, d->ancSelStart}),
+              (Vals{10, 8, 1, 9, 6, 2, 2, 1, 0.25, 6, 1.5, 2.5, 0, -1}));
+    EXPECT_TRUE(d->lists[4] == anim.get() && d->lists[3] == &fade && d->lists[5] == &dftList);
   }
   NoFailures guard;
   std::unique_ptr<QvAFrame> anim = MakeAnim({10});
@@ -64,38 +59,27 @@ TEST_F(QvMCastDup, DuplicateIntoAnotherStore) {
   CastProbe other;
   other.New(nullptr);
   EXPECT_EQ(cast.Dup(S(3), 100, Txt("copy"), &other, S(-1)), 1);
-  EXPECT_EQ(other.Start(S(1)), 100);
-  EXPECT_EQ(other.End(S(1)), 109);
+  EXPECT_EQ((Vals{other.Start(S(1)), other.End(S(1)), other.LockFlag()}), (Vals{100, 109, 0}));
   EXPECT_EQ(NameOf(other, S(1)), "copy");
-  QvMCastInfo* d = other.Rec(S(1));
-  ExpectCopies(d);
-  // Not the flags or the span, but the same reference lists.
-  EXPECT_EQ(d->actFlag, 0u);
-  EXPECT_EQ(d->ancSelStart, -1);
-  EXPECT_EQ(d->lists[4], anim.get());
-  EXPECT_EQ(d->lists[3], &fade);
-  EXPECT_EQ(d->lists[5], &dftList);
+  ExpectCopies(other.Rec(S(1)));
   EXPECT_EQ(ListSize(*anim) + ListSize(dftList), 4);
   anim->SetInterval(S(0), S(4));  // later changes reach the duplicate too
-  EXPECT_EQ(other.AFrame(S(1))->CountMFrame(), 4);
-  EXPECT_EQ(other.End(S(1)), 109);
-  EXPECT_EQ(other.LockFlag(), 0);
+  EXPECT_EQ((Vals{other.AFrame(S(1))->CountMFrame(), other.End(S(1))}), (Vals{4, 109}));
 
   // An existing destination keeps its range.
   other.SetStartEnd(S(0), 1, 2);
   EXPECT_EQ(cast.Dup(S(3), 100, nullptr, &other, S(0)), 0);
-  EXPECT_EQ(other.Start(S(0)), 1);
-  EXPECT_EQ(other.End(S(0)), 2);
-  EXPECT_NE(other.AFrame(S(0)), nullptr);
+  EXPECT_EQ((Vals{other.Start(S(0)), other.End(S(0)), other.AFrame(S(0)) != nullptr}),
+            (Vals{1, 2, 1}));
 }
 
 TEST_F(QvMCastDup, DuplicateWithinOneStoreAndOntoItself) {
+  cast.SetActFlag(S(3), 0u);
+  cast.SetAncSelectArea(S(3), -1, -1);
   EXPECT_EQ(cast.Dup(S(3), 50, Txt("twin"), &cast, S(-1)), 0);
   ExpectCopies(cast.Rec(S(0)));
-  EXPECT_EQ(cast.Start(S(0)), 50);
-  EXPECT_EQ(cast.End(S(0)), 59);
-  EXPECT_EQ(NameOf(cast, S(3)), "src");
-  EXPECT_EQ(NameOf(cast, S(0)), "twin");
+  EXPECT_EQ((Vals{cast.Start(S(0)), cast.End(S(0))}), (Vals{50, 59}));
+  EXPECT_EQ(NameOf(cast, S(3)) + NameOf(cast, S(0)), "srctwin");
   EXPECT_EQ(cast.Dup(S(3), 0, Txt("self"), &cast, S(3)), 3);
   ExpectCopies(cast.Rec(S(3)));
   EXPECT_EQ(ListSize(*anim), 2);
@@ -106,17 +90,15 @@ TEST_F(QvMCastDup, DuplicateWithinOneStoreAndOntoItself) {
   const std::int16_t id = cast.RegOrgCTable(S(-1), &grey, nullptr, nullptr);
   cast.SetStartEnd(id, 0, 4);
   EXPECT_EQ(cast.Dup(id, 10, nullptr, &cast, S(-1)), id + 1);
-  EXPECT_EQ(cast.Rec(S(id + 1))->orgCTable, nullptr);
-  EXPECT_EQ(cast.End(S(id + 1)), 14);
+  EXPECT_EQ((Vals{cast.Rec(S(id + 1))->orgCTable == nullptr, cast.End(S(id + 1))}), (Vals{1, 14}));
 }
 
 TEST_F(QvMCastDup, DuplicationFailures) {
   CastProbe other;
-  EXPECT_EQ(cast.Dup(S(4), 0, nullptr, &other, S(-1)), -1);
   EXPECT_EQ(cast.Dup(S(3), 0, nullptr, nullptr, S(-1)), -1);
   // An absent destination id is used unchecked: nothing is copied.
-  EXPECT_EQ(cast.Dup(S(3), 0, nullptr, &other, S(6)), 6);
-  EXPECT_EQ(other.LockFlag(), 0);
+  EXPECT_EQ((Vals{cast.Dup(S(3), 0, nullptr, &other, S(6)), other.LockFlag(), other.Count()}),
+            (Vals{6, 0, 0}));
   EXPECT_EQ(FailAt(1, [&] { return cast.Dup(S(3), 0, nullptr, &other, S(-1)); }), -1);
   EXPECT_EQ(other.Count(), 0);
   // Failures part-way leave a partial duplicate and no leak.
@@ -129,17 +111,16 @@ TEST_F(QvMCastDup, DuplicationFailures) {
   CastProbe self;
   self.New(S(0), nullptr);
   self.RegAFrame(S(0), anim.get(), 0, nullptr, nullptr);
-  EXPECT_EQ(self.Dup(S(0), 5, nullptr, &self, S(-1)), -1);
-  EXPECT_NE(self.AFrame(S(0)), nullptr);
-  EXPECT_EQ(self.GetNewID(), 0);
+  EXPECT_EQ((Vals{self.Dup(S(0), 5, nullptr, &self, S(-1)), self.AFrame(S(0)) != nullptr,
+                  self.GetNewID()}),
+            (Vals{-1, 1, 0}));
   self.New(S(4), nullptr);
   self.Lock(S(4));
   EXPECT_EQ(self.Dup(S(4), 5, nullptr, &self, S(-1)), -1);
   self.Unlock();
   EXPECT_EQ(self.Count(), 2);
   // Restoring a store from itself replaces each member by itself.
-  EXPECT_EQ(cast.Restore(&cast), 1);
-  EXPECT_EQ(cast.Count(), 1);
+  EXPECT_EQ((Vals{cast.Restore(&cast), cast.Count()}), (Vals{1, 1}));
 }
 
 TEST_F(QvMCastDup, BackupAndRestore) {
@@ -153,40 +134,35 @@ TEST_F(QvMCastDup, BackupAndRestore) {
   backup.New(S(3), Txt("stale"));
   backup.RegScroll(S(3), 8, Txt("stale"));
   EXPECT_EQ(cast.Backup(S(3), &backup), 1);  // replaces the stale member
-  EXPECT_EQ(backup.IsScroll(S(3), nullptr), 1);
-  EXPECT_EQ(backup.IsScrollDown(S(3)), 0);
+  EXPECT_EQ((Vals{backup.IsScroll(S(3), nullptr), backup.IsScrollDown(S(3))}), (Vals{1, 0}));
   EXPECT_EQ(NameOf(backup, S(3)), "src");
-  EXPECT_EQ(cast.Backup(S(5), &backup), 1);
-  EXPECT_EQ(backup.Start(S(5)), 40);
-  EXPECT_EQ(backup.End(S(5)), 45);
-  EXPECT_EQ(ListSize(*five), 2);
+  EXPECT_EQ(
+      (Vals{cast.Backup(S(5), &backup), backup.Start(S(5)), backup.End(S(5)), ListSize(*five)}),
+      (Vals{1, 40, 45, 2}));
 
-  // Edit member 5, then restore it.
+  // Edit member 5, then restore it; member 6 is not in the backup.
   cast.DelAFrame(S(5));
   cast.DelScroll(S(5), 0);
   cast.SetStartEnd(S(5), 0, 1);
   cast.SetName(S(5), Txt("edited"));
   cast.SetStartEnd(S(6), 2, 2);
   EXPECT_EQ(cast.Restore(&backup), 1);
-  EXPECT_EQ(cast.Start(S(5)), 40);
-  EXPECT_EQ(cast.End(S(5)), 45);
   ASSERT_NE(cast.AFrame(S(5)), nullptr);
-  EXPECT_EQ(cast.IsScrollLeft(S(5)), 1);
+  EXPECT_EQ((Vals{cast.Start(S(5)), cast.End(S(5)), cast.IsScrollLeft(S(5)), cast.Start(S(6)),
+                  cast.Index2ID(S(cast.Count() - 1))}),
+            (Vals{40, 45, 1, 2, 5}));
   EXPECT_EQ(NameOf(cast, S(5)), "five");
-  EXPECT_EQ(cast.Start(S(6)), 2);  // not in the backup: untouched
-  EXPECT_EQ(cast.Index2ID(S(cast.Count() - 1)), 5);
   five->SetInterval(S(0), S(2));
-  EXPECT_EQ(cast.AFrame(S(5))->CountMFrame(), 2);
-  EXPECT_EQ(backup.AFrame(S(5))->CountMFrame(), 2);
+  EXPECT_EQ((Vals{cast.AFrame(S(5))->CountMFrame(), backup.AFrame(S(5))->CountMFrame()}),
+            (Vals{2, 2}));
 }
 
 TEST_F(QvMCastDup, BackupAndRestoreFailures) {
   CastProbe store, backup, empty, broken;
   QvMCast& cast = store;
   cast.New(Txt("unset"));
-  EXPECT_EQ(cast.Backup(S(0), &backup), 0);  // range unset
-  EXPECT_EQ(cast.Backup(S(0), nullptr), 0);
-  EXPECT_EQ(backup.Count(), 0);
+  EXPECT_EQ((Vals{cast.Backup(S(0), &backup), cast.Backup(S(0), nullptr), backup.Count()}),
+            (Vals{0, 0, 0}));  // range unset
   cast.SetStartEnd(S(0), 3, 4);
   EXPECT_EQ(FailAt(1, [&] { return cast.Backup(S(0), &backup); }), 0);  // the name copy
   for (int k = 2; k <= 8; ++k) FailAt(k, [&] { return cast.Backup(S(0), &backup); });
@@ -197,21 +173,17 @@ TEST_F(QvMCastDup, BackupAndRestoreFailures) {
   EXPECT_EQ(cast.Backup(S(0), &backup), 1);
   EXPECT_EQ(NameOf(backup, S(0)), "unset");
 
-  EXPECT_EQ(cast.Restore(&empty), 1);
-  EXPECT_EQ(FailAt(1, [&] { return cast.Restore(&empty); }), 1);
-  EXPECT_EQ(cast.Restore(nullptr), 0);
-  EXPECT_EQ(cast.Count(), 1);
-  EXPECT_EQ(cast.Start(S(0)), 3);
+  EXPECT_EQ((Vals{cast.Restore(&empty), FailAt(1, [&] { return cast.Restore(&empty); }),
+                  cast.Restore(nullptr), cast.Count(), cast.Start(S(0))}),
+            (Vals{1, 1, 0, 1, 3}));
   // A backup member without a range stops the restore there.
   for (int id = 7; id <= 9; ++id) broken.New(S(id), nullptr);
   broken.SetStartEnd(S(7), 1, 2);
   broken.SetStartEnd(S(9), 1, 2);
-  EXPECT_EQ(cast.Restore(&broken), 0);
-  EXPECT_EQ(cast.ID2Index(S(7)), 1);
-  EXPECT_EQ(cast.ID2Index(S(8)), -1);
-  EXPECT_EQ(cast.ID2Index(S(9)), -1);
+  EXPECT_EQ(
+      (Vals{cast.Restore(&broken), cast.ID2Index(S(7)), cast.ID2Index(S(8)), cast.ID2Index(S(9))}),
+      (Vals{0, 1, -1, -1}));
   broken.SetStartEnd(S(8), 0, 0);
   for (int k = 1; k <= 10; ++k) FailAt(k, [&] { return cast.Restore(&broken); });
-  EXPECT_EQ(cast.Restore(&broken), 1);
-  EXPECT_EQ(cast.Count(), 4);
+  EXPECT_EQ((Vals{cast.Restore(&broken), cast.Count()}), (Vals{1, 4}));
 }
