@@ -159,40 +159,31 @@ TEST(CopyBitsTest, NewGWorld) {
   tbGWorld* w = nullptr;
   ASSERT_EQ(tb.NewGWorld(&w, 8, &bounds, &table), 1);
   ASSERT_NE(w, nullptr);
-  EXPECT_EQ(w->bounds, bounds);
   tbPixMap* pm = w->PortPixMap();
-  EXPECT_EQ(pm->Offset(), 5);
-  EXPECT_EQ(pm->Bounds(), bounds);
-  EXPECT_EQ(std::count(pm->TopAddr(), pm->TopAddr() + 15, 0), 15);
-  EXPECT_EQ(*w->CTable(), table);
-  pm->TopAddr()[14] = 3;
-  EXPECT_EQ(pm->Pixel(4, 2), 3);
-  EXPECT_EQ(pm->Pixel(5, 2) + pm->Pixel(-1, 0), 0);  // outside
+  EXPECT_TRUE(w->bounds == bounds && pm->Bounds() == bounds && *w->CTable() == table);
+  EXPECT_EQ(Ints({pm->Offset(), int(std::count(pm->TopAddr(), pm->TopAddr() + 15, 0))}),
+            Ints({5, 15}));
+  pm->TopAddr()[14] = 3;  // (4, 2); outside pixels read 0
+  EXPECT_EQ(Ints({pm->Pixel(4, 2), pm->Pixel(5, 2), pm->Pixel(-1, 0)}), Ints({3, 0, 0}));
   tb.DisposeGWorld(w);
   tb.DisposeGWorld(nullptr);
   ASSERT_EQ(tb.NewGWorld(&w, 8, &bounds, nullptr), 1);
   EXPECT_EQ(*w->CTable(), tbColorTable());
   tb.DisposeGWorld(w);
-  // Bad requests and failed allocations give no world.
+  // Bad requests and failed allocations (the world, then its pixels) give no world.
   NoFailures guard;
   tbRect ok(0, 0, 4, 4);
-  const tbRect bad[] = {{1, 0, 4, 4}, {0, -1, 4, 4}, {0, 0, 0, 4}, {0, 0, 4, -2}, {0, 0, 32768, 1}};
-  w = reinterpret_cast<tbGWorld*>(&ok);  // must be overwritten with null
-  EXPECT_EQ(tb.NewGWorld(&w, 16, &ok, nullptr), 0);
-  EXPECT_EQ(w, nullptr);
   EXPECT_EQ(tb.NewGWorld(&w, 8, nullptr, nullptr) + tb.NewGWorld(nullptr, 8, &ok, nullptr), 0);
-  for (tbRect b : bad) {
-    w = reinterpret_cast<tbGWorld*>(&ok);
-    EXPECT_EQ(tb.NewGWorld(&w, 8, &b, nullptr), 0);
-    EXPECT_EQ(w, nullptr);
-  }
-  for (int k = 1; k <= 2; ++k) {  // the world, then its pixels
-    QvFailAllocation(k);
-    w = reinterpret_cast<tbGWorld*>(&ok);
-    EXPECT_EQ(tb.NewGWorld(&w, 8, &ok, nullptr), 0);
-    EXPECT_EQ(w, nullptr);
-    EXPECT_EQ(QvAllocationCount(), k);
-  }
+  auto none = [&](short depth, tbRect b, int fail) {
+    QvFailAllocation(fail);
+    w = reinterpret_cast<tbGWorld*>(&ok);  // must be overwritten with null
+    return tb.NewGWorld(&w, depth, &b, nullptr) == 0 && w == nullptr &&
+           (!fail || QvAllocationCount() == fail);
+  };
+  EXPECT_TRUE(none(16, ok, 0) && none(8, ok, 1) && none(8, ok, 2));
+  for (tbRect b : {tbRect(1, 0, 4, 4), tbRect(0, -1, 4, 4), tbRect(0, 0, 0, 4), tbRect(0, 0, 4, -2),
+                   tbRect(0, 0, 32768, 1)})
+    EXPECT_TRUE(none(8, b, 0)) << b.left << " " << b.right;
 }
 
 Ints Bounds(const BRegion& r) {
@@ -208,19 +199,12 @@ TEST(RegionTest, RectRegionOffsetCopyAndDispose) {
   EXPECT_TRUE(r.IsEmpty() && !r.Contains(1, 1) && r.RectCount() == 0 && !r.Handle());
   EXPECT_EQ(Bounds(r), Ints({0, 0, 0, 0}));
   void* h = r.New();
-  ASSERT_NE(h, nullptr);
-  EXPECT_EQ(r.New(), h);  // kept
-  EXPECT_TRUE(r.IsEmpty());
-  r.RectRegion(-2, 3, 4, 7);  // right and bottom excluded
-  EXPECT_EQ(r.RectCount(), 1);
+  EXPECT_TRUE(h && r.New() == h && r.IsEmpty());  // kept
+  r.RectRegion(-2, 3, 4, 7);                      // right and bottom excluded
   EXPECT_EQ(Bounds(r), Ints({-2, 3, 4, 7}));
-  EXPECT_TRUE(r.Contains(-2, 3) && r.Contains(3, 6));
+  EXPECT_TRUE(r.RectCount() == 1 && r.Contains(-2, 3) && r.Contains(3, 6));
   EXPECT_FALSE(r.Contains(4, 6) || r.Contains(3, 7));
-  r.RectRegion(5, 5, 5, 9);  // no width
-  EXPECT_TRUE(r.IsEmpty());
-  r.RectRegion(5, 9, 8, 2);
-  EXPECT_TRUE(r.IsEmpty());
-
+  EXPECT_TRUE((r.RectRegion(5, 5, 5, 9), r.IsEmpty()) && (r.RectRegion(5, 9, 8, 2), r.IsEmpty()));
   ASSERT_TRUE(a.New() && b.New());
   a.RectRegion(0, 0, 2, 2);
   a.OffsetRegion(-5, 10);
@@ -282,21 +266,16 @@ TEST(RegionTest, ColorToRgnRejectsBadImagesAndFailsCleanly) {
   EXPECT_EQ(bad.Handle(), nullptr);
   tbRegion r;
   QvFailAllocation(1);
-  EXPECT_EQ(r.New(), nullptr);
-  EXPECT_EQ(QvAllocationCount(), 1);
-  EXPECT_NE(r.New(), nullptr);
+  EXPECT_TRUE(!r.New() && QvAllocationCount() == 1 && r.New());
   Ring img;
-  QvFailAllocation(1);  // the region itself
-  EXPECT_EQ(rgn.ColorToRgn(img.data(), 8, 6, 5, 255, 1), 0);
-  EXPECT_EQ(rgn.Handle(), nullptr);
-  QvFailAllocation(2);  // the run array
-  EXPECT_EQ(rgn.ColorToRgn(img.data(), 8, 6, 5, 255, 1), 0);
-  EXPECT_EQ(QvAllocationCount(), 2);
-  QvFailAllocation(1);  // the region exists now: the run array is the first attempt
-  EXPECT_EQ(rgn.ColorToRgn(img.data(), 8, 6, 5, 255, 1), 0);
-  QvFailAllocation(0);
-  EXPECT_EQ(rgn.ColorToRgn(img.data(), 8, 6, 5, 255, 1), 1);
-  EXPECT_TRUE(rgn.Contains(5, 4));
+  // The region itself, the run array; once the region exists the run array is the first attempt.
+  auto color = [&](int fail) {
+    QvFailAllocation(fail);
+    return rgn.ColorToRgn(img.data(), 8, 6, 5, 255, 1);
+  };
+  EXPECT_EQ(Ints({color(1), rgn.Handle() != nullptr, color(2), QvAllocationCount(), color(1),
+                  color(0), rgn.Contains(5, 4)}),
+            Ints({0, 0, 0, 2, 0, 1, 1}));
 }
 
 }  // namespace
