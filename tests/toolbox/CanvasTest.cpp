@@ -62,7 +62,8 @@ TEST(CanvasTest, NewClearAndPicture) {
   pict.Dispose();
   // Bad sizes and failed allocations leave nothing behind.
   QvCanvas empty;
-  EXPECT_EQ(empty.New(0, 5) + empty.New(5, -1) + (QvFailAllocation(1), empty.New(5, 5)), 0);
+  EXPECT_EQ(Ints({empty.New(0, 5), empty.New(5, -1), (QvFailAllocation(1), empty.New(5, 5))}),
+            Ints({0, 0, 0}));
   EXPECT_EQ(empty.image, nullptr);
   empty.Clear(0, 0, 5, 5, 1, nullptr, 0);  // no image: nothing
   EXPECT_EQ(util.GetPICT(&empty, 5, 5, &pict, 0, 0, 5, 5, nullptr), 0);
