@@ -121,8 +121,6 @@ class AFrameTest : public ::testing::Test {
   }
 };
 
-// Frame table ---------------------------------------------------------------
-
 TEST_F(AFrameTest, RegInsertsAppendsAndResetsTheClockRange) {
   QvAFrame a;
   EXPECT_EQ(Range(a), Ints({0, 0, 0, 0}));
@@ -276,8 +274,6 @@ TEST_F(AFrameTest, SettersQueriesUpdateLockAndPersistence) {
             0);
   EXPECT_EQ(Range(a), Ints({1, 1, 0, 0}));
 }
-
-// Images and transforms -----------------------------------------------------
 
 TEST_F(AFrameTest, TransformsPixelByPixel) {
   // in: posX, posY, width, height, anchorX, anchorY, zoomX, zoomY, rotation,
@@ -439,8 +435,6 @@ TEST_F(AFrameTest, RandomTransformsStayInBounds) {
   }
 }
 
-// Thumbnail and area --------------------------------------------------------
-
 TEST_F(AFrameTest, Thumbnail) {
   Probe a;
   AddPic(a);
@@ -514,8 +508,6 @@ TEST_F(AFrameTest, AreaOfTheAnimation) {
   ASSERT_EQ(a.GetArea(nullptr, &h, nullptr, nullptr), 1);
   EXPECT_EQ(h, 5);
 }
-
-// Drawing -------------------------------------------------------------------
 
 // A target buffer with guard bytes around it.
 struct Target {
@@ -758,8 +750,6 @@ TEST_F(AFramePictureTest, RandomPlacementsStayInBounds) {
   }
 }
 
-// Copies --------------------------------------------------------------------
-
 TEST_F(AFrameTest, DupMakesAnIndependentDeepCopy) {
   Probe src, dst;
   MakeSource(src);
@@ -771,35 +761,30 @@ TEST_F(AFrameTest, DupMakesAnIndependentDeepCopy) {
   src.SetCur(3);
   ASSERT_EQ(src.Dup(&dst), 1);
   ExpectSameSettings(src, dst);
-  // Mode and speed are copied, the clock position is not.
-  EXPECT_EQ(Ints({dst.Mode(), dst.Speed(), dst.Top(), dst.End(), dst.Cur()}),
-            Ints({2, 12, 0, 4, 1}));
-  EXPECT_EQ(dst.Locks(), Ints({0, 0}));
+  // Mode and speed are copied, the clock position is not; no thumbnail.
+  EXPECT_EQ(Ints({dst.Mode(), dst.Speed(), dst.Top(), dst.End(), dst.Cur(), dst.Locks()[0]}),
+            Ints({2, 12, 0, 4, 1, 0}));
   for (int i = 0; i < 2; ++i) {
-    EXPECT_EQ(dst.Held(i), Ints({1, 1, 1, 0}));  // no thumbnail
     const QvAFrameInfo *d = dst.Info(i), *f = src.Info(i);
     EXPECT_TRUE(d->orgImage != f->orgImage && d->image != f->image && d->mask != f->mask);
-    EXPECT_EQ(Buf(d->orgImage, 8), Buf(f->orgImage, 8));
-    EXPECT_EQ(dst.Geo(i), src.Geo(i));
-    EXPECT_EQ(dst.Image(i), src.Image(i));
-    EXPECT_EQ(dst.Mask(i), src.Mask(i));
+    EXPECT_TRUE(dst.Held(i) == Ints({1, 1, 1, 0}) && dst.Geo(i) == src.Geo(i) &&
+                Buf(d->orgImage, 8) == Buf(f->orgImage, 8) && dst.Image(i) == src.Image(i) &&
+                dst.Mask(i) == src.Mask(i));
   }
   src.SetPos(0, 50, 50);  // later changes of one do not reach the other
   src.Del(1);
   EXPECT_EQ(Xs(dst), Ints({0, 0}));
-  EXPECT_EQ(src.Dup(nullptr) * 10 + src.Dup(&src), 1);
-  EXPECT_EQ(src.CountAFrame(), 1);
-  // Copies from and into locked animations.
+  EXPECT_EQ(Ints({src.Dup(nullptr), src.Dup(&src), src.CountAFrame()}), Ints({0, 1, 1}));
+  // Copies from and into locked animations: the source keeps its lock on
+  // frame 1; the target's went with its frames.
   Probe locked, dst2, backup;
   MakeSource(locked);
   locked.LockA(1);
   AddFrames(dst2, 3);
   dst2.LockA(2);
   ASSERT_EQ(locked.Dup(&dst2), 1);
-  // The source keeps its lock on frame 1; the target's went with its frames.
-  EXPECT_EQ(locked.Locks(), Ints({1, 0}));
-  EXPECT_EQ(locked.Current(), locked.Info(1));
-  EXPECT_EQ(dst2.Locks(), Ints({0, 0}));
+  EXPECT_TRUE(locked.Locks() == Ints({1, 0}) && locked.Current() == locked.Info(1) &&
+              dst2.Locks() == Ints({0, 0}));
   locked.Unlock();
   ExpectSameSettings(locked, dst2);
   locked.LockA(0);
@@ -844,22 +829,19 @@ TEST_F(AFrameTest, BackupAndRestoreDropImages) {
   for (short i = 0; i < 2; ++i) {
     unsigned char* img = pic;
     EXPECT_EQ(src.GetAImage(i, &img, nullptr, nullptr, nullptr, nullptr, nullptr), 1);
-    EXPECT_EQ(img, nullptr);
-    EXPECT_EQ(src.Held(i), Ints({0, 0, 0, 0}));
+    EXPECT_TRUE(img == nullptr && src.Held(i) == Ints({0, 0, 0, 0}));
   }
-  EXPECT_EQ(src.Backup(nullptr) + src.Restore(nullptr), 0);
-  EXPECT_EQ(src.Backup(&src) + src.Restore(&src), 2);
-  EXPECT_EQ(src.CountAFrame(), 2);
+  EXPECT_EQ(Ints({src.Backup(nullptr), src.Restore(nullptr), src.Backup(&src), src.Restore(&src),
+                  src.CountAFrame()}),
+            Ints({0, 0, 1, 1, 2}));
   // An empty animation empties the backup, and so the restored one.
-  ASSERT_EQ(empty.Backup(&backup), 1);
-  EXPECT_EQ(backup.CountAFrame(), 0);
-  ASSERT_EQ(src.Restore(&backup), 1);
+  EXPECT_EQ(Ints({empty.Backup(&backup), backup.CountAFrame(), src.Restore(&backup)}),
+            Ints({1, 0, 1}));
   EXPECT_EQ(Range(src), Ints({0, 0, 0, -1}));
   // Registration failures: the frames copied so far, no update lock left.
   MakeSource(src);
   QvFailAllocation(2);
-  EXPECT_EQ(src.Backup(&backup), 0);
-  EXPECT_EQ(Ints({backup.CountAFrame(), backup.Locks()[1]}), Ints({1, 0}));
+  EXPECT_EQ(Ints({src.Backup(&backup), backup.CountAFrame(), backup.Locks()[1]}), Ints({0, 1, 0}));
   QvFailAllocation(0);
   ASSERT_EQ(src.Backup(&backup), 1);
   QvFailAllocation(1);
@@ -879,14 +861,11 @@ TEST_F(AFrameTest, RegFromAnotherAnimation) {
   ASSERT_EQ(a.Reg(0, &src, 2), 0);
   EXPECT_EQ(Frame(a, 0), Values({2, 1, 2, 3, 4, 5, 6, 0.5, 3.0, -1.0, 0}));  // inactive
   EXPECT_EQ(Xs(a), Ints({2, 10, 11, 12}));
-  EXPECT_EQ(a.End(), 8);
-  EXPECT_EQ(a.Held(0), Ints({0, 0, 0, 0}));
-  EXPECT_EQ(a.Locks(), Ints({0, 0}));
+  EXPECT_TRUE(a.End() == 8 && a.Held(0) == Ints({0, 0, 0, 0}) && a.Locks() == Ints({0, 0}));
   EXPECT_EQ(a.Reg(0, &src, 9) + a.Reg(0, nullptr, 0), -2);
   QvFailAllocation(1);
   EXPECT_EQ(a.Reg(0, &src, 1), -1);
-  EXPECT_EQ(Xs(a), Ints({2, 10, 11, 12}));
-  EXPECT_EQ(a.Locks(), Ints({0, 0}));
+  EXPECT_TRUE(Xs(a) == Ints({2, 10, 11, 12}) && a.Locks() == Ints({0, 0}));
   // Into a locked animation: inserted before the locked frame, and the zoom
   // goes to the new frame, not to the locked one.
   a.LockA(2);
@@ -895,8 +874,6 @@ TEST_F(AFrameTest, RegFromAnotherAnimation) {
   EXPECT_EQ(Xs(a), Ints({2, 10, 2, 11, 12}));
   EXPECT_EQ(Values({a.Info(2)->zoomX, a.Info(3)->zoomX}), Values({0.5, 1.0}));
 }
-
-// Passing changes on to cast members ----------------------------------------
 
 TEST_F(AFrameTest, ChangesReachTheMembersCopiesUntilDetached) {
   QvMCast cast;
