@@ -16,7 +16,8 @@ const float kNaN = std::numeric_limits<float>::quiet_NaN();
 // One conversion: the six values, the form (1 GPtoLP, 2 GPtoLP2), a rectangle (left and right
 // are x values, top and bottom y values) and its result. (left, top) as point and size alike.
 // clang-format off
-struct Case { const char* what; float zx, zy, ox, oy, sx, sy; int form; std::int32_t in[4], out[4]; };
+struct Case { const char* what; float zx, zy, ox, oy, sx, sy; int form;
+              std::int32_t in[4], out[4]; };
 const Case kCases[] = {
     {"defaults", 1, 1, 0, 0, 1, 1, 1, {-7, 12, kMax, kMin}, {-7, 12, kMax, kMin}},
     {"defaults 2", 1, 1, 0, 0, 1, 1, 2, {-7, 12, kMax, kMin}, {-7, 12, kMax, kMin}},

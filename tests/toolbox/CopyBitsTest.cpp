@@ -27,16 +27,14 @@ struct Buffer {
   std::vector<unsigned char> px;
   tbPixMap map;
   Buffer(int width, int height, unsigned char fill, const tbRect& at = tbRect())
-      : w(width),
-        h(height),
-        row(width + 3),
-        px(static_cast<size_t>(row * height), fill),
-        map(px.data(), static_cast<std::int16_t>(row),
-            tbRect(at.left, at.top, at.left + width, at.top + height)) {}
+      : w(width), h(height), row(width + 3), px(static_cast<size_t>(row * height), fill) {
+    map = tbPixMap(px.data(), static_cast<std::int16_t>(row),
+                   tbRect(at.left, at.top, at.left + w, at.top + h));
+  }
   unsigned char& At(int x, int y) { return px[static_cast<size_t>(y * row + x)]; }
   void Pattern() {
-    for (int y = 0; y < h; ++y)
-      for (int x = 0; x < w; ++x) At(x, y) = static_cast<unsigned char>(y * 16 + x + 1);
+    for (int i = 0; i < w * h; ++i)
+      At(i % w, i / w) = static_cast<unsigned char>(i / w * 16 + i % w + 1);
   }
 };
 
@@ -48,15 +46,13 @@ std::vector<unsigned char> Expected(Buffer& src, Buffer& dst, const tbRect& s, c
   std::vector<unsigned char> out = dst.px;
   const int w = std::min(s.Width(), d.Width()), h = std::min(s.Height(), d.Height());
   const tbRect &sb = src.map.Bounds(), &db = dst.map.Bounds();
-  for (int y = 0; y < dst.h; ++y) {
-    for (int x = 0; x < dst.w; ++x) {
-      const int gx = x + db.left, gy = y + db.top;  // destination coordinates
-      if (gx < d.left || gx >= d.left + w || gy < d.top || gy >= d.top + h) continue;
-      if (rgn && !rgn->Contains(gx, gy)) continue;
-      const int sx = gx - d.left + s.left, sy = gy - d.top + s.top;
-      if (sx < sb.left || sx >= sb.right || sy < sb.top || sy >= sb.bottom) continue;
-      out[static_cast<size_t>(y * dst.row + x)] = src.At(sx - sb.left, sy - sb.top);
-    }
+  for (int i = 0; i < dst.w * dst.h; ++i) {
+    const int gx = i % dst.w + db.left, gy = i / dst.w + db.top;  // destination coordinates
+    if (gx < d.left || gx >= d.left + w || gy < d.top || gy >= d.top + h) continue;
+    if (rgn && !rgn->Contains(gx, gy)) continue;
+    const int sx = gx - d.left + s.left, sy = gy - d.top + s.top;
+    if (sx < sb.left || sx >= sb.right || sy < sb.top || sy >= sb.bottom) continue;
+    out[static_cast<size_t>(i / dst.w * dst.row + i % dst.w)] = src.At(sx - sb.left, sy - sb.top);
   }
   return out;
 }
@@ -77,8 +73,8 @@ TEST(CopyBitsTest, ColorToRgnMaskCopiesExactlyTheForeground) {
     if ((i % 7 * 3 + i / 7 * 5) % 4)
       src.At(i % 7, i / 7) = static_cast<unsigned char>(i % 7 + 10 * (i / 7));
   QvRgn shape;
-  ASSERT_EQ(shape.ColorToRgn(src.px.data(), static_cast<std::int16_t>(src.row), 7, 6, 200, 1), 1);
   tbRegion mask;
+  ASSERT_EQ(shape.ColorToRgn(src.px.data(), static_cast<std::int16_t>(src.row), 7, 6, 200, 1), 1);
   ASSERT_NE(mask.New(), nullptr);
   mask.CopyRegion(&shape);
   mask.OffsetRegion(3, 2);
@@ -89,14 +85,15 @@ TEST(CopyBitsTest, ColorToRgnMaskCopiesExactlyTheForeground) {
 }
 
 TEST(CopyBitsTest, ClipsAtEveryEdgeAndCopiesOnlyInSrcCopyMode) {
-  const tbRect cases[][2] = {
+  // clang-format off
+  const tbRect cases[][2] = {  // inside, clipped on every side, smaller extents, outside, empty
       {{0, 0, 8, 8}, {0, 0, 8, 8}},       {{1, 1, 4, 4}, {4, 4, 7, 7}},
       {{0, 0, 8, 8}, {-3, -2, 5, 6}},     {{0, 0, 8, 8}, {3, 4, 11, 12}},
       {{-4, -1, 4, 7}, {0, 0, 8, 8}},     {{5, 6, 13, 14}, {0, 0, 8, 8}},
-      {{-2, -2, 10, 10}, {-5, 1, 7, 13}}, {{0, 0, 3, 9}, {1, 1, 9, 4}},  // smaller extents
+      {{-2, -2, 10, 10}, {-5, 1, 7, 13}}, {{0, 0, 3, 9}, {1, 1, 9, 4}},
       {{0, 0, 8, 8}, {20, 20, 28, 28}},   {{0, 0, 8, 8}, {-8, 0, 0, 8}},
-      {{2, 2, 2, 6}, {0, 0, 4, 4}},
-  };
+      {{2, 2, 2, 6}, {0, 0, 4, 4}}};
+  // clang-format on
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::Message() << c[0].left << "," << c[0].top << " " << c[1].left);
     Buffer src(8, 8, 0), dst(6, 7, 0xEE), dst2(6, 7, 0xEE);
