@@ -13,28 +13,28 @@ namespace acolortest {
 using V = std::vector<std::int32_t>;
 using P = std::vector<const void*>;
 
-// A table whose entry i is colour(i).
+inline unsigned char B(int v) { return static_cast<unsigned char>(v); }
+
+// A table whose entry i is (r(i), g(i), b(i)), each taken to 8 bits.
 template <class F>
-tbColorTable Table(F colour) {
+tbColorTable Table(F rgb) {
   tbColorTable t(static_cast<std::int16_t>(72));
   for (int i = 0; i < 256; ++i) {
-    tbRGBColor c = colour(i);
-    t.SetCTTable(static_cast<std::int16_t>(i), &c);
+    const V c = rgb(i);
+    tbRGBColor e(B(c[0]), B(c[1]), B(c[2]));
+    t.SetCTTable(static_cast<std::int16_t>(i), &e);
   }
   return t;
 }
-
-inline unsigned char B(int v) { return static_cast<unsigned char>(v); }
-
 // All 256 entries different: entry i is (i, 255 - i, i * 7 mod 256).
 inline tbColorTable DistinctTable() {
-  return Table([](int i) { return tbRGBColor(B(i), B(255 - i), B(i * 7)); });
+  return Table([](int i) { return V{i, 255 - i, i * 7}; });
 }
 inline tbColorTable UniformTable(int r, int g, int b) {
-  return Table([=](int) { return tbRGBColor(B(r), B(g), B(b)); });
+  return Table([=](int) { return V{r, g, b}; });
 }
 inline tbColorTable GreyTable() {
-  return Table([](int i) { return tbRGBColor(B(i), B(i), B(i)); });
+  return Table([](int i) { return V{i, i, i}; });
 }
 
 // An area of 256 indices flagging first to last inclusive.
@@ -51,8 +51,7 @@ inline tbRGBColor Entry(tbColorTable& t, int i) { return Entry(&t, i); }
 
 // Fills every entry of an animation's output table with one marker colour.
 template <class A>
-void Mark(A& a, const tbRGBColor& marker) {
-  tbRGBColor m = marker;
+void Mark(A& a, tbRGBColor m) {
   for (int i = 0; i < 256; ++i) a.SetColor(static_cast<std::int16_t>(i), &m);
 }
 

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
 #include <type_traits>
 #include <utility>
 
@@ -12,7 +11,6 @@
 #include "acolor/QvASwitch.h"
 #include "cast/QvMCast.h"
 #include "tests/acolor/AColorTestSupport.h"
-#include "toolbox/tbToolBox.h"
 
 using namespace acolortest;
 
@@ -36,36 +34,32 @@ TEST(QvAColorBase, AreaOutputTableErrorBitsAndFiles) {
                a.localFlagNum(), a.Mode(), a.Speed()}),
             (V{16, 0, 0, 0, 0, 0, 30}));
   tbColorTable src = GreyTable();
-  ASSERT_NE(nullptr, a.CTable());  // the base computes nothing: its own table
-  EXPECT_EQ((P{a.Area(), a.CTable(&src), a.CTable(0, &src)}), (P{nullptr, a.CTable(), a.CTable()}));
   tbRGBColor c(1, 2, 3);
   a.SetColor(200, &c);
-  a.SetColor(201, nullptr);  // ignored
+  a.SetColor(201, nullptr);        // ignored
+  ASSERT_NE(nullptr, a.CTable());  // the base computes nothing: its own table
+  EXPECT_EQ((P{a.Area(), a.CTable(&src), a.CTable(0, &src)}), (P{nullptr, a.CTable(), a.CTable()}));
   EXPECT_EQ(c, Entry(a.CTable(), 200));
-
   QvPal pal = RangePal(3, 5);
   QvFailAllocation(1);  // no area object: the error bit stays
-  EXPECT_EQ((V{a.RegArea(&pal), a.Error(), a.Area() == nullptr}), (V{0, 16, 1}));
-  ASSERT_EQ(1, a.RegArea(&pal));
+  EXPECT_EQ((V{a.RegArea(&pal), a.Error(), a.Area() == nullptr, a.RegArea(&pal)}),
+            (V{0, 16, 1, 1}));
   QvPal* own = a.Area();
-  EXPECT_TRUE(own && own != &pal);
   pal.SetFlag(6, 1);  // later changes do not reach the animation ...
   pal.SetFlagNum(40);
-  EXPECT_EQ((V{a.Error(), a.AreaFlag(4), a.AreaFlag(6), static_cast<std::int32_t>(a.AreaNum())}),
-            (V{0, 1, 0, 256}));
-  ASSERT_EQ(1, a.RegArea(&pal));  // ... until registered again, into the same object
-  EXPECT_EQ(own, a.Area());
-  EXPECT_EQ((V{a.AreaFlag(6), static_cast<std::int32_t>(a.AreaNum()), a.localFlagNum()}),
-            (V{1, 40, 40}));
-  ASSERT_EQ(1, a.RegArea(nullptr));  // a null area clears every flag
-  EXPECT_EQ((V{a.AreaFlag(4), static_cast<std::int32_t>(a.AreaNum())}), (V{0, 256}));
-
+  EXPECT_EQ((V{own && own != &pal, a.Error(), a.AreaFlag(4), a.AreaFlag(6),
+               static_cast<std::int32_t>(a.AreaNum())}),
+            (V{1, 0, 1, 0, 256}));
+  // ... until registered again, into the same object; a null area clears every flag.
+  EXPECT_EQ((V{a.RegArea(&pal), own == a.Area(), a.AreaFlag(6),
+               static_cast<std::int32_t>(a.AreaNum()), a.localFlagNum(), a.RegArea(nullptr),
+               a.AreaFlag(4), static_cast<std::int32_t>(a.AreaNum())}),
+            (V{1, 1, 1, 40, 40, 1, 0, 256}));
   // Bits are added and removed once.
   EXPECT_EQ((V{(a.localAddError(0x10), a.localAddError(0x10), a.localAddError(0x01), a.Error()),
                (a.localSubError(0x10), a.localSubError(0x10), a.Error()),
                (a.localSubError(0x01), a.Error())}),
             (V{17, 1, 0}));
-
   QvFailAllocation(1);  // no output table: both bits, and the table bit never clears
   QvAColor b;
   EXPECT_EQ((V{b.Error(), b.RegArea(&pal), b.Error(), b.CTable() == nullptr}), (V{17, 1, 1, 1}));
@@ -82,11 +76,17 @@ TEST(QvAColorBase, AreaOutputTableErrorBitsAndFiles) {
             V(12, 0));
 }
 
-// Behaviour shared by the four kinds.
+// Behaviour shared by the four kinds; kKind is the code a kind passes to the cast store.
+template <class K>
+constexpr char kKind = std::is_same_v<K, QvACycle>    ? 0
+                       : std::is_same_v<K, QvAFlash>  ? 1
+                       : std::is_same_v<K, QvASwitch> ? 2
+                                                      : 3;
 template <class K>
 struct QvAColorKinds : ::testing::Test {
   NoFailures guard;
   tbColorTable src = DistinctTable();
+  QvMCast cast;
   // A kind with the whole area and, for a switch, tables for n frames.
   void Ready(K& k, int frames) {
     QvPal pal = RangePal(0, 255);
@@ -97,6 +97,11 @@ struct QvAColorKinds : ::testing::Test {
         ASSERT_EQ(1, k.RegCTable(static_cast<std::int16_t>(i), &t));
       }
     }
+  }
+  // The copy that a member of the cast store holds.
+  QvAColor* Copy(std::int16_t id) {
+    QvAColor* copies[4] = {cast.ACycle(id), cast.AFlash(id), cast.ASwitch(id), cast.AFade(id)};
+    return copies[int(kKind<K>)];
   }
 };
 using Kinds = ::testing::Types<QvACycle, QvAFade, QvAFlash, QvASwitch>;
@@ -110,21 +115,20 @@ struct PublicRange<
     : std::true_type {};
 
 TYPED_TEST(QvAColorKinds, NoTableWithoutAreaErrorFrameOrSource) {
-  static_assert(!PublicRange<TypeParam>::value, "a kind sets its own range");
-  static_assert(PublicRange<QvAColor>::value, "the base keeps the clock's range");
+  static_assert(!PublicRange<TypeParam>::value && PublicRange<QvAColor>::value,
+                "a kind sets its own range; the base keeps the clock's");
   TypeParam k;
   EXPECT_EQ((V{k.Error(), k.Top(), k.End()}), (V{16, 0, k.Count() - 1}));
   const P none{nullptr, nullptr, nullptr};
   EXPECT_EQ((P{k.Area(), k.CTable(0, &this->src), k.CTable(&this->src)}), none);
   EXPECT_NE(nullptr, k.CTable());
   static_cast<QvMPlayer&>(k).SetEnd(7);  // the slot keeps the clock's behaviour
-  const V was{k.End(), k.Count()};
+  const std::int32_t count = k.Count();
   QvPal pal = RangePal(0, 9);
   QvFailAllocation(1);  // no area object: nothing changes
-  EXPECT_EQ((V{k.RegArea(&pal), k.Error(), k.End(), k.Count()}), (V{0, 16, 7, was[1]}));
+  EXPECT_EQ((V{k.RegArea(&pal), k.Error(), k.End(), k.Count()}), (V{0, 16, 7, count}));
   this->Ready(k, 1);
   EXPECT_EQ((P{k.Area() ? nullptr : &k, k.CTable(0, nullptr), k.CTable(-1, nullptr)}), none);
-
   QvFailAllocation(1);
   TypeParam broken;  // no output table: every frame blocked
   this->Ready(broken, 1);
@@ -140,14 +144,12 @@ TYPED_TEST(QvAColorKinds, CurrentFrameIsTheClocksAndAllocatesNothing) {
   ASSERT_NE(nullptr, k.CTable(2, &this->src));
   const tbColorTable two = *k.CTable();
   QvFailAllocation(0);
-  for (int paused = 0; paused < 2; ++paused) {  // stopped or paused: cur as it is
+  for (int paused = 0; paused < 2; ++paused, k.Pause()) {  // stopped or paused: cur as it is
     ASSERT_NE(nullptr, k.CTable(0, &this->src));
     ASSERT_EQ(k.CTable(), k.CTable(&this->src));
     EXPECT_EQ(two, *k.CTable());
-    k.Pause();
   }
   EXPECT_EQ(0, QvAllocationCount());
-
   gMillis = 0;
   QvTickSource previous = QvSetTickSource(&FakeMillis);
   k.Play(30);
@@ -164,7 +166,7 @@ TYPED_TEST(QvAColorKinds, CurrentFrameIsTheClocksAndAllocatesNothing) {
 TYPED_TEST(QvAColorKinds, AreaLimitsAndDup) {
   // Area 4 to 6 (and 20, beyond FlagNum 16): other entries keep the source;
   // from FlagNum up nothing is written, except by a cycle, which copies all.
-  TypeParam a;
+  TypeParam a, b, none;
   QvPal pal = RangePal(4, 6);
   pal.SetFlag(20, 1);
   pal.SetFlagNum(16);
@@ -172,11 +174,10 @@ TYPED_TEST(QvAColorKinds, AreaLimitsAndDup) {
   a.SetSpeed(20);
   this->Ready(a, 3);
   ASSERT_EQ(1, a.RegArea(&pal));
-  TypeParam b;  // Dup passes mode, speed, area and the kind's own settings
-  a.Dup(&b);
-  EXPECT_EQ((V{b.Mode(), b.Speed(), b.Count(), b.End(), b.AreaFlag(5), b.AreaFlag(20), b.Error()}),
-            (V{1, 20, a.Count(), a.End(), 1, 1, 0}));
-  EXPECT_EQ((V{static_cast<std::int32_t>(b.AreaNum()), b.Area() != a.Area()}), (V{16, 1}));
+  a.Dup(&b);  // mode, speed, area and the kind's own settings
+  EXPECT_EQ((V{b.Mode(), b.Speed(), b.Count(), b.End(), b.AreaFlag(5), b.AreaFlag(20), b.Error(),
+               static_cast<std::int32_t>(b.AreaNum()), b.Area() != a.Area()}),
+            (V{1, 20, a.Count(), a.End(), 1, 1, 0, 16, 1}));
   const tbRGBColor marker(1, 2, 3);
   for (std::int16_t n = 0; n < 3; ++n) {
     Mark(a, marker);
@@ -195,98 +196,39 @@ TYPED_TEST(QvAColorKinds, AreaLimitsAndDup) {
   a.Dup(&a);  // into itself: kept
   EXPECT_EQ((V{a.Count(), a.AreaFlag(5)}), (V{b.Count(), 1}));
   a.Dup(nullptr);
-  TypeParam none;  // a source without an area gives an empty one
-  none.Dup(&b);
+  none.Dup(&b);  // a source without an area gives an empty one
   EXPECT_EQ((V{b.AreaFlag(5), b.Error()}), (V{0, 0}));
 }
 
-// Passing changes on to the cast members that hold copies.
-namespace {
-
-template <class K>
-constexpr char kKind = std::is_same_v<K, QvACycle>    ? 0
-                       : std::is_same_v<K, QvAFlash>  ? 1
-                       : std::is_same_v<K, QvASwitch> ? 2
-                                                      : 3;
-
-QvAColor* CopyOf(QvMCast& cast, std::int16_t id, char kind) {
-  QvAColor* copies[4] = {cast.ACycle(id), cast.AFlash(id), cast.ASwitch(id), cast.AFade(id)};
-  return copies[int(kind)];
-}
-
-std::string NameOf(QvMCast& cast, std::int16_t id) {
-  unsigned char** handle = nullptr;
-  if (!cast.GetName(id, &handle) || !handle) return "<none>";
-  std::string s(reinterpret_cast<char*>(*handle));
-  QvFreeString(handle);
-  return s;
-}
-
-// Attaches k to a new member of cast with the animation's own list.
-template <class K>
-std::int16_t Attach(QvMCast& cast, K& k, const char* name) {
-  unsigned char text[16] = {};
-  for (int i = 0; name && name[i] && i < 15; ++i) text[i] = static_cast<unsigned char>(name[i]);
-  const std::int16_t id = cast.New(name ? text : nullptr);
-  EXPECT_EQ(id, cast.RegAColor(id, &k, kKind<K>, 10, name ? text : nullptr, &k));
-  return id;
-}
-
-}  // namespace
-
-template <class K>
-struct QvAColorMembers : ::testing::Test {
-  NoFailures guard;
-  QvMCast cast;
-  QvAColor* Copy(std::int16_t id) { return CopyOf(cast, id, kKind<K>); }
-  // Speed and one area flag of a member's copy.
-  V Of(std::int16_t id, int flag) { return {Copy(id)->Speed(), Copy(id)->AreaFlag(B(flag))}; }
-};
-TYPED_TEST_SUITE(QvAColorMembers, Kinds);
-
-TYPED_TEST(QvAColorMembers, CopiesFollowUpdatesUntilDetached) {
-  std::int16_t named = -1, plain = -1, gone = -1;
+// Members of the cast store hold copies, renewed by the kind's own code (which
+// operations renew them: OperationsThatPassTheirChangeOn).
+TYPED_TEST(QvAColorKinds, CopiesFollowUpdatesUntilDetached) {
+  std::int16_t first = -1, gone = -1;
   {
     TypeParam k;
     QvFailAllocation(0);
     k.UpdateMCast();  // without members: nothing to do
     k.DelFromMCast();
     EXPECT_EQ(0, QvAllocationCount());
-    named = Attach(this->cast, k, "lamp");
-    plain = Attach(this->cast, k, nullptr);
-    QvMCast* store = nullptr;
-    std::int16_t first = -1;
-    ASSERT_EQ(1, static_cast<QvMCastList&>(k).Get(0, &store, &first));
-    EXPECT_EQ((V{store == &this->cast, first}), (V{1, named}));
-    QvAColor* before = this->Copy(named);
-    k.SetSpeed(15);  // the speed does not pass itself on ...
-    EXPECT_EQ((V{before == this->Copy(named), this->Of(named, 0)[0]}), (V{1, 30}));
-    k.UpdateMCast();  // ... until the host asks for it, names and ranges kept
-    EXPECT_NE(before, this->Copy(named));
-    EXPECT_EQ((V{this->Of(named, 0)[0], this->Of(plain, 0)[0], this->cast.Start(named)}),
-              (V{15, 15, 10}));
-    EXPECT_EQ(NameOf(this->cast, named) + NameOf(this->cast, plain), "lamp<none>");
-    QvPal pal = RangePal(40, 41);
-    before = this->Copy(named);
+    first = this->cast.New(nullptr);
+    ASSERT_EQ(first, this->cast.RegAColor(first, &k, kKind<TypeParam>, 10, nullptr, &k));
+    QvPal pal = RangePal(40, 41), other = RangePal(100, 101);
+    QvAColor* before = this->Copy(first);
     QvFailAllocation(1);  // a failed area renews nothing; a new one is passed on at once
-    EXPECT_EQ((V{k.RegArea(&pal), before == this->Copy(named)}), (V{0, 1}));
-    ASSERT_EQ(1, k.RegArea(&pal));
-    EXPECT_EQ((V{this->Of(named, 40)[1], this->Of(plain, 41)[1]}), (V{1, 1}));
-    EXPECT_EQ(NameOf(this->cast, named), "lamp");
+    EXPECT_EQ((V{k.RegArea(&pal), before == this->Copy(first), k.RegArea(&pal),
+                 this->Copy(first)->AreaFlag(41)}),
+              (V{0, 1, 1, 1}));
     k.DelFromMCast();  // detached: the copies keep the last settings
-    EXPECT_EQ(0, static_cast<QvMCastList&>(k).Get(0, &store, &first));
-    before = this->Copy(named);
-    QvPal other = RangePal(100, 101);
-    EXPECT_EQ((V{k.RegArea(&other), before == this->Copy(named)}), (V{1, 1}));
-    gone = Attach(this->cast, k, "gone");
+    before = this->Copy(first);
+    EXPECT_EQ((V{k.RegArea(&other), before == this->Copy(first)}), (V{1, 1}));
+    gone = this->cast.New(nullptr);
+    this->cast.RegAColor(gone, &k, kKind<TypeParam>, 10, nullptr, &k);
     k.SetSpeed(12);
+    k.UpdateMCast();
   }  // destruction detaches the members too
-  EXPECT_EQ(this->Of(named, 40), (V{15, 1}));
-  EXPECT_EQ(this->Of(gone, 100), (V{12, 1}));
-  EXPECT_EQ(NameOf(this->cast, gone), "gone");
-  for (std::int16_t id : {named, plain, gone}) {
-    EXPECT_EQ(1, this->cast.DelAColor(id, kKind<TypeParam>));
-  }
+  EXPECT_EQ((V{this->Copy(first)->AreaFlag(40), this->Copy(gone)->AreaFlag(100),
+               this->Copy(gone)->Speed()}),
+            (V{1, 1, 12}));
 }
 
 TEST(QvAColorMembersByKind, OperationsThatPassTheirChangeOn) {
@@ -296,10 +238,13 @@ TEST(QvAColorMembersByKind, OperationsThatPassTheirChangeOn) {
   QvAFade fade;
   QvAFlash flash;
   QvASwitch sw;
-  const std::int16_t c = Attach(cast, cycle, "c");
-  const std::int16_t f = Attach(cast, fade, "f");
-  const std::int16_t l = Attach(cast, flash, "l");
-  const std::int16_t s = Attach(cast, sw, "s");
+  auto attach = [&](QvAColor* k, QvMCastList* list, char kind) {
+    const std::int16_t id = cast.New(nullptr);
+    EXPECT_EQ(id, cast.RegAColor(id, k, kind, 10, nullptr, list));
+    return id;
+  };
+  const std::int16_t c = attach(&cycle, &cycle, 0), f = attach(&fade, &fade, 3),
+                     l = attach(&flash, &flash, 1), s = attach(&sw, &sw, 2);
   // Whether each step renewed the copy.
   auto renews = [&](QvAColor* (QvMCast::*get)(std::int16_t), std::int16_t id, auto step) {
     QvAColor* before = (cast.*get)(id);
@@ -307,8 +252,15 @@ TEST(QvAColorMembersByKind, OperationsThatPassTheirChangeOn) {
     return before != (cast.*get)(id);
   };
   tbColorTable t = GreyTable();
+  QvPal pal = RangePal(3, 4);
   const std::vector<bool> got = {
-      renews(&QvMCast::ACycle, c, [&] { cycle.SetMode(2); }),  // only the cycle's SetMode
+      renews(&QvMCast::ACycle, c, [&] { cycle.RegArea(&pal); }),
+      renews(&QvMCast::AFlash, l, [&] { flash.RegArea(&pal); }),
+      renews(&QvMCast::ASwitch, s, [&] { sw.RegArea(&pal); }),
+      renews(&QvMCast::AFade, f, [&] { fade.RegArea(&pal); }),
+      renews(&QvMCast::ACycle, c, [&] { cycle.SetSpeed(9); }),  // the speed does not pass itself on
+      renews(&QvMCast::ACycle, c, [&] { cycle.UpdateMCast(); }),  // until the host asks for it
+      renews(&QvMCast::ACycle, c, [&] { cycle.SetMode(2); }),     // only the cycle's SetMode
       renews(&QvMCast::AFade, f, [&] { fade.SetMode(1); }),
       renews(&QvMCast::AFade, f, [&] { fade.RegColor(tbRGBColor(1, 2, 3)); }),
       renews(&QvMCast::AFade, f, [&] { fade.RegColor(65535, 0, 0); }),
@@ -322,9 +274,9 @@ TEST(QvAColorMembersByKind, OperationsThatPassTheirChangeOn) {
       renews(&QvMCast::ASwitch, s, [&] { sw.DelCTable(5); }),
       renews(&QvMCast::ASwitch, s, [&] { sw.DelCTable(0); }),
   };
-  EXPECT_EQ(got, (std::vector<bool>{true, false, true, true, true, false, false, true, true, false,
-                                    false, false, true}));
-  EXPECT_EQ((V{cast.ACycle(c)->Mode(), cast.AFade(f)->Count(), cast.AFade(f)->Mode(),
-               cast.ASwitch(s)->Count()}),
-            (V{2, 7, 1, 1}));
+  EXPECT_EQ(got, (std::vector<bool>{true, true, true, true, false, true, true, false, true, true,
+                                    true, false, false, true, true, false, false, false, true}));
+  EXPECT_EQ((V{cast.ACycle(c)->Mode(), cast.ACycle(c)->Speed(), cast.AFade(f)->Count(),
+               cast.AFade(f)->Mode(), cast.ASwitch(s)->Count(), cast.AFlash(l)->AreaFlag(4)}),
+            (V{2, 9, 7, 1, 1, 1}));
 }

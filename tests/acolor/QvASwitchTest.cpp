@@ -40,29 +40,22 @@ struct Switch : QvASwitch {
 
 TEST(QvASwitch, RegisterAndDeleteKeepTheOrder) {
   NoFailures guard;
-  Switch s;
-  tbColorTable src = GreyTable();
-  EXPECT_EQ((P{s.CTable(0, &src)}), (P{nullptr}));
-  EXPECT_EQ((S{s.Order(), s.Reg(5, 'T'), s.Del(0)}),  // beyond the end of an empty switch
-            (S{"1  0..-1", "1 T 0..0", "1  0..-1"}));
+  Switch s;  // no frames; then a table beyond the end of an empty switch
+  EXPECT_EQ(s.CTable(0, nullptr), nullptr);
+  EXPECT_EQ((S{s.Order(), s.Reg(5, 'T'), s.Del(0)}), (S{"1  0..-1", "1 T 0..0", "1  0..-1"}));
   EXPECT_EQ((S{s.Reg(0, 'P'), s.Reg(1, 'Q'), s.Reg(0, 'R'), s.Reg(-1, 'S'), s.Reg(4, 'T')}),
             (S{"1 P 0..0", "1 PQ 0..1", "1 RPQ 0..2", "1 RPQS 0..3", "1 RPQST 0..4"}));
   EXPECT_EQ((S{s.Reg(2, 'T'), s.Del(5), s.Del(2), s.Del(1), s.Del(3), s.Del(32767)}),
             (S{"1 RPTQST 0..5", "1 RPTQS 0..4", "1 RPQS 0..3", "1 RQS 0..2", "0 RQS 0..2",
                "0 RQS 0..2"}));
+  // A null table is refused; a negative position deletes all, even none.
   EXPECT_EQ(s.RegCTable(0, nullptr), 0);
-  // A negative position deletes all, even none.
   EXPECT_EQ((S{s.Del(-1), s.Del(-5), s.Del(0)}), (S{"1  0..-1", "1  0..-1", "0  0..-1"}));
 
   // Failures change nothing; deleting everything needs no new array.
-  s.Reg(0, 'P');
-  s.Reg(1, 'Q');
-  QvFailAllocation(1);
-  EXPECT_EQ(s.Reg(0, 'R'), "0 PQ 0..1");
-  QvFailAllocation(1);
-  EXPECT_EQ(s.Del(0), "0 PQ 0..1");
-  QvFailAllocation(1);
-  EXPECT_EQ(s.Del(-1), "1  0..-1");
+  EXPECT_EQ((S{s.Reg(0, 'P'), s.Reg(1, 'Q'), (QvFailAllocation(1), s.Reg(0, 'R')),
+               (QvFailAllocation(1), s.Del(0)), (QvFailAllocation(1), s.Del(-1))}),
+            (S{"1 P 0..0", "1 PQ 0..1", "0 PQ 0..1", "0 PQ 0..1", "1  0..-1"}));
 }
 
 TEST(QvASwitch, KeepsItsOwnCopiesOfTheirSize) {

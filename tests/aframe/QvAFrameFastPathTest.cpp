@@ -32,8 +32,7 @@ void ReferenceCopy(const unsigned char* image, const unsigned char* mask, int ro
 // The placing form, pixel by pixel.
 void ReferenceDraw(QvAFrame& anim, unsigned char* dst, int dstRowBytes, int dstWidth, int dstHeight,
                    int x, int y, const QvPal* pal, int fill, int wrap, int scrollX, int scrollY) {
-  unsigned char* image = nullptr;
-  unsigned char* mask = nullptr;
+  unsigned char *image = nullptr, *mask = nullptr;
   std::int16_t w = 0, h = 0, ox = 0, oy = 0;
   anim.GetAImage(0, &image, &mask, &w, &h, &ox, &oy);
   const int left = x + ox, top = y + oy, right = left + w, bottom = top + h;
@@ -62,25 +61,14 @@ TEST(QvAFrameFastPath, MaskedCopiesMatchPixelByPixelRendering) {
   for (int round = 0; round < 400; ++round) {
     const int w = 1 + static_cast<int>(rng() % 150);
     const int h = 1 + static_cast<int>(rng() % 40);
-    std::vector<unsigned char> image(static_cast<std::size_t>(w * h));
-    std::vector<unsigned char> mask(image.size());
+    std::vector<unsigned char> image(static_cast<std::size_t>(w * h)), mask(image.size());
     const int style = static_cast<int>(rng() % 4);  // opaque, clear, mixed, runs
     for (std::size_t i = 0; i < image.size(); ++i) {
       image[i] = static_cast<unsigned char>(rng());
-      switch (style) {
-        case 0:
-          mask[i] = 255;
-          break;
-        case 1:
-          mask[i] = 0;
-          break;
-        case 2:
-          mask[i] = static_cast<unsigned char>(rng() % 3 == 0 ? 0 : rng());
-          break;
-        default:
-          mask[i] = ((i / 37) % 2) ? 255 : 0;
-          break;
-      }
+      mask[i] = style == 0   ? 255
+                : style == 1 ? 0
+                : style == 2 ? static_cast<unsigned char>(rng() % 3 == 0 ? 0 : rng())
+                             : ((i / 37) % 2 ? 255 : 0);
     }
     QvAFrame anim;
     ASSERT_EQ(anim.Reg(0, 0, 0, S16(w), S16(h), 0, 0, 1), 0);

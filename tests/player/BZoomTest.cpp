@@ -13,18 +13,11 @@ constexpr std::int32_t kMin = INT32_MIN;
 using V = std::vector<std::int32_t>;
 const float kNaN = std::numeric_limits<float>::quiet_NaN();
 
-// One conversion: the six values, the form (1 GPtoLP, 2 GPtoLP2), a rectangle
-// (left and right are x values, top and bottom y values) and its result. The
-// point and the size made of (left, top) must convert alike.
-struct Case {
-  const char* what;
-  float zx, zy, ox, oy, sx, sy;
-  int form;
-  std::int32_t in[4];
-  std::int32_t out[4];
-};
-
+// One conversion: the six values, the form (1 GPtoLP, 2 GPtoLP2), a rectangle (left and right
+// are x values, top and bottom y values) and its result. (left, top) as point and size alike.
 // clang-format off
+struct Case { const char* what; float zx, zy, ox, oy, sx, sy; int form;
+              std::int32_t in[4], out[4]; };
 const Case kCases[] = {
     {"defaults", 1, 1, 0, 0, 1, 1, 1, {-7, 12, kMax, kMin}, {-7, 12, kMax, kMin}},
     {"defaults 2", 1, 1, 0, 0, 1, 1, 2, {-7, 12, kMax, kMin}, {-7, 12, kMax, kMin}},
@@ -63,19 +56,16 @@ TEST(BZoomTest, ConversionTable) {
 }
 
 TEST(BZoomTest, SetZoomReturnsPreviousValuesAndCopiesCopy) {
-  using V = std::vector<float>;
   auto Values = [](const BZoom& z) {
-    return V{z.ZoomX(), z.ZoomY(), z.OffsetX(), z.OffsetY(), z.ScaleX(), z.ScaleY()};
+    return std::vector<float>{z.ZoomX(),   z.ZoomY(),  z.OffsetX(),
+                              z.OffsetY(), z.ScaleX(), z.ScaleY()};
   };
-  BZoom z;
-  BZoom arg(3.0f, 4.0f, 5.0f, 6.0f, 7.0f, 8.0f);
-  EXPECT_EQ(Values(z.SetZoom(arg)), (V{1, 1, 0, 0, 1, 1}));
-  EXPECT_EQ(Values(z.SetZoom(arg)), (V{3, 4, 5, 6, 7, 8}));
-  BZoom b(arg);
-  BZoom c;
+  BZoom z, c, arg(3.0f, 4.0f, 5.0f, 6.0f, 7.0f, 8.0f), b(arg);
+  const std::vector<float> want{3, 4, 5, 6, 7, 8};
+  EXPECT_EQ(Values(z.SetZoom(arg)), (std::vector<float>{1, 1, 0, 0, 1, 1}));
+  EXPECT_EQ(Values(z.SetZoom(arg)), want);
   EXPECT_EQ(&(c = arg), &c);
-  EXPECT_EQ(Values(b), (V{3, 4, 5, 6, 7, 8}));
-  EXPECT_EQ(Values(c), (V{3, 4, 5, 6, 7, 8}));
+  EXPECT_TRUE(Values(b) == want && Values(c) == want);
 }
 
 }  // namespace

@@ -27,16 +27,14 @@ struct Buffer {
   std::vector<unsigned char> px;
   tbPixMap map;
   Buffer(int width, int height, unsigned char fill, const tbRect& at = tbRect())
-      : w(width),
-        h(height),
-        row(width + 3),
-        px(static_cast<size_t>(row * height), fill),
-        map(px.data(), static_cast<std::int16_t>(row),
-            tbRect(at.left, at.top, at.left + width, at.top + height)) {}
+      : w(width), h(height), row(width + 3), px(static_cast<size_t>(row * height), fill) {
+    map = tbPixMap(px.data(), static_cast<std::int16_t>(row),
+                   tbRect(at.left, at.top, at.left + w, at.top + h));
+  }
   unsigned char& At(int x, int y) { return px[static_cast<size_t>(y * row + x)]; }
   void Pattern() {
-    for (int y = 0; y < h; ++y)
-      for (int x = 0; x < w; ++x) At(x, y) = static_cast<unsigned char>(y * 16 + x + 1);
+    for (int i = 0; i < w * h; ++i)
+      At(i % w, i / w) = static_cast<unsigned char>(i / w * 16 + i % w + 1);
   }
 };
 
@@ -48,15 +46,13 @@ std::vector<unsigned char> Expected(Buffer& src, Buffer& dst, const tbRect& s, c
   std::vector<unsigned char> out = dst.px;
   const int w = std::min(s.Width(), d.Width()), h = std::min(s.Height(), d.Height());
   const tbRect &sb = src.map.Bounds(), &db = dst.map.Bounds();
-  for (int y = 0; y < dst.h; ++y) {
-    for (int x = 0; x < dst.w; ++x) {
-      const int gx = x + db.left, gy = y + db.top;  // destination coordinates
-      if (gx < d.left || gx >= d.left + w || gy < d.top || gy >= d.top + h) continue;
-      if (rgn && !rgn->Contains(gx, gy)) continue;
-      const int sx = gx - d.left + s.left, sy = gy - d.top + s.top;
-      if (sx < sb.left || sx >= sb.right || sy < sb.top || sy >= sb.bottom) continue;
-      out[static_cast<size_t>(y * dst.row + x)] = src.At(sx - sb.left, sy - sb.top);
-    }
+  for (int i = 0; i < dst.w * dst.h; ++i) {
+    const int gx = i % dst.w + db.left, gy = i / dst.w + db.top;  // destination coordinates
+    if (gx < d.left || gx >= d.left + w || gy < d.top || gy >= d.top + h) continue;
+    if (rgn && !rgn->Contains(gx, gy)) continue;
+    const int sx = gx - d.left + s.left, sy = gy - d.top + s.top;
+    if (sx < sb.left || sx >= sb.right || sy < sb.top || sy >= sb.bottom) continue;
+    out[static_cast<size_t>(i / dst.w * dst.row + i % dst.w)] = src.At(sx - sb.left, sy - sb.top);
   }
   return out;
 }
@@ -73,12 +69,12 @@ void CheckCopy(Buffer& src, Buffer& dst, tbRect s, tbRect d, tbRegion* rgn) {
 
 TEST(CopyBitsTest, ColorToRgnMaskCopiesExactlyTheForeground) {
   Buffer src(7, 6, 200), dst(12, 10, 9);
-  for (int y = 0; y < 6; ++y)
-    for (int x = 0; x < 7; ++x)
-      if ((x * 3 + y * 5) % 4 != 0) src.At(x, y) = static_cast<unsigned char>(x + 10 * y);
+  for (int i = 0; i < 42; ++i)  // 7 x 6, background 200 where (3x + 5y) mod 4 is 0
+    if ((i % 7 * 3 + i / 7 * 5) % 4)
+      src.At(i % 7, i / 7) = static_cast<unsigned char>(i % 7 + 10 * (i / 7));
   QvRgn shape;
-  ASSERT_EQ(shape.ColorToRgn(src.px.data(), static_cast<std::int16_t>(src.row), 7, 6, 200, 1), 1);
   tbRegion mask;
+  ASSERT_EQ(shape.ColorToRgn(src.px.data(), static_cast<std::int16_t>(src.row), 7, 6, 200, 1), 1);
   ASSERT_NE(mask.New(), nullptr);
   mask.CopyRegion(&shape);
   mask.OffsetRegion(3, 2);
@@ -89,14 +85,15 @@ TEST(CopyBitsTest, ColorToRgnMaskCopiesExactlyTheForeground) {
 }
 
 TEST(CopyBitsTest, ClipsAtEveryEdgeAndCopiesOnlyInSrcCopyMode) {
-  const tbRect cases[][2] = {
+  // clang-format off
+  const tbRect cases[][2] = {  // inside, clipped on every side, smaller extents, outside, empty
       {{0, 0, 8, 8}, {0, 0, 8, 8}},       {{1, 1, 4, 4}, {4, 4, 7, 7}},
       {{0, 0, 8, 8}, {-3, -2, 5, 6}},     {{0, 0, 8, 8}, {3, 4, 11, 12}},
       {{-4, -1, 4, 7}, {0, 0, 8, 8}},     {{5, 6, 13, 14}, {0, 0, 8, 8}},
-      {{-2, -2, 10, 10}, {-5, 1, 7, 13}}, {{0, 0, 3, 9}, {1, 1, 9, 4}},  // smaller extents
+      {{-2, -2, 10, 10}, {-5, 1, 7, 13}}, {{0, 0, 3, 9}, {1, 1, 9, 4}},
       {{0, 0, 8, 8}, {20, 20, 28, 28}},   {{0, 0, 8, 8}, {-8, 0, 0, 8}},
-      {{2, 2, 2, 6}, {0, 0, 4, 4}},
-  };
+      {{2, 2, 2, 6}, {0, 0, 4, 4}}};
+  // clang-format on
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::Message() << c[0].left << "," << c[0].top << " " << c[1].left);
     Buffer src(8, 8, 0), dst(6, 7, 0xEE), dst2(6, 7, 0xEE);
@@ -116,11 +113,11 @@ TEST(CopyBitsTest, ClipsAtEveryEdgeAndCopiesOnlyInSrcCopyMode) {
   r.OffsetRegion(101, -48);
   CheckCopy(src, dst, tbRect(-11, 19, -5, 25), tbRect(99, -49, 105, -43), &r);
   CheckCopy(src, dst, tbRect(-11, 19, -5, 25), tbRect(99, -49, 105, -43), nullptr);
-  EXPECT_EQ(dst.At(0, 2), src.At(0, 0));  // (100, -48) takes (-10, 20)
-  EXPECT_EQ(dst.At(0, 1), 0xEE);          // its source row lies above the source
+  // (100, -48) takes (-10, 20); (100, -49)'s source row lies above the source.
+  EXPECT_EQ(Ints({dst.At(0, 2), dst.At(0, 1)}), Ints({src.At(0, 0), 0xEE}));
   // Other modes, uncreated regions and missing arguments copy nothing.
   Buffer one(4, 4, 1), two(4, 4, 2);
-  tbRect s(0, 0, 4, 4), d(0, 0, 4, 4);
+  tbRect s(0, 0, 4, 4), d(s);
   tbRegion never;
   tb.CopyBits(&one.map, &two.map, &s, &d, 0x00EE0086, nullptr);
   tb.CopyBits(&one.map, &two.map, &s, &d, kSrcCopy, &never);
@@ -133,15 +130,14 @@ TEST(CopyBitsTest, OverlappingCopiesWithinOnePixelMap) {
   // Two spans on most rows (column 3 left out), one on row 5: the order of
   // rows and spans matters.
   unsigned char shape[8][8];
-  for (int y = 0; y < 8; ++y)
-    for (int x = 0; x < 8; ++x) shape[y][x] = (x == 3 && y != 5) ? 0 : 1;
+  for (int i = 0; i < 64; ++i) shape[i / 8][i % 8] = (i % 8 == 3 && i / 8 != 5) ? 0 : 1;
   QvRgn r;
   ASSERT_EQ(r.ColorToRgn(&shape[0][0], 8, 8, 8, 0, 1), 1);
   tbRegion mask;
   ASSERT_NE(mask.New(), nullptr);
   mask.CopyRegion(&r);
   const tbRect moves[][2] = {{{0, 0, 6, 6}, {1, 1, 7, 7}},
-                             {{1, 1, 7, 7}, {0, 0, 6, 6}},
+                             {{1, 1, 7, 7}, {0, 0, 6, 6}},  //
                              {{0, 1, 6, 7}, {2, 0, 8, 6}},
                              {{2, 0, 8, 6}, {0, 1, 6, 7}}};
   for (const auto& m : moves) {
@@ -159,40 +155,31 @@ TEST(CopyBitsTest, NewGWorld) {
   tbGWorld* w = nullptr;
   ASSERT_EQ(tb.NewGWorld(&w, 8, &bounds, &table), 1);
   ASSERT_NE(w, nullptr);
-  EXPECT_EQ(w->bounds, bounds);
   tbPixMap* pm = w->PortPixMap();
-  EXPECT_EQ(pm->Offset(), 5);
-  EXPECT_EQ(pm->Bounds(), bounds);
-  EXPECT_EQ(std::count(pm->TopAddr(), pm->TopAddr() + 15, 0), 15);
-  EXPECT_EQ(*w->CTable(), table);
-  pm->TopAddr()[14] = 3;
-  EXPECT_EQ(pm->Pixel(4, 2), 3);
-  EXPECT_EQ(pm->Pixel(5, 2) + pm->Pixel(-1, 0), 0);  // outside
+  EXPECT_TRUE(w->bounds == bounds && pm->Bounds() == bounds && *w->CTable() == table);
+  EXPECT_EQ(Ints({pm->Offset(), int(std::count(pm->TopAddr(), pm->TopAddr() + 15, 0))}),
+            Ints({5, 15}));
+  pm->TopAddr()[14] = 3;  // (4, 2); outside pixels read 0
+  EXPECT_EQ(Ints({pm->Pixel(4, 2), pm->Pixel(5, 2), pm->Pixel(-1, 0)}), Ints({3, 0, 0}));
   tb.DisposeGWorld(w);
   tb.DisposeGWorld(nullptr);
   ASSERT_EQ(tb.NewGWorld(&w, 8, &bounds, nullptr), 1);
   EXPECT_EQ(*w->CTable(), tbColorTable());
   tb.DisposeGWorld(w);
-  // Bad requests and failed allocations give no world.
+  // Bad requests and failed allocations (the world, then its pixels) give no world.
   NoFailures guard;
   tbRect ok(0, 0, 4, 4);
-  const tbRect bad[] = {{1, 0, 4, 4}, {0, -1, 4, 4}, {0, 0, 0, 4}, {0, 0, 4, -2}, {0, 0, 32768, 1}};
-  w = reinterpret_cast<tbGWorld*>(&ok);  // must be overwritten with null
-  EXPECT_EQ(tb.NewGWorld(&w, 16, &ok, nullptr), 0);
-  EXPECT_EQ(w, nullptr);
   EXPECT_EQ(tb.NewGWorld(&w, 8, nullptr, nullptr) + tb.NewGWorld(nullptr, 8, &ok, nullptr), 0);
-  for (tbRect b : bad) {
-    w = reinterpret_cast<tbGWorld*>(&ok);
-    EXPECT_EQ(tb.NewGWorld(&w, 8, &b, nullptr), 0);
-    EXPECT_EQ(w, nullptr);
-  }
-  for (int k = 1; k <= 2; ++k) {  // the world, then its pixels
-    QvFailAllocation(k);
-    w = reinterpret_cast<tbGWorld*>(&ok);
-    EXPECT_EQ(tb.NewGWorld(&w, 8, &ok, nullptr), 0);
-    EXPECT_EQ(w, nullptr);
-    EXPECT_EQ(QvAllocationCount(), k);
-  }
+  auto none = [&](short depth, tbRect b, int fail) {
+    QvFailAllocation(fail);
+    w = reinterpret_cast<tbGWorld*>(&ok);  // must be overwritten with null
+    return tb.NewGWorld(&w, depth, &b, nullptr) == 0 && w == nullptr &&
+           (!fail || QvAllocationCount() == fail);
+  };
+  EXPECT_TRUE(none(16, ok, 0) && none(8, ok, 1) && none(8, ok, 2));
+  for (tbRect b : {tbRect(1, 0, 4, 4), tbRect(0, -1, 4, 4), tbRect(0, 0, 0, 4), tbRect(0, 0, 4, -2),
+                   tbRect(0, 0, 32768, 1)})
+    EXPECT_TRUE(none(8, b, 0)) << b.left << " " << b.right;
 }
 
 Ints Bounds(const BRegion& r) {
@@ -208,19 +195,12 @@ TEST(RegionTest, RectRegionOffsetCopyAndDispose) {
   EXPECT_TRUE(r.IsEmpty() && !r.Contains(1, 1) && r.RectCount() == 0 && !r.Handle());
   EXPECT_EQ(Bounds(r), Ints({0, 0, 0, 0}));
   void* h = r.New();
-  ASSERT_NE(h, nullptr);
-  EXPECT_EQ(r.New(), h);  // kept
-  EXPECT_TRUE(r.IsEmpty());
-  r.RectRegion(-2, 3, 4, 7);  // right and bottom excluded
-  EXPECT_EQ(r.RectCount(), 1);
+  EXPECT_TRUE(h && r.New() == h && r.IsEmpty());  // kept
+  r.RectRegion(-2, 3, 4, 7);                      // right and bottom excluded
   EXPECT_EQ(Bounds(r), Ints({-2, 3, 4, 7}));
-  EXPECT_TRUE(r.Contains(-2, 3) && r.Contains(3, 6));
+  EXPECT_TRUE(r.RectCount() == 1 && r.Contains(-2, 3) && r.Contains(3, 6));
   EXPECT_FALSE(r.Contains(4, 6) || r.Contains(3, 7));
-  r.RectRegion(5, 5, 5, 9);  // no width
-  EXPECT_TRUE(r.IsEmpty());
-  r.RectRegion(5, 9, 8, 2);
-  EXPECT_TRUE(r.IsEmpty());
-
+  EXPECT_TRUE((r.RectRegion(5, 5, 5, 9), r.IsEmpty()) && (r.RectRegion(5, 9, 8, 2), r.IsEmpty()));
   ASSERT_TRUE(a.New() && b.New());
   a.RectRegion(0, 0, 2, 2);
   a.OffsetRegion(-5, 10);
@@ -265,11 +245,9 @@ TEST(RegionTest, ColorToRgnCoversExactlyTheDifferingPixels) {
   }
   // A plain image: empty with flag 1, one merged rectangle with flag 0.
   unsigned char px[4] = {7, 7, 7, 7};
-  EXPECT_EQ(rgn.ColorToRgn(px, 2, 2, 2, 7, 1), 1);
-  EXPECT_TRUE(rgn.IsEmpty());
-  EXPECT_EQ(rgn.ColorToRgn(px, 2, 2, 2, 7, 0), 1);
+  EXPECT_TRUE(rgn.ColorToRgn(px, 2, 2, 2, 7, 1) == 1 && rgn.IsEmpty());
+  EXPECT_TRUE(rgn.ColorToRgn(px, 2, 2, 2, 7, 0) == 1 && rgn.RectCount() == 1);
   EXPECT_EQ(Bounds(rgn), Ints({0, 0, 2, 2}));
-  EXPECT_EQ(rgn.RectCount(), 1);
 }
 
 TEST(RegionTest, ColorToRgnRejectsBadImagesAndFailsCleanly) {
@@ -282,21 +260,16 @@ TEST(RegionTest, ColorToRgnRejectsBadImagesAndFailsCleanly) {
   EXPECT_EQ(bad.Handle(), nullptr);
   tbRegion r;
   QvFailAllocation(1);
-  EXPECT_EQ(r.New(), nullptr);
-  EXPECT_EQ(QvAllocationCount(), 1);
-  EXPECT_NE(r.New(), nullptr);
+  EXPECT_TRUE(!r.New() && QvAllocationCount() == 1 && r.New());
   Ring img;
-  QvFailAllocation(1);  // the region itself
-  EXPECT_EQ(rgn.ColorToRgn(img.data(), 8, 6, 5, 255, 1), 0);
-  EXPECT_EQ(rgn.Handle(), nullptr);
-  QvFailAllocation(2);  // the run array
-  EXPECT_EQ(rgn.ColorToRgn(img.data(), 8, 6, 5, 255, 1), 0);
-  EXPECT_EQ(QvAllocationCount(), 2);
-  QvFailAllocation(1);  // the region exists now: the run array is the first attempt
-  EXPECT_EQ(rgn.ColorToRgn(img.data(), 8, 6, 5, 255, 1), 0);
-  QvFailAllocation(0);
-  EXPECT_EQ(rgn.ColorToRgn(img.data(), 8, 6, 5, 255, 1), 1);
-  EXPECT_TRUE(rgn.Contains(5, 4));
+  // The region itself, the run array; once the region exists the run array is the first attempt.
+  auto color = [&](int fail) {
+    QvFailAllocation(fail);
+    return rgn.ColorToRgn(img.data(), 8, 6, 5, 255, 1);
+  };
+  EXPECT_EQ(Ints({color(1), rgn.Handle() != nullptr, color(2), QvAllocationCount(), color(1),
+                  color(0), rgn.Contains(5, 4)}),
+            Ints({0, 0, 0, 2, 0, 1, 1}));
 }
 
 }  // namespace

@@ -14,6 +14,7 @@
 namespace {
 
 using Ints = std::vector<int>;
+using U = std::vector<std::uint32_t>;
 
 std::uint32_t fakeNow = 0;
 std::uint32_t FakeTicks() { return fakeNow; }
@@ -29,8 +30,7 @@ TEST(PlatformTest, TickSourcesInstallRestoreAndWrap) {
   fakeNow = 0xFFFFFFF0u;
   const std::uint32_t start = GetTickCount();
   fakeNow += 0x20u;  // wraps to 0x10; the difference survives
-  EXPECT_EQ(GetTickCount(), 0x10u);
-  EXPECT_EQ(static_cast<std::uint32_t>(GetTickCount() - start), 0x20u);
+  EXPECT_EQ((U{GetTickCount(), GetTickCount() - start}), (U{0x10u, 0x20u}));
   EXPECT_EQ(QvSetTickSource(&OtherTicks), &FakeTicks);
   EXPECT_EQ(GetTickCount(), 7u);
   EXPECT_EQ(QvSetTickSource(nullptr), &OtherTicks);
@@ -40,25 +40,19 @@ TEST(PlatformTest, TickSourcesInstallRestoreAndWrap) {
 TEST(PlatformTest, AllocationsAreCountedAndOnlyTheKthFails) {
   NoFailures guard;
   QvFailAllocation(0);
-  EXPECT_EQ(GlobalAlloc(0, 0), nullptr);  // a size of 0 is no attempt
-  EXPECT_EQ(QvNewArray<int>(0), nullptr);
-  EXPECT_EQ(QvAllocationCount(), 0);
+  // A size of 0 is no attempt; blocks come zeroed.
+  EXPECT_TRUE(!GlobalAlloc(0, 0) && !QvNewArray<int>(0) && QvAllocationCount() == 0);
   auto* p = static_cast<unsigned char*>(GlobalAlloc(0, 64));
   ASSERT_NE(p, nullptr);
-  EXPECT_EQ(std::count(p, p + 64, 0), 64);  // zeroed
-  EXPECT_EQ(GlobalFree(p), nullptr);
-  EXPECT_EQ(GlobalFree(nullptr), nullptr);
-  EXPECT_EQ(QvAllocationCount(), 1);
-
+  EXPECT_EQ(std::count(p, p + 64, 0), 64);
+  EXPECT_TRUE(!GlobalFree(p) && !GlobalFree(nullptr) && QvAllocationCount() == 1);
   QvFailAllocation(3);
   void* a = GlobalAlloc(0, 4);
   int* b = QvNew<int>(5);
   void* c = GlobalAlloc(0, 4);  // the third attempt
   int* d = QvNewArray<int>(3);
   ASSERT_NE(b, nullptr);
-  EXPECT_EQ(*b, 5);
-  EXPECT_TRUE(a && !c && d);
-  EXPECT_EQ(QvAllocationCount(), 4);
+  EXPECT_TRUE(a && !c && d && *b == 5 && QvAllocationCount() == 4);
   GlobalFree(a);
   delete b;
   delete[] d;
@@ -70,21 +64,17 @@ TEST(PlatformTest, AllocationsAreCountedAndOnlyTheKthFails) {
 TEST(PlatformTest, SetRectAndNewString) {
   NoFailures guard;
   tbRect r;
-  SetRect(&r, -1, 2, 30, 40);
-  EXPECT_EQ(r, tbRect(-1, 2, 30, 40));
   SetRect(nullptr, 1, 2, 3, 4);  // ignored
-
+  EXPECT_EQ((SetRect(&r, -1, 2, 30, 40), r), tbRect(-1, 2, 30, 40));
   unsigned char text[] = "Cast 1", empty[] = "";
   unsigned char** h = tb.NewString(text);
-  ASSERT_TRUE(h && *h);
-  EXPECT_NE(*h, text);
+  ASSERT_TRUE(h && *h && *h != text);
   EXPECT_STREQ(reinterpret_cast<char*>(*h), "Cast 1");
   QvFreeString(h);
   QvFreeString(nullptr);
   EXPECT_EQ(tb.NewString(nullptr), nullptr);
   h = tb.NewString(empty);
-  ASSERT_NE(h, nullptr);
-  EXPECT_EQ((*h)[0], 0);
+  ASSERT_TRUE(h && (*h)[0] == 0);
   QvFreeString(h);
   for (int k = 1; k <= 2; ++k) {  // the handle, then the block
     QvFailAllocation(k);
@@ -93,47 +83,35 @@ TEST(PlatformTest, SetRectAndNewString) {
   }
 }
 
-TEST(ColorTableTest, SixteenBitComponentsAreDividedBy257) {
+TEST(ColorTableTest, ComponentsTablesAndSizes) {
   const unsigned short in[] = {65535, 32896, 65534, 256, 257, 0};
   const unsigned char out[] = {255, 128, 254, 0, 1, 0};
   for (int i = 0; i < 6; ++i) {
     tbRGBColor c;
-    c.SetRed(in[i]);
-    c.SetGreen(in[i]);
-    c.SetBlue(in[i]);
+    c.SetRed(in[i]), c.SetGreen(in[i]), c.SetBlue(in[i]);
     EXPECT_EQ(c, tbRGBColor(out[i], out[i], out[i])) << in[i];
   }
   tbRGBColor d(1, 128, 255);
   EXPECT_EQ(Ints({d.Red16(), d.Green16(), d.Blue16()}), Ints({257, 32896, 65535}));
   EXPECT_EQ(tbPoint(), tbPoint(0, 0));
-}
-
-TEST(ColorTableTest, TablesStartBlackAndFullClampAndWrap) {
-  tbColorTable a, b(72);
+  // Tables start black and full; sizes are clamped to 0 ... 255, indices wrap at 8 bits.
+  tbColorTable a, b(72), t;  // entry by entry and the size decide equality
   EXPECT_EQ(Ints({a.CTSize(), b.CTSize()}), Ints({255, 255}));
   for (int i = 0; i < 256; ++i)
     ASSERT_EQ(*a.CTTable(static_cast<std::int16_t>(i)), tbRGBColor(0, 0, 0)) << i;
+  const tbRGBColor c(1, 2, 3), red(255, 0, 0);
   EXPECT_EQ(a, b);
-  const tbRGBColor c(1, 2, 3);
   b.SetCTTable(200, &c);
   EXPECT_NE(a, b);
   a.SetCTTable(200, &c);
-  EXPECT_EQ(a, b);
-  a.SetCTSize(100);
-  EXPECT_NE(a, b);
-  // Sizes are clamped to 0 ... 255, indices wrap at 8 bits.
-  tbColorTable t;
-  const std::int16_t sizes[][2] = {{-3, 0}, {300, 255}, {15, 15}};
-  for (const auto& s : sizes) {
-    t.SetCTSize(s[0]);
-    EXPECT_EQ(t.CTSize(), s[1]) << s[0];
-  }
-  const tbRGBColor red(255, 0, 0);
+  EXPECT_TRUE(a == b && (a.SetCTSize(100), !(a == b)));
+  EXPECT_EQ(Ints({(t.SetCTSize(-3), t.CTSize()), (t.SetCTSize(300), t.CTSize()),
+                  (t.SetCTSize(15), t.CTSize())}),
+            Ints({0, 255, 15}));
   t.SetCTTable(256 + 3, &red);  // the low 8 bits: entry 3
+  t.SetCTTable(3, nullptr);     // ignored
   EXPECT_EQ(*t.CTTable(3), red);
   EXPECT_EQ(t.CTTable(-1), t.CTTable(255));
-  t.SetCTTable(3, nullptr);  // ignored
-  EXPECT_EQ(*t.CTTable(3), red);
 }
 
 TEST(ColorTableTest, PaletteAreaFlagsAndCount) {
@@ -143,15 +121,15 @@ TEST(ColorTableTest, PaletteAreaFlagsAndCount) {
   p.SetFlag(12, 5);  // any non-zero flags the index, as 1
   p.SetRange(250, 255, 1);
   EXPECT_EQ(Ints({p.Flag(12), p.Flag(249), p.Flag(250), p.Flag(255)}), Ints({1, 0, 1, 1}));
-  p.SetFlagNum(-5);
-  EXPECT_EQ(p.FlagNum(), 0);
-  p.SetFlagNum(1000);
-  EXPECT_EQ(p.FlagNum(), 256);
+  // The count is clamped to 0 ... 256; GetFlags copies, and resets from null.
+  EXPECT_EQ(Ints({(p.SetFlagNum(-5), static_cast<int>(p.FlagNum())),
+                  (p.SetFlagNum(1000), static_cast<int>(p.FlagNum()))}),
+            Ints({0, 256}));
   p.SetFlagNum(16);
   q.GetFlags(&p);
-  EXPECT_EQ(Ints({q.FlagNum(), q.Flag(12), q.Flag(255)}), Ints({16, 1, 1}));
-  q.GetFlags(nullptr);  // resets
-  EXPECT_EQ(Ints({q.FlagNum(), q.Flag(12)}), Ints({256, 0}));
+  EXPECT_EQ(Ints({static_cast<int>(q.FlagNum()), q.Flag(12), q.Flag(255)}), Ints({16, 1, 1}));
+  q.GetFlags(nullptr);
+  EXPECT_EQ(Ints({static_cast<int>(q.FlagNum()), q.Flag(12)}), Ints({256, 0}));
 }
 
 }  // namespace
