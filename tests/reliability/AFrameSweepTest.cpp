@@ -3,10 +3,6 @@
 // change also passes fresh copies on to them.
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
-#include "tests/reliability/Movie.h"
 #include "tests/reliability/Sweep.h"
 #include "toolbox/tbGWorld.h"
 #include "toolbox/tbToolBox.h"
@@ -16,313 +12,231 @@ namespace {
 
 // Every member holding a copy of the animation has all its frames, unless a
 // fault hit the passing on.
-void ExpectCopies(Movie& m, bool faulted, const std::string& where) {
-  if (faulted || m.level < Level::kImages) return;
+void ExpectCopies(Trial& t, Movie& m) {
+  if (t.faulted || m.level < kImages) return;
   for (std::int16_t id : {kFramed, kScroller}) {
     QvAFrame* copy = m.cast->AFrame(id);
-    ASSERT_NE(copy, nullptr) << where;
-    EXPECT_EQ(copy->CountAFrame(), m.frame->CountAFrame()) << where;
-    EXPECT_EQ(copy->CountMFrame(), m.frame->CountMFrame()) << where;
+    ASSERT_NE(copy, nullptr);
+    EXPECT_EQ(copy->CountAFrame(), m.frame->CountAFrame());
+    EXPECT_EQ(copy->CountMFrame(), m.frame->CountMFrame());
   }
 }
 
-// A second animation with two frames, made outside the injection.
-std::unique_ptr<FrameProbe> Other(Movie& m, bool images) {
-  auto a = std::make_unique<FrameProbe>();
-  a->Reg(-1, 1, 1, 6, 5, 3, 3, 2);
-  a->Reg(-1, 4, 2, 9, 7, 8, 5, 6);
-  a->SetZoom(1, 2.0, 1.0);
-  a->Activate(0);
-  if (images) {
-    for (std::int16_t i = 0; i < 2; ++i)
-      a->SetImage(i, m.picture.data(), Movie::kPictureWidth, Movie::kPictureWidth,
-                  Movie::kPictureHeight);
-  }
-  return a;
+// A change that succeeds even when passing it on fails; the copies are
+// checked.
+Op Simple(const std::string& name, unsigned levels, std::function<char(Movie&)> call) {
+  return {"QvAFrame::" + name, levels, [call](Trial& t, Movie& m) {
+            EXPECT_EQ(t([&] { return call(m); }), 1);
+            ExpectCopies(t, m);
+          }};
 }
 
-TEST(AFrameSweep, Reg) {
-  SweepMovie("QvAFrame::Reg", AllLevels(), [](Movie& m, int k, const std::string& where) {
-    const std::int16_t frames = m.frame->CountAFrame();
-    const std::int32_t end = m.frame->End();
-    std::int16_t r = 0;
-    const int n = Inject(k, [&] { r = m.frame->Reg(1, 2, 2, 5, 5, 4, 4, 2); });
-    if (r == -1) {
-      EXPECT_TRUE(Faulted(k, n)) << where;
-      EXPECT_EQ(m.frame->CountAFrame(), frames) << where;
-      EXPECT_EQ(m.frame->End(), end) << where;
-    } else {
-      EXPECT_EQ(r, frames < 1 ? frames : 1) << where;
-      EXPECT_EQ(m.frame->CountAFrame(), frames + 1) << where;
-    }
-    ExpectCopies(m, Faulted(k, n), where);
-    return n;
+// Whether frame i has an image, checking that image and mask go together.
+bool HasImage(QvAFrame& a, std::int16_t i, std::int16_t* w = nullptr) {
+  unsigned char *image = nullptr, *mask = nullptr;
+  a.GetAImage(i, &image, &mask, w, nullptr, nullptr, nullptr);
+  EXPECT_EQ(image == nullptr, mask == nullptr);
+  return image != nullptr;
+}
+
+TEST(AFrameSweep, Registration) {
+  SweepOps({
+      {"QvAFrame::Reg", kAll,
+       [](Trial& t, Movie& m) {
+         const std::int16_t frames = m.frame->CountAFrame();
+         const std::int32_t end = m.frame->End();
+         const std::int16_t r = t([&] { return m.frame->Reg(1, 2, 2, 5, 5, 4, 4, 2); });
+         if (t.Failed(r == -1)) {
+           EXPECT_EQ(m.frame->CountAFrame(), frames);
+           EXPECT_EQ(m.frame->End(), end);
+         } else {
+           EXPECT_EQ(r, frames < 1 ? frames : 1);
+           EXPECT_EQ(m.frame->CountAFrame(), frames + 1);
+         }
+         ExpectCopies(t, m);
+       }},
+      {"QvAFrame::Reg from another animation", kAll,
+       [](Trial& t, Movie& m) {
+         auto src = m.Other(true);
+         const std::int16_t frames = m.frame->CountAFrame();
+         const std::int16_t r = t([&] { return m.frame->Reg(0, src.get(), 1); });
+         if (t.Failed(r == -1)) {
+           EXPECT_EQ(m.frame->CountAFrame(), frames);
+         } else {
+           EXPECT_EQ(r, 0);
+           double zx = 0;
+           m.frame->GetAFrame(0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, &zx,
+                              nullptr, nullptr);
+           EXPECT_EQ(zx, 2.0);
+         }
+         ExpectCopies(t, m);
+       }},
   });
-  SweepMovie("QvAFrame::Reg from another animation", AllLevels(),
-             [](Movie& m, int k, const std::string& where) {
-               auto src = Other(m, true);
-               const std::int16_t frames = m.frame->CountAFrame();
-               std::int16_t r = 0;
-               const int n = Inject(k, [&] { r = m.frame->Reg(0, src.get(), 1); });
-               if (r == -1) {
-                 EXPECT_TRUE(Faulted(k, n)) << where;
-                 EXPECT_EQ(m.frame->CountAFrame(), frames) << where;
-               } else {
-                 EXPECT_EQ(r, 0) << where;
-                 double zx = 0;
-                 m.frame->GetAFrame(0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                                    nullptr, &zx, nullptr, nullptr);
-                 EXPECT_EQ(zx, 2.0) << where;
-               }
-               EXPECT_EQ(m.frame->UpdateLock(), 0) << where;
-               ExpectCopies(m, Faulted(k, n), where);
-               return n;
-             });
 }
 
 TEST(AFrameSweep, Images) {
-  SweepMovie("QvAFrame::SetOrgImage cut", LevelsFrom(Level::kPopulated),
-             [](Movie& m, int k, const std::string& where) {
-               char r = 0;
-               const int n = Inject(k, [&] {
-                 r = m.frame->SetOrgImage(1, m.picture.data(), Movie::kPictureWidth,
-                                          Movie::kPictureWidth, Movie::kPictureHeight);
-               });
-               unsigned char* org = nullptr;
-               std::int16_t w = 0, h = 0;
-               EXPECT_EQ(m.frame->GetOrgImage(1, &org, &w, &h), 1) << where;
-               if (r == 0) {
-                 EXPECT_TRUE(Faulted(k, n)) << where;
-                 EXPECT_EQ(org, nullptr) << where;
-               } else {
-                 EXPECT_NE(org, nullptr) << where;
-                 if (org) {
-                   EXPECT_EQ(org[0], m.picture[8]) << where;
-                 }
-               }
-               ExpectCopies(m, Faulted(k, n), where);
-               return n;
-             });
-  SweepMovie("QvAFrame::SetOrgImage copy", LevelsFrom(Level::kPopulated),
-             [](Movie& m, int k, const std::string& where) {
-               std::vector<unsigned char> buf(8 * 6, 77);
-               char r = 0;
-               const int n = Inject(k, [&] { r = m.frame->SetOrgImage(1, buf.data(), 8, 6); });
-               EXPECT_TRUE(r == 1 || Faulted(k, n)) << where;
-               unsigned char* org = nullptr;
-               std::int16_t w = 0, h = 0;
-               m.frame->GetOrgImage(1, &org, &w, &h);
-               EXPECT_EQ(org != nullptr, r == 1) << where;
-               return n;
-             });
-  SweepMovie("QvAFrame::SetImage transform", LevelsFrom(Level::kPopulated),
-             [](Movie& m, int k, const std::string& where) {
-               char r = 0;
-               const int n = Inject(k, [&] {
-                 r = m.frame->SetImage(2, m.picture.data(), Movie::kPictureWidth,
-                                       Movie::kPictureWidth, Movie::kPictureHeight);
-               });
-               unsigned char* image = nullptr;
-               unsigned char* mask = nullptr;
-               m.frame->GetAImage(2, &image, &mask, nullptr, nullptr, nullptr, nullptr);
-               EXPECT_EQ(image == nullptr, mask == nullptr) << where;
-               if (r == 1) {
-                 EXPECT_NE(image, nullptr) << where;
-               } else {
-                 EXPECT_TRUE(Faulted(k, n)) << where;
-               }
-               ExpectCopies(m, Faulted(k, n), where);
-               return n;
-             });
-  SweepMovie("QvAFrame::SetImage recompute", LevelsFrom(Level::kImages),
-             [](Movie& m, int k, const std::string& where) {
-               m.frame->SetRot(0, 1.0);
-               char r = 0;
-               const int n = Inject(k, [&] { r = m.frame->SetImage(0, nullptr, 0, 0, 0); });
-               EXPECT_TRUE(r == 1 || Faulted(k, n)) << where;
-               return n;
-             });
-  SweepMovie("QvAFrame::SetImage ready image", LevelsFrom(Level::kPopulated),
-             [](Movie& m, int k, const std::string& where) {
-               std::vector<unsigned char> image(5 * 4, 21), mask(5 * 4, 255);
-               char r = 0;
-               const int n = Inject(
-                   k, [&] { r = m.frame->SetImage(1, image.data(), mask.data(), 5, 4, -2, -2); });
-               unsigned char* got = nullptr;
-               unsigned char* gotMask = nullptr;
-               std::int16_t w = 0;
-               m.frame->GetAImage(1, &got, &gotMask, &w, nullptr, nullptr, nullptr);
-               EXPECT_EQ(got == nullptr, gotMask == nullptr) << where;
-               if (r == 1) {
-                 EXPECT_NE(got, nullptr) << where;
-                 EXPECT_EQ(w, 5) << where;
-               } else {
-                 EXPECT_TRUE(Faulted(k, n)) << where;
-               }
-               return n;
-             });
-  SweepMovie("QvAFrame::GetIcon", LevelsFrom(Level::kImages),
-             [](Movie& m, int k, const std::string& where) {
-               std::vector<unsigned char> dst(20 * 16, 9);
-               char r = 0;
-               const int n = Inject(k, [&] { r = m.frame->GetIcon(0, dst.data(), 20, 16, 16); });
-               EXPECT_TRUE(r == 1 || Faulted(k, n)) << where;
-               // Asked again, the thumbnail is made or served from the cache.
-               EXPECT_EQ(m.frame->GetIcon(0, dst.data(), 20, 16, 16), 1) << where;
-               return n;
-             });
+  SweepOps({
+      {"QvAFrame::SetOrgImage cut", kFromPopulated,
+       [](Trial& t, Movie& m) {
+         const char r = t([&] {
+           return m.frame->SetOrgImage(1, m.picture.data(), Movie::kPicW, Movie::kPicW,
+                                       Movie::kPicH);
+         });
+         unsigned char* org = nullptr;
+         std::int16_t w = 0, h = 0;
+         EXPECT_EQ(m.frame->GetOrgImage(1, &org, &w, &h), 1);
+         if (t.Failed(r == 0)) {
+           EXPECT_EQ(org, nullptr);
+         } else {
+           ASSERT_NE(org, nullptr);
+           EXPECT_EQ(org[0], m.picture[8]);
+         }
+         ExpectCopies(t, m);
+       }},
+      {"QvAFrame::SetOrgImage copy", kFromPopulated,
+       [](Trial& t, Movie& m) {
+         std::vector<unsigned char> buf(8 * 6, 77);
+         const bool failed =
+             t.Failed(t([&] { return m.frame->SetOrgImage(1, buf.data(), 8, 6); }) != 1);
+         unsigned char* org = nullptr;
+         std::int16_t w = 0, h = 0;
+         m.frame->GetOrgImage(1, &org, &w, &h);
+         EXPECT_EQ(org == nullptr, failed);
+       }},
+      {"QvAFrame::SetImage transform", kFromPopulated,
+       [](Trial& t, Movie& m) {
+         const bool failed = t.Failed(t([&] {
+                                        return m.frame->SetImage(2, m.picture.data(), Movie::kPicW,
+                                                                 Movie::kPicW, Movie::kPicH);
+                                      }) != 1);
+         const bool image = HasImage(*m.frame, 2);
+         EXPECT_TRUE(image || failed);
+         ExpectCopies(t, m);
+       }},
+      {"QvAFrame::SetImage recompute", kFromImages,
+       [](Trial& t, Movie& m) {
+         m.frame->SetRot(0, 1.0);
+         t.Failed(t([&] { return m.frame->SetImage(0, nullptr, 0, 0, 0); }) != 1);
+       }},
+      {"QvAFrame::SetImage ready image", kFromPopulated,
+       [](Trial& t, Movie& m) {
+         std::vector<unsigned char> pixels(5 * 4, 21), mask(5 * 4, 255);
+         const bool failed =
+             t.Failed(t([&] {
+                        return m.frame->SetImage(1, pixels.data(), mask.data(), 5, 4, -2, -2);
+                      }) != 1);
+         std::int16_t w = 0;
+         const bool image = HasImage(*m.frame, 1, &w);
+         EXPECT_TRUE(failed || (image && w == 5));
+       }},
+      {"QvAFrame::GetIcon", kFromImages,
+       [](Trial& t, Movie& m) {
+         std::vector<unsigned char> dst(20 * 16, 9);
+         t.Failed(t([&] { return m.frame->GetIcon(0, dst.data(), 20, 16, 16); }) != 1);
+         // Asked again, the thumbnail is made or served from the cache.
+         EXPECT_EQ(m.frame->GetIcon(0, dst.data(), 20, 16, 16), 1);
+       }},
+  });
 }
 
 TEST(AFrameSweep, Copies) {
-  SweepMovie("QvAFrame::Dup into another animation", AllLevels(),
-             [](Movie& m, int k, const std::string& where) {
-               auto dst = Other(m, true);
-               char r = 0;
-               const int n = Inject(k, [&] { r = m.frame->Dup(dst.get()); });
-               EXPECT_TRUE(r == 1 || Faulted(k, n)) << where;
-               if (r == 1) {
-                 EXPECT_EQ(dst->CountAFrame(), m.frame->CountAFrame()) << where;
-               }
-               EXPECT_EQ(dst->UpdateLock(), 0) << where << ": update lock left held";
-               EXPECT_EQ(dst->LookupLock(), 0) << where << ": lookup lock left held";
-               EXPECT_EQ(dst->End(), dst->CountMFrame() - 1) << where;
-               return n;
-             });
-  SweepMovie("QvAFrame::Dup into the animation with members", AllLevels(),
-             [](Movie& m, int k, const std::string& where) {
-               auto src = Other(m, true);
-               char r = 0;
-               const int n = Inject(k, [&] { r = src->Dup(m.frame.get()); });
-               EXPECT_TRUE(r == 1 || Faulted(k, n)) << where;
-               if (r == 1) {
-                 EXPECT_EQ(m.frame->CountAFrame(), 2) << where;
-               }
-               ExpectCopies(m, Faulted(k, n), where);
-               return n;
-             });
-  SweepMovie("QvAFrame::Backup", AllLevels(), [](Movie& m, int k, const std::string& where) {
-    auto dst = Other(m, false);
-    char r = 0;
-    const int n = Inject(k, [&] { r = m.frame->Backup(dst.get()); });
-    EXPECT_TRUE(r == 1 || Faulted(k, n)) << where;
-    if (r == 1) {
-      EXPECT_EQ(dst->CountAFrame(), m.frame->CountAFrame()) << where;
-    }
-    EXPECT_EQ(dst->UpdateLock(), 0) << where;
-    return n;
-  });
-  SweepMovie("QvAFrame::Restore", AllLevels(), [](Movie& m, int k, const std::string& where) {
-    auto src = Other(m, false);
-    char r = 0;
-    const int n = Inject(k, [&] { r = m.frame->Restore(src.get()); });
-    EXPECT_TRUE(r == 1 || Faulted(k, n)) << where;
-    if (r == 1) {
-      EXPECT_EQ(m.frame->CountAFrame(), 2) << where;
-    }
-    ExpectCopies(m, Faulted(k, n), where);
-    return n;
+  auto locksFree = [](FrameProbe& a) {
+    EXPECT_EQ(a.UpdateLock(), 0) << "update lock left held";
+    EXPECT_EQ(a.LookupLock(), 0) << "lookup lock left held";
+    EXPECT_EQ(a.End(), a.CountMFrame() - 1);
+  };
+  SweepOps({
+      {"QvAFrame::Dup into another animation", kAll,
+       [&](Trial& t, Movie& m) {
+         auto dst = m.Other(true);
+         EXPECT_TRUE(t.Failed(t([&] { return m.frame->Dup(dst.get()); }) != 1) ||
+                     dst->CountAFrame() == m.frame->CountAFrame());
+         locksFree(*dst);
+       }},
+      {"QvAFrame::Dup into the animation with members", kAll,
+       [](Trial& t, Movie& m) {
+         auto src = m.Other(true);
+         EXPECT_TRUE(t.Failed(t([&] { return src->Dup(m.frame.get()); }) != 1) ||
+                     m.frame->CountAFrame() == 2);
+         ExpectCopies(t, m);
+       }},
+      {"QvAFrame::Backup", kAll,
+       [&](Trial& t, Movie& m) {
+         auto dst = m.Other(false);
+         EXPECT_TRUE(t.Failed(t([&] { return m.frame->Backup(dst.get()); }) != 1) ||
+                     dst->CountAFrame() == m.frame->CountAFrame());
+         locksFree(*dst);
+       }},
+      {"QvAFrame::Restore", kAll,
+       [](Trial& t, Movie& m) {
+         auto src = m.Other(false);
+         EXPECT_TRUE(t.Failed(t([&] { return m.frame->Restore(src.get()); }) != 1) ||
+                     m.frame->CountAFrame() == 2);
+         ExpectCopies(t, m);
+       }},
   });
 }
 
 TEST(AFrameSweep, Drawing) {
+  std::vector<Op> ops;
   for (bool withPal : {false, true}) {
-    const std::string suffix = withPal ? " with a palette area" : "";
-    SweepMovie("QvAFrame::DrawAPicture" + suffix, LevelsFrom(Level::kImages),
-               [withPal](Movie& m, int k, const std::string& where) {
-                 tbGWorld* world = nullptr;
-                 tbRect bounds(0, 0, 20, 16);
-                 EXPECT_EQ(tb.NewGWorld(&world, 8, &bounds, &m.table), 1) << where;
-                 Canvas canvas(48, 32);
-                 char r = 0;
-                 const int n = Inject(k, [&] {
-                   r = m.frame->DrawAPicture(1, world, 10, 8, withPal ? &m.pal : nullptr,
-                                             withPal ? 3 : -1, 3, 2, 1, &canvas.map, 4, 4);
-                 });
-                 EXPECT_TRUE(r == 1 || Faulted(k, n)) << where;
-                 tb.DisposeGWorld(world);
-                 return n;
-               });
-    SweepMovie("QvAFrame::DrawMPicture" + suffix, LevelsFrom(Level::kImages),
-               [withPal](Movie& m, int k, const std::string& where) {
-                 tbGWorld* world = nullptr;
-                 tbRect bounds(0, 0, 20, 16);
-                 EXPECT_EQ(tb.NewGWorld(&world, 8, &bounds, &m.table), 1) << where;
-                 Canvas canvas(48, 32);
-                 char r = 0;
-                 const int n = Inject(k, [&] {
-                   r = m.frame->DrawMPicture(5, world, 10, 8, withPal ? &m.pal : nullptr, 0, 0, 0,
-                                             0, &canvas.map, -3, 20);
-                 });
-                 EXPECT_TRUE(r == 1 || Faulted(k, n)) << where;
-                 tb.DisposeGWorld(world);
-                 return n;
-               });
+    for (bool master : {false, true}) {
+      const std::string name = master ? "QvAFrame::DrawMPicture" : "QvAFrame::DrawAPicture";
+      ops.push_back({name + (withPal ? " with a palette area" : ""), kFromImages,
+                     [withPal, master](Trial& t, Movie& m) {
+                       tbGWorld* world = nullptr;
+                       tbRect bounds(0, 0, 20, 16);
+                       ASSERT_EQ(tb.NewGWorld(&world, 8, &bounds, &m.table), 1);
+                       Canvas canvas(48, 32);
+                       QvPal* pal = withPal ? &m.pal : nullptr;
+                       t.Failed(t([&] {
+                                  return master ? m.frame->DrawMPicture(5, world, 10, 8, pal, 0, 0,
+                                                                        0, 0, &canvas.map, -3, 20)
+                                                : m.frame->DrawAPicture(1, world, 10, 8, pal,
+                                                                        withPal ? 3 : -1, 3, 2, 1,
+                                                                        &canvas.map, 4, 4);
+                                }) != 1);
+                       tb.DisposeGWorld(world);
+                     }});
+    }
   }
+  SweepOps(ops);
 }
 
-// Changes that allocate only by passing fresh copies on to the members.
+// Changes that allocate only by passing fresh copies on to the members. The
+// walk is the same for every change: UpdateMCast is swept on every level with
+// members, the others on the first.
 TEST(AFrameSweep, PassingOn) {
-  struct Change {
-    const char* name;
-    std::function<char(QvAFrame&)> run;
-  };
-  const std::vector<Change> changes = {
-      {"Set", [](QvAFrame& a) { return a.Set(0, 1, 1, 7, 5, 3, 3); }},
-      {"SetPos", [](QvAFrame& a) { return a.SetPos(1, 3, 2); }},
-      {"SetSize", [](QvAFrame& a) { return a.SetSize(2, 4, 4); }},
-      {"SetAnchor", [](QvAFrame& a) { return a.SetAnchor(0, 0, 0); }},
-      {"SetInterval", [](QvAFrame& a) { return a.SetInterval(0, 9); }},
-      {"SetZoom", [](QvAFrame& a) { return a.SetZoom(0, 0.5, 2.0); }},
-      {"SetRot", [](QvAFrame& a) { return a.SetRot(1, -1.0); }},
-      {"Del", [](QvAFrame& a) { return a.Del(1); }},
-      {"DelAll",
-       [](QvAFrame& a) {
-         a.DelAll();
-         return char{1};
+  SweepOps({
+      Simple("Set", kImages, [](Movie& m) { return m.frame->Set(0, 1, 1, 7, 5, 3, 3); }),
+      Simple("SetPos", kImages, [](Movie& m) { return m.frame->SetPos(1, 3, 2); }),
+      Simple("SetSize", kImages, [](Movie& m) { return m.frame->SetSize(2, 4, 4); }),
+      Simple("SetAnchor", kImages, [](Movie& m) { return m.frame->SetAnchor(0, 0, 0); }),
+      Simple("SetInterval", kImages, [](Movie& m) { return m.frame->SetInterval(0, 9); }),
+      Simple("SetZoom", kImages, [](Movie& m) { return m.frame->SetZoom(0, 0.5, 2.0); }),
+      Simple("SetRot", kImages, [](Movie& m) { return m.frame->SetRot(1, -1.0); }),
+      Simple("Del", kImages, [](Movie& m) { return m.frame->Del(1); }),
+      Simple("DelAll", kImages, [](Movie& m) { return m.frame->DelAll(), char{1}; }),
+      Simple("UpdateMCast", kFromImages, [](Movie& m) { return m.frame->UpdateMCast(), char{1}; }),
+      Simple("UnlockUpdateMCast", kImages,
+             [](Movie& m) {
+               m.frame->LockUpdateMCast();
+               return m.frame->UnlockUpdateMCast(), char{1};
+             }),
+      {"QvAFrame::DelFromMCast", kFromImages,
+       [](Trial& t, Movie& m) {
+         t([&] { m.frame->DelFromMCast(); });
+         QvMCast* c = nullptr;
+         std::int16_t id = 0;
+         EXPECT_EQ(m.frame->Get(0, &c, &id), 0);
        }},
-      {"UpdateMCast",
-       [](QvAFrame& a) {
-         a.UpdateMCast();
-         return char{1};
+      {"QvAFrame destructor", kFromImages,
+       [](Trial& t, Movie& m) {
+         t([&] { m.frame.reset(); });
+         // The members keep their copies (unless a fault took one).
+         EXPECT_TRUE(t.faulted || m.cast->AFrame(kFramed));
        }},
-      {"UnlockUpdateMCast",
-       [](QvAFrame& a) {
-         a.LockUpdateMCast();
-         a.UnlockUpdateMCast();
-         return char{1};
-       }},
-  };
-  // The walk is the same for every change: UpdateMCast is swept on every
-  // level with members, the others on the first.
-  for (const Change& c : changes) {
-    const bool walk = std::string(c.name) == "UpdateMCast";
-    SweepMovie(std::string("QvAFrame::") + c.name,
-               walk ? LevelsFrom(Level::kImages) : std::vector<Level>{Level::kImages},
-               [&c](Movie& m, int k, const std::string& where) {
-                 char r = 0;
-                 const int n = Inject(k, [&] { r = c.run(*m.frame); });
-                 EXPECT_EQ(r, 1) << where;
-                 ExpectCopies(m, Faulted(k, n), where);
-                 return n;
-               });
-  }
-  SweepMovie("QvAFrame::DelFromMCast", LevelsFrom(Level::kImages),
-             [](Movie& m, int k, const std::string& where) {
-               const int n = Inject(k, [&] { m.frame->DelFromMCast(); });
-               QvMCast* c = nullptr;
-               std::int16_t id = 0;
-               EXPECT_EQ(m.frame->Get(0, &c, &id), 0) << where;
-               return n;
-             });
-  SweepMovie("QvAFrame destructor", LevelsFrom(Level::kImages),
-             [](Movie& m, int k, const std::string& where) {
-               const int n = Inject(k, [&] { m.frame.reset(); });
-               // The members keep their copies (unless a fault took one).
-               if (!Faulted(k, n)) {
-                 EXPECT_NE(m.cast->AFrame(kFramed), nullptr) << where;
-               }
-               return n;
-             });
+  });
 }
 
 }  // namespace

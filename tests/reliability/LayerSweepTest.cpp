@@ -2,9 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <string>
 
-#include "tests/reliability/Movie.h"
 #include "tests/reliability/Sweep.h"
 
 namespace reliability {
@@ -18,168 +16,114 @@ bool OnLayer(QvMLayer& layers, std::int16_t index, QvMCast* cast, std::int16_t i
   return false;
 }
 
-TEST(LayerSweep, New) {
+TEST(LayerSweep, Operations) {
+  std::vector<Op> ops;
   for (std::int16_t at : {0, -1}) {
-    SweepMovie("QvMLayer::New at " + std::to_string(at), AllLevels(),
-               [at](Movie& m, int k, const std::string& where) {
-                 const std::int16_t count = m.layers->Count();
-                 std::int16_t r = 0;
-                 const int n = Inject(k, [&] { r = m.layers->New(at, 42); });
-                 if (r == -1) {
-                   EXPECT_TRUE(Faulted(k, n)) << where;
-                   EXPECT_EQ(m.layers->Count(), count) << where;
-                   EXPECT_EQ(m.layers->ID2Index(42), -1) << where;
-                 } else {
-                   EXPECT_EQ(r, at == 0 ? 0 : count) << where;
-                   EXPECT_EQ(m.layers->Index2ID(r), 42) << where;
-                   EXPECT_EQ(m.layers->Count(), count + 1) << where;
-                 }
-                 return n;
-               });
+    ops.push_back({"QvMLayer::New at " + std::to_string(at), kAll, [at](Trial& t, Movie& m) {
+                     const std::int16_t count = m.layers->Count();
+                     const std::int16_t r = t([&] { return m.layers->New(at, 42); });
+                     if (t.Failed(r == -1)) {
+                       EXPECT_EQ(m.layers->Count(), count);
+                       EXPECT_EQ(m.layers->ID2Index(42), -1);
+                     } else {
+                       EXPECT_EQ(r, at == 0 ? 0 : count);
+                       EXPECT_EQ(m.layers->Index2ID(r), 42);
+                       EXPECT_EQ(m.layers->Count(), count + 1);
+                     }
+                   }});
   }
-}
-
-TEST(LayerSweep, RegCast) {
   for (char fit : {-1, 0, 1, 2, 3}) {
-    SweepMovie("QvMLayer::RegCast fit " + std::to_string(fit), LevelsFrom(Level::kPopulated),
-               [fit](Movie& m, int k, const std::string& where) {
-                 CastProbe* c = m.cast.get();
-                 // The member overlaps the neighbours on layer 0 in the fuller
-                 // states, so that every fitting has work to do.
-                 c->SetStartEnd(kTableOnly, 15, 45);
-                 char r = 0;
-                 const int n = Inject(k, [&] { r = m.layers->RegCast(0, c, kTableOnly, fit); });
-                 if (r == 0) {
-                   EXPECT_TRUE(Faulted(k, n)) << where;
-                   EXPECT_FALSE(OnLayer(*m.layers, 0, c, kTableOnly)) << where;
-                   EXPECT_EQ(c->Start(kTableOnly), 15) << where << ": range changed on failure";
-                   EXPECT_EQ(c->End(kTableOnly), 45) << where;
-                 } else {
-                   EXPECT_EQ(r, 1) << where;
-                   EXPECT_TRUE(OnLayer(*m.layers, 0, c, kTableOnly)) << where;
-                   EXPECT_EQ(c->End(kTableOnly) - c->Start(kTableOnly) <= 30, true) << where;
-                 }
-                 return n;
-               });
+    ops.push_back(
+        {"QvMLayer::RegCast fit " + std::to_string(fit), kFromPopulated, [fit](Trial& t, Movie& m) {
+           CastProbe* c = m.cast.get();
+           // The member overlaps the neighbours on layer 0 in the
+           // fuller states, so that every fitting has work to do.
+           c->SetStartEnd(kTableOnly, 15, 45);
+           const char r = t([&] { return m.layers->RegCast(0, c, kTableOnly, fit); });
+           const bool failed = t.Failed(r == 0);
+           EXPECT_EQ(OnLayer(*m.layers, 0, c, kTableOnly), !failed);
+           if (failed) {
+             EXPECT_EQ(c->Start(kTableOnly), 15) << "range changed on failure";
+             EXPECT_EQ(c->End(kTableOnly), 45);
+           } else {
+             EXPECT_EQ(r, 1);
+             EXPECT_LE(c->End(kTableOnly) - c->Start(kTableOnly), 30);
+           }
+         }});
   }
-  SweepMovie("QvMLayer::RegCast placed again", {Level::kLayers},
-             [](Movie& m, int k, const std::string& where) {
-               char r = 0;
-               const int n = Inject(k, [&] { r = m.layers->RegCast(0, m.cast.get(), kFramed, 3); });
-               EXPECT_EQ(r, 1) << where;
-               return n;
-             });
-}
-
-TEST(LayerSweep, FitCast) {
   for (char mode : {0, 3}) {
-    SweepMovie("QvMLayer::FitCast mode " + std::to_string(mode), {Level::kLayers},
-               [mode](Movie& m, int k, const std::string& where) {
-                 CastProbe* c = m.cast.get();
-                 c->SetStartEnd(kScroller, 5, 30);
-                 char r = 0;
-                 const int n = Inject(k, [&] { r = m.layers->FitCast(0, c, kScroller, mode); });
-                 EXPECT_TRUE(r == 0 || r == 1) << where;
-                 if (!Faulted(k, n)) {
-                   EXPECT_EQ(r, 1) << where;
-                 }
-                 EXPECT_LE(c->Start(kScroller), c->End(kScroller)) << where;
-                 return n;
-               });
+    ops.push_back(
+        {"QvMLayer::FitCast mode " + std::to_string(mode), kLayers, [mode](Trial& t, Movie& m) {
+           CastProbe* c = m.cast.get();
+           c->SetStartEnd(kScroller, 5, 30);
+           const char r = t([&] { return m.layers->FitCast(0, c, kScroller, mode); });
+           EXPECT_TRUE(r == 1 || (r == 0 && t.faulted));
+           EXPECT_LE(c->Start(kScroller), c->End(kScroller));
+         }});
   }
-}
-
-TEST(LayerSweep, MoveAndCopy) {
-  SweepMovie("QvMLayer::MoveCast", {Level::kLayers}, [](Movie& m, int k, const std::string& where) {
-    CastProbe* c = m.cast.get();
-    char r = 0;
-    const int n = Inject(k, [&] { r = m.layers->MoveCast(0, c, kFramed, 1); });
-    if (r == 0) {
-      EXPECT_TRUE(Faulted(k, n)) << where;
-      EXPECT_TRUE(OnLayer(*m.layers, 0, c, kFramed)) << where;
-      EXPECT_FALSE(OnLayer(*m.layers, 1, c, kFramed)) << where;
-    } else {
-      EXPECT_FALSE(OnLayer(*m.layers, 0, c, kFramed)) << where;
-      EXPECT_TRUE(OnLayer(*m.layers, 1, c, kFramed)) << where;
-    }
-    return n;
-  });
-  SweepMovie("QvMLayer::Copy to another layer", {Level::kLayers},
-             [](Movie& m, int k, const std::string& where) {
-               char r = 0;
-               const int n = Inject(k, [&] { r = m.layers->Copy(0, m.layers.get(), 1); });
-               EXPECT_TRUE(r == 1 || Faulted(k, n)) << where;
-               if (r == 1) {
-                 EXPECT_TRUE(OnLayer(*m.layers, 1, m.cast.get(), kScroller)) << where;
-               }
-               return n;
-             });
-  SweepMovie("QvMLayer::Copy to another store", {Level::kLayers},
-             [](Movie& m, int k, const std::string& where) {
-               LayerProbe other;
-               EXPECT_EQ(other.New(0, 1), 0) << where;
-               char r = 0;
-               const int n = Inject(k, [&] { r = m.layers->Copy(0, &other, 0); });
-               EXPECT_TRUE(r == 1 || Faulted(k, n)) << where;
-               QvMCast* c = nullptr;
-               std::int16_t id = 0;
-               std::int16_t copied = 0;
-               while (other.Get(0, copied, &c, &id)) ++copied;
-               EXPECT_EQ(copied == 3, r == 1) << where;
-               return n;
-             });
-}
-
-TEST(LayerSweep, Comment) {
-  SweepMovie("QvMLayer::NewComment", {Level::kEmpty, Level::kLayers},
-             [](Movie& m, int k, const std::string& where) {
-               char r = 0;
-               const int n = Inject(k, [&] { r = m.layers->NewComment(64); });
-               unsigned char* data = nullptr;
-               std::uint16_t size = 0;
-               m.layers->GetComment(&data, &size);
-               if (r == 0) {
-                 EXPECT_TRUE(Faulted(k, n)) << where;
-                 EXPECT_EQ(data, nullptr) << where;
-                 EXPECT_EQ(size, 0) << where;
-               } else {
-                 EXPECT_NE(data, nullptr) << where;
-                 EXPECT_EQ(size, 64) << where;
-               }
-               return n;
-             });
-  SweepMovie("QvMLayer::SetComment", {Level::kEmpty, Level::kLayers},
-             [](Movie& m, int k, const std::string& where) {
-               Text text("twelve bytes");
-               char r = 0;
-               const int n = Inject(k, [&] { r = m.layers->SetComment(text, 13); });
-               unsigned char* data = nullptr;
-               std::uint16_t size = 0;
-               m.layers->GetComment(&data, &size);
-               if (r == 0) {
-                 EXPECT_TRUE(Faulted(k, n)) << where;
-                 EXPECT_EQ(data, nullptr) << where;
-               } else {
-                 EXPECT_EQ(size, 13) << where;
-                 EXPECT_EQ(std::memcmp(data, "twelve bytes", 13), 0) << where;
-               }
-               return n;
-             });
-}
-
-TEST(LayerSweep, DrawPicture) {
-  for (std::int32_t t : {12, 25}) {
-    SweepMovie("QvMLayer::DrawPicture at " + std::to_string(t), {Level::kLayers},
-               [t](Movie& m, int k, const std::string&) {
-                 Canvas canvas(64, 48);
-                 return Inject(k, [&] { m.layers->DrawPicture(t, &canvas.map, &canvas.area); });
-               });
+  for (std::int32_t time : {12, 25}) {
+    ops.push_back(
+        {"QvMLayer::DrawPicture at " + std::to_string(time), kLayers, [time](Trial& t, Movie& m) {
+           Canvas canvas;
+           t([&] { m.layers->DrawPicture(time, &canvas.map, &canvas.area); });
+         }});
   }
+  SweepOps(ops);
 }
 
-TEST(LayerSweep, Destructor) {
-  SweepMovie("QvMLayer destructor", {Level::kLayers}, [](Movie& m, int k, const std::string&) {
-    return Inject(k, [&] { m.layers.reset(new LayerProbe); });
+TEST(LayerSweep, PlacementsAndComments) {
+  SweepOps({
+      {"QvMLayer::RegCast placed again", kLayers,
+       [](Trial& t, Movie& m) {
+         EXPECT_EQ(t([&] { return m.layers->RegCast(0, m.cast.get(), kFramed, 3); }), 1);
+       }},
+      {"QvMLayer::MoveCast", kLayers,
+       [](Trial& t, Movie& m) {
+         CastProbe* c = m.cast.get();
+         const bool failed = t.Failed(t([&] { return m.layers->MoveCast(0, c, kFramed, 1); }) == 0);
+         EXPECT_EQ(OnLayer(*m.layers, 0, c, kFramed), failed);
+         EXPECT_EQ(OnLayer(*m.layers, 1, c, kFramed), !failed);
+       }},
+      {"QvMLayer::Copy to another layer", kLayers,
+       [](Trial& t, Movie& m) {
+         EXPECT_TRUE(t.Failed(t([&] { return m.layers->Copy(0, m.layers.get(), 1); }) != 1) ||
+                     OnLayer(*m.layers, 1, m.cast.get(), kScroller));
+       }},
+      {"QvMLayer::Copy to another store", kLayers,
+       [](Trial& t, Movie& m) {
+         LayerProbe other;
+         EXPECT_EQ(other.New(0, 1), 0);
+         const bool failed = t.Failed(t([&] { return m.layers->Copy(0, &other, 0); }) != 1);
+         QvMCast* c = nullptr;
+         std::int16_t id = 0, copied = 0;
+         while (other.Get(0, copied, &c, &id)) ++copied;
+         EXPECT_EQ(copied == 3, !failed);
+       }},
+      {"QvMLayer::NewComment", kEmpty | kLayers,
+       [](Trial& t, Movie& m) {
+         const bool failed = t.Failed(t([&] { return m.layers->NewComment(64); }) == 0);
+         unsigned char* data = nullptr;
+         std::uint16_t size = 0;
+         m.layers->GetComment(&data, &size);
+         EXPECT_EQ(data == nullptr, failed);
+         EXPECT_EQ(size, failed ? 0 : 64);
+       }},
+      {"QvMLayer::SetComment", kEmpty | kLayers,
+       [](Trial& t, Movie& m) {
+         Text text("twelve bytes");
+         const bool failed = t.Failed(t([&] { return m.layers->SetComment(text, 13); }) == 0);
+         unsigned char* data = nullptr;
+         std::uint16_t size = 0;
+         m.layers->GetComment(&data, &size);
+         if (failed) {
+           EXPECT_EQ(data, nullptr);
+         } else {
+           EXPECT_EQ(size, 13);
+           EXPECT_EQ(std::memcmp(data, "twelve bytes", 13), 0);
+         }
+       }},
+      {"QvMLayer destructor", kLayers,
+       [](Trial& t, Movie& m) { t([&] { m.layers.reset(new LayerProbe); }); }},
   });
 }
 

@@ -1,20 +1,34 @@
 // The allocation-failure sweep: runs one operation on a fresh state once for
-// every allocation it makes, with exactly that allocation failing, and checks
-// each outcome, the state afterwards and that nothing leaked.
+// every allocation it makes, with exactly that allocation failing, checks each
+// outcome, that the objects stay consistent and usable, and that nothing
+// leaked. The states are a small movie (two cast stores, a frame animation,
+// one colour animation of each kind, a layer store) built up in levels.
 #pragma once
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "acolor/QvACycle.h"
+#include "acolor/QvAFade.h"
+#include "acolor/QvAFlash.h"
+#include "acolor/QvASwitch.h"
+#include "aframe/QvAFrame.h"
+#include "cast/QvMCast.h"
+#include "layer/QvMLayer.h"
+#include "toolbox/QvPal.h"
 #include "toolbox/QvPlatform.h"
+#include "toolbox/tbColorTable.h"
+#include "toolbox/tbPixMap.h"
+#include "toolbox/tbRect.h"
 
 namespace reliability {
 
-// Number of objects allocated with operator new and not freed yet, counted
-// in the builds without AddressSanitizer (whose LeakSanitizer checks there);
-// -1 when not counted.
+// Number of objects allocated with operator new and not freed yet, counted in
+// the builds without AddressSanitizer (whose LeakSanitizer checks there); -1
+// when not counted.
 long LiveAllocations();
 
 // Runs op with the k-th allocation attempt failing (k = 0: none fails) and
@@ -28,33 +42,147 @@ int Inject(int k, F&& op) {
   return attempts;
 }
 
-// True when the run of Inject(k, ...) that made `attempts` attempts had its
-// k-th attempt fail.
-inline bool Faulted(int k, int attempts) { return k > 0 && attempts >= k; }
+// One run of an operation in a sweep: the operation's call goes through
+// operator(), which makes its k-th allocation fail.
+struct Trial {
+  int k = 0;
+  int attempts = 0;
+  bool faulted = false;  // the k-th allocation was reached and failed
 
-// One trial: builds a fresh state, runs the operation under Inject(k, ...),
-// checks the result and the state, makes a later operation succeed and
-// destroys everything. Returns the attempts counted by Inject.
-using Trial = std::function<int(int k)>;
-
-// Sweeps k = 0 (the reference run), 1, 2, ... until a trial makes fewer than
-// k attempts. Records the operation and its number of injected faults, and
-// checks for leaks around each trial in the builds that count allocations.
-// Returns the number of injected faults.
-int Sweep(const std::string& operation, const Trial& trial);
-
-// The operations swept so far and their fault counts.
-struct SweepRecord {
-  std::string operation;
-  int faults = 0;
+  template <class F>
+  auto operator()(F&& op) {
+    struct Off {
+      Trial& t;
+      ~Off() {
+        t.attempts = QvAllocationCount();
+        QvFailAllocation(0);
+        t.faulted = t.k > 0 && t.attempts >= t.k;
+      }
+    };
+    QvFailAllocation(k);
+    Off off{*this};
+    return op();
+  }
+  // Checks that a failure result comes only with a fault; gives `failed`.
+  bool Failed(bool failed) const;
 };
-const std::vector<SweepRecord>& Records();
+
+// Sweeps k = 0 (the reference run), 1, 2, ... until a trial makes fewer than k
+// attempts, checking for leaks around each trial. The run of each trial goes
+// through the Trial it is given.
+void Sweep(const std::string& operation, const std::function<void(Trial&)>& trial);
+
+// The levels of the movie, as bits of a set; each level contains the ones
+// before.
+enum Level : unsigned {
+  kEmpty = 1,      // every object constructed, nothing registered
+  kPopulated = 2,  // members with names, ranges, Dft entries, anchors, scrolling,
+                   // own colour tables; frames without images; colour areas
+  kImages = 4,     // the frames have images; members carry frame animation copies
+  kColour = 8,     // members carry colour animation copies of all four kinds
+  kLayers = 16,    // members placed on layers; a backup store holds copies
+  kAll = 31,
+  kFromPopulated = 30,
+  kFromImages = 28,
+  kFromColour = 24,
+};
+
+// Cast ids of the members of the main store (present from kPopulated on,
+// except where noted).
+constexpr std::int16_t kPlain = 0;      // name and range only
+constexpr std::int16_t kPath = 1;       // Dft entries, anchor path, scrolling
+constexpr std::int16_t kTableOnly = 2;  // own colour table and palette area
+constexpr std::int16_t kFramed = 3;     // kImages: frame animation and colour table
+constexpr std::int16_t kScroller = 4;   // kImages: frame animation, anchors, scrolling
+constexpr std::int16_t kColoured = 5;   // kColour: frame, table and four colour kinds
+
+// Probes that open the protected state of the objects the movie owns.
+class CastProbe : public QvMCast {
+ public:
+  QvMCastInfo* Head() const { return head; }
+  char Locked() const { return lockFlag; }
+};
+class LayerProbe : public QvMLayer {
+ public:
+  QvMLayerInfo* Head() const { return head; }
+  unsigned char* Comment() const { return comment; }
+  std::uint16_t CommentSize() const { return commentSize; }
+};
+class FrameProbe : public QvAFrame {
+ public:
+  QvAFrameInfo* Frames() const { return frameList; }
+  signed char UpdateLock() const { return updateLock; }
+  unsigned char LookupLock() const { return lockFlag; }
+};
+class SwitchProbe : public QvASwitch {
+ public:
+  std::int16_t TableCount() const { return count; }
+  tbColorTable* Tables() const { return tables; }
+};
+class CycleProbe : public QvACycle {
+ public:
+  QvACycleInfo* Ranges() const { return head; }
+};
+
+// An 8-bit pixel map with its own buffer.
+struct Canvas {
+  Canvas(std::int16_t w = 64, std::int16_t h = 48);
+  std::vector<unsigned char> pixels;
+  tbPixMap map;
+  tbRect area;
+};
+
+struct Movie {
+  Movie();
+  std::unique_ptr<CastProbe> cast, backup;
+  std::unique_ptr<FrameProbe> frame;
+  std::unique_ptr<CycleProbe> cycle;
+  std::unique_ptr<QvAFlash> flash;
+  std::unique_ptr<SwitchProbe> switcher;
+  std::unique_ptr<QvAFade> fade;
+  std::unique_ptr<LayerProbe> layers;
+
+  // The colour animation of a kind (0 cycle, 1 flash, 2 switch, 3 fade).
+  QvAColor* Colour(int kind) const;
+  // Calls f with the colour animation of a kind, as its own class.
+  template <class F>
+  void OnColour(int kind, F&& f) {
+    if (kind == 0) f(cycle.get());
+    if (kind == 1) f(flash.get());
+    if (kind == 2) f(switcher.get());
+    if (kind == 3) f(fade.get());
+  }
+  // Destroys the colour animation of a kind.
+  void DropColour(int kind);
+  // A second frame animation with two frames (with images when asked).
+  std::unique_ptr<FrameProbe> Other(bool images);
+
+  Level level = kEmpty;
+  QvPal pal;                           // indices 16 to 31
+  tbColorTable table;                  // a ramp of distinct colours
+  std::vector<unsigned char> picture;  // 24 x 16 source picture
+  static constexpr std::int16_t kPicW = 24, kPicH = 16;
+};
+
+// One allocating operation: its body runs the call through the Trial and
+// checks the result and the objects it affects.
+struct Op {
+  std::string name;
+  unsigned levels;
+  std::function<void(Trial&, Movie&)> body;
+};
+
+// Sweeps every operation on a fresh movie of each of its levels. Each trial
+// then checks the movie's consistency (links, counts, flags, reference lists
+// and back-references), runs later operations that must succeed (passing
+// animations on, drawing, icons, names, registrations, copies) and destroys
+// everything, in alternating orders.
+void SweepOps(const std::vector<Op>& ops);
 
 // A writable copy of a string for the interfaces that take unsigned char*.
 class Text {
  public:
-  explicit Text(const char* s);
-  unsigned char* get() { return bytes.data(); }
+  explicit Text(const char* s) : bytes(s, s + std::char_traits<char>::length(s) + 1) {}
   operator unsigned char*() { return bytes.data(); }
 
  private:
