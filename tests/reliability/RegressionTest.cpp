@@ -36,17 +36,17 @@ bool Holds(QvMCastList* list, QvMCast* cast, std::int16_t id) {
 // reference list (a registration makes it last).
 template <class Reg>
 void FailListEntry(Reg reg, QvMCastList* list, int listIndex) {
-  int last = 0;
+  Trial count;
   {
     Store store;
     ASSERT_EQ(store.New(0, nullptr), 1);
-    last = Inject(0, [&] { reg(store); });
+    count([&] { reg(store); });
     store.DelAll();
   }
-  ASSERT_GT(last, 0);
+  ASSERT_GT(count.attempts, 0);
   Store store;
   ASSERT_EQ(store.New(0, nullptr), 1);
-  Inject(last, [&] { reg(store); });
+  Trial{count.attempts}([&] { reg(store); });
   EXPECT_FALSE(Holds(list, &store, 0));
   // Without the list entry the member must not refer to the list: the
   // animation would never clear the reference, and once it is destroyed the

@@ -364,28 +364,30 @@ void Sweep(const std::string& operation, const std::function<void(Trial&)>& tria
 }
 
 void SweepOps(const std::vector<Op>& ops) {
-  for (const Op& op : ops) {
-    for (int i = 0; i < 5; ++i) {
-      const unsigned level = 1u << i;
-      if (!(op.levels & level)) continue;
-      Sweep(op.name + " [" + kLevelNames[i] + "]", [&](Trial& t) {
-        QvFailAllocation(0);
-        auto m = std::make_unique<Movie>();
-        m->level = static_cast<Level>(level);
-        if (level >= kPopulated) BuildPopulated(*m);
-        if (level >= kImages) BuildImages(*m);
-        if (level >= kColour) BuildColour(*m);
-        if (level >= kLayers) BuildLayers(*m);
-        if (::testing::Test::HasFatalFailure()) return;
-        op.body(t, *m);
-        Verify(*m);
-        Exercise(*m);
-        SCOPED_TRACE("after the later operations");
-        Verify(*m);
-        Destroy(std::move(m), t.k % 2 == 0);
-      });
+  for (const Op& op : ops) SweepOp(op.name, op.levels, op.body);
+}
+
+void SweepOp(const std::string& name, unsigned levels, const Body& body) {
+  for (int i = 0; i < 5; ++i) {
+    const unsigned level = 1u << i;
+    if (!(levels & level)) continue;
+    Sweep(name + " [" + kLevelNames[i] + "]", [&](Trial& t) {
+      QvFailAllocation(0);
+      auto m = std::make_unique<Movie>();
+      m->level = static_cast<Level>(level);
+      if (level >= kPopulated) BuildPopulated(*m);
+      if (level >= kImages) BuildImages(*m);
+      if (level >= kColour) BuildColour(*m);
+      if (level >= kLayers) BuildLayers(*m);
       if (::testing::Test::HasFatalFailure()) return;
-    }
+      body(t, *m);
+      Verify(*m);
+      Exercise(*m);
+      SCOPED_TRACE("after the later operations");
+      Verify(*m);
+      Destroy(std::move(m), t.k % 2 == 0);
+    });
+    if (::testing::Test::HasFatalFailure()) return;
   }
 }
 
@@ -418,6 +420,11 @@ Movie::Movie()
 QvAColor* Movie::Colour(int kind) const {
   QvAColor* anims[4] = {cycle.get(), flash.get(), switcher.get(), fade.get()};
   return anims[kind];
+}
+
+QvMCastList* Movie::ColourList(int kind) const {
+  QvMCastList* lists[4] = {cycle.get(), flash.get(), switcher.get(), fade.get()};
+  return lists[kind];
 }
 
 void Movie::DropColour(int kind) {

@@ -31,19 +31,8 @@ namespace reliability {
 // when not counted.
 long LiveAllocations();
 
-// Runs op with the k-th allocation attempt failing (k = 0: none fails) and
-// gives the number of attempts op made. Failing is off again afterwards.
-template <class F>
-int Inject(int k, F&& op) {
-  QvFailAllocation(k);
-  op();
-  const int attempts = QvAllocationCount();
-  QvFailAllocation(0);
-  return attempts;
-}
-
-// One run of an operation in a sweep: the operation's call goes through
-// operator(), which makes its k-th allocation fail.
+// One run of an operation: its call goes through operator(), which makes the
+// k-th allocation attempt fail (k = 0: none) and counts the attempts.
 struct Trial {
   int k = 0;
   int attempts = 0;
@@ -65,6 +54,11 @@ struct Trial {
   }
   // Checks that a failure result comes only with a fault; gives `failed`.
   bool Failed(bool failed) const;
+  // Runs an operation that gives 1 on success; true when it succeeded.
+  template <class F>
+  bool Ok(F&& op) {
+    return !Failed((*this)(op) != 1);
+  }
 };
 
 // Sweeps k = 0 (the reference run), 1, 2, ... until a trial makes fewer than k
@@ -142,8 +136,10 @@ struct Movie {
   std::unique_ptr<QvAFade> fade;
   std::unique_ptr<LayerProbe> layers;
 
-  // The colour animation of a kind (0 cycle, 1 flash, 2 switch, 3 fade).
+  // The colour animation of a kind (0 cycle, 1 flash, 2 switch, 3 fade), and
+  // the same object as the list of its members.
   QvAColor* Colour(int kind) const;
+  QvMCastList* ColourList(int kind) const;
   // Calls f with the colour animation of a kind, as its own class.
   template <class F>
   void OnColour(int kind, F&& f) {
@@ -164,19 +160,19 @@ struct Movie {
   static constexpr std::int16_t kPicW = 24, kPicH = 16;
 };
 
-// One allocating operation: its body runs the call through the Trial and
-// checks the result and the objects it affects.
+// Sweeps an allocating operation on a fresh movie of each of its levels. The
+// body runs the call through the Trial and checks the result and the objects
+// it affects; each trial then checks the movie's consistency (links, counts,
+// flags, reference lists and back-references), runs later operations that
+// must succeed (passing animations on, drawing, icons, names, registrations,
+// copies) and destroys everything, in alternating orders.
+using Body = std::function<void(Trial&, Movie&)>;
+void SweepOp(const std::string& name, unsigned levels, const Body& body);
 struct Op {
   std::string name;
   unsigned levels;
-  std::function<void(Trial&, Movie&)> body;
+  Body body;
 };
-
-// Sweeps every operation on a fresh movie of each of its levels. Each trial
-// then checks the movie's consistency (links, counts, flags, reference lists
-// and back-references), runs later operations that must succeed (passing
-// animations on, drawing, icons, names, registrations, copies) and destroys
-// everything, in alternating orders.
 void SweepOps(const std::vector<Op>& ops);
 
 // A writable copy of a string for the interfaces that take unsigned char*.
