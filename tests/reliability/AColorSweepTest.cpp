@@ -60,13 +60,13 @@ TEST(AColorSweep, PerKind) {
       EXPECT_TRUE(failed || a->AreaFlag(20) == 1);
     });
     SweepOp(name + "::UpdateMCast", kColour, [kind](Trial& t, Movie& m) {
-      t([&] { m.OnColour(kind, [](auto* a) { a->UpdateMCast(); }); });
+      t([&] { m.OnColour(kind, [](auto& a) { a->UpdateMCast(); }); });
     });
     SweepOp(name + "::DelFromMCast", kColour, [kind](Trial& t, Movie& m) {
-      t([&] { m.OnColour(kind, [](auto* a) { a->DelFromMCast(); }); });
+      t([&] { m.OnColour(kind, [](auto& a) { a->DelFromMCast(); }); });
     });
     SweepOp(name + " destructor", kColour, [kind](Trial& t, Movie& m) {
-      t([&] { m.DropColour(kind); });
+      t([&] { m.OnColour(kind, [](auto& a) { a.reset(); }); });
       // The members keep working copies.
       EXPECT_TRUE(t.faulted || m.cast->IsAColor(kColoured) == 1);
     });

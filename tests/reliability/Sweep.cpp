@@ -31,42 +31,36 @@ class SweepReport : public ::testing::Environment {
 // A runaway sweep (an operation that allocates without end) stops here.
 constexpr int kMaxFaults = 200000;
 
-QvMCastList* ListOf(QvMCastList* a) { return a; }
-
-void BuildPopulated(Movie& m) {
+// Builds the movie up to the level, with fault injection off.
+void Build(Movie& m, unsigned level) {
+  if (level < kPopulated) return;
   CastProbe& c = *m.cast;
-  Text plain("plain"), path("path"), tableOnly("table");
-  ASSERT_EQ(c.New(kPlain, plain), 1);
+  FrameProbe& f = *m.frame;
+  ASSERT_EQ(c.New(kPlain, Text("plain")), 1);
   ASSERT_EQ(c.SetStartEnd(kPlain, 0, 9), 1);
-  ASSERT_EQ(c.New(kPath, path), 1);
+  ASSERT_EQ(c.New(kPath, Text("path")), 1);
   QvMCastDft dft[3];
-  for (int i = 0; i < 3; ++i) {
-    dft[i].pointA = tbPoint(i, i + 1);
-    dft[i].pointC = tbPoint(-i, 7);
-    dft[i].flag = static_cast<char>(i);
-  }
-  ASSERT_EQ(c.SetStartEnd(kPath, 0, 19), 1);
-  ASSERT_EQ(c.RegDft(kPath, 7, dft, 3, 1, path, nullptr), kPath);
   QvMCastAnc anc[6];
   for (int i = 0; i < 6; ++i) {
+    if (i < 3) dft[i].pointA = tbPoint(i, i + 1), dft[i].pointC = tbPoint(-i, 7);
+    if (i < 3) dft[i].flag = static_cast<char>(i);
     anc[i].point = tbPoint(4 * i, 2 * i + 1);
     anc[i].flag = static_cast<char>(i % 3 == 0 ? 1 : 0);
   }
-  ASSERT_EQ(c.RegAnc(kPath, anc, 6, 2, path), kPath);
-  ASSERT_EQ(c.RegScroll(kPath, 1 | 4, path), kPath);
+  ASSERT_EQ(c.SetStartEnd(kPath, 0, 19), 1);
+  ASSERT_EQ(c.RegDft(kPath, 7, dft, 3, 1, Text("path"), nullptr), kPath);
+  ASSERT_EQ(c.RegAnc(kPath, anc, 6, 2, Text("path")), kPath);
+  ASSERT_EQ(c.RegScroll(kPath, 1 | 4, Text("path")), kPath);
   ASSERT_EQ(c.SetAncSelectArea(kPath, 1, 4), 1);
-  ASSERT_EQ(c.New(kTableOnly, tableOnly), 1);
-  ASSERT_EQ(c.RegOrgCTable(kTableOnly, &m.table, &m.pal, tableOnly), kTableOnly);
+  ASSERT_EQ(c.New(kTableOnly, Text("table")), 1);
+  ASSERT_EQ(c.RegOrgCTable(kTableOnly, &m.table, &m.pal, Text("table")), kTableOnly);
   ASSERT_EQ(c.SetStartEnd(kTableOnly, 5, 14), 1);
-
-  FrameProbe& f = *m.frame;
   ASSERT_EQ(f.Reg(-1, 0, 0, 8, 6, 4, 3, 4), 0);
   ASSERT_EQ(f.Reg(-1, 8, 0, 8, 6, 12, 3, 3), 1);
   ASSERT_EQ(f.Reg(-1, 2, 7, 10, 8, 6, 10, 5), 2);
   ASSERT_EQ(f.SetZoom(1, 1.5, 0.75), 1);
   ASSERT_EQ(f.SetRot(2, 0.5), 1);
   ASSERT_EQ(f.Activate(1), 1);
-
   for (int kind = 0; kind < 4; ++kind) ASSERT_EQ(m.Colour(kind)->RegArea(&m.pal), 1);
   m.cycle->SetMode(2);
   ASSERT_EQ(m.switcher->RegCTable(-1, &m.table), 1);
@@ -78,52 +72,40 @@ void BuildPopulated(Movie& m) {
   m.fade->SetCount(10);
   ASSERT_EQ(m.layers->New(0, 10), 0);
   ASSERT_EQ(m.layers->New(1, 11), 1);
-}
+  if (level < kImages) return;
 
-void BuildImages(Movie& m) {
-  FrameProbe& f = *m.frame;
   for (std::int16_t i = 0; i < 3; ++i)
     ASSERT_EQ(f.SetImage(i, m.picture.data(), Movie::kPicW, Movie::kPicW, Movie::kPicH), 1);
-  CastProbe& c = *m.cast;
-  Text framed("framed"), scroller("scroller");
-  ASSERT_EQ(c.New(kFramed, framed), 1);
-  ASSERT_EQ(c.RegAFrame(kFramed, &f, 20, framed, ListOf(&f)), kFramed);
-  ASSERT_EQ(c.RegOrgCTable(kFramed, &m.table, &m.pal, framed), kFramed);
-  ASSERT_EQ(c.New(kScroller, scroller), 1);
-  ASSERT_EQ(c.RegAFrame(kScroller, &f, 40, scroller, ListOf(&f)), kScroller);
-  ASSERT_EQ(c.RegOrgCTable(kScroller, &m.table, nullptr, scroller), kScroller);
-  QvMCastAnc anc[4];
-  for (int i = 0; i < 4; ++i) anc[i].point = tbPoint(10 + 3 * i, 8 + i);
-  ASSERT_EQ(c.RegAnc(kScroller, anc, 4, 3, scroller), kScroller);
-  ASSERT_EQ(c.RegScroll(kScroller, 2 | 8, scroller), kScroller);
-}
+  ASSERT_EQ(c.New(kFramed, Text("framed")), 1);
+  ASSERT_EQ(c.RegAFrame(kFramed, &f, 20, Text("framed"), &f), kFramed);
+  ASSERT_EQ(c.RegOrgCTable(kFramed, &m.table, &m.pal, Text("framed")), kFramed);
+  ASSERT_EQ(c.New(kScroller, Text("scroller")), 1);
+  ASSERT_EQ(c.RegAFrame(kScroller, &f, 40, Text("scroller"), &f), kScroller);
+  ASSERT_EQ(c.RegOrgCTable(kScroller, &m.table, nullptr, Text("scroller")), kScroller);
+  for (int i = 0; i < 4; ++i) anc[i].point = tbPoint(10 + 3 * i, 8 + i), anc[i].flag = 0;
+  ASSERT_EQ(c.RegAnc(kScroller, anc, 4, 3, Text("scroller")), kScroller);
+  ASSERT_EQ(c.RegScroll(kScroller, 2 | 8, Text("scroller")), kScroller);
+  if (level < kColour) return;
 
-void BuildColour(Movie& m) {
-  CastProbe& c = *m.cast;
-  Text coloured("coloured"), tableOnly("table");
-  ASSERT_EQ(c.New(kColoured, coloured), 1);
-  ASSERT_EQ(c.RegAFrame(kColoured, m.frame.get(), 10, coloured, ListOf(m.frame.get())), kColoured);
-  ASSERT_EQ(c.RegOrgCTable(kColoured, &m.table, &m.pal, coloured), kColoured);
-  QvMCastList* lists[4] = {m.cycle.get(), m.flash.get(), m.switcher.get(), m.fade.get()};
-  for (char kind = 0; kind < 4; ++kind)
-    ASSERT_EQ(c.RegAColor(kColoured, m.Colour(kind), kind, 10, coloured, lists[int{kind}]),
-              kColoured);
-  ASSERT_EQ(c.RegAColor(kTableOnly, m.fade.get(), 3, 0, tableOnly, ListOf(m.fade.get())),
-            kTableOnly);
-}
+  ASSERT_EQ(c.New(kColoured, Text("coloured")), 1);
+  ASSERT_EQ(c.RegAFrame(kColoured, &f, 10, Text("coloured"), &f), kColoured);
+  ASSERT_EQ(c.RegOrgCTable(kColoured, &m.table, &m.pal, Text("coloured")), kColoured);
+  for (char kind = 0; kind < 4; ++kind) {
+    ASSERT_EQ(
+        c.RegAColor(kColoured, m.Colour(kind), kind, 10, Text("coloured"), m.ColourList(kind)),
+        kColoured);
+  }
+  ASSERT_EQ(c.RegAColor(kTableOnly, m.fade.get(), 3, 0, Text("table"), m.fade.get()), kTableOnly);
+  if (level < kLayers) return;
 
-void BuildLayers(Movie& m) {
-  LayerProbe& l = *m.layers;
-  CastProbe* c = m.cast.get();
-  ASSERT_EQ(l.RegCast(0, c, kPlain, -1), 1);
-  ASSERT_EQ(l.RegCast(0, c, kFramed, 0), 1);
-  ASSERT_EQ(l.RegCast(0, c, kScroller, 0), 1);
-  ASSERT_EQ(l.RegCast(1, c, kColoured, 3), 1);
-  ASSERT_EQ(l.RegCast(1, c, kPath, -1), 1);
-  ASSERT_EQ(c->Backup(kFramed, m.backup.get()), 1);
-  ASSERT_EQ(c->Backup(kColoured, m.backup.get()), 1);
-  Text note("a note on the movie");
-  ASSERT_EQ(l.SetComment(note, 20), 1);
+  ASSERT_EQ(m.layers->RegCast(0, &c, kPlain, -1), 1);
+  ASSERT_EQ(m.layers->RegCast(0, &c, kFramed, 0), 1);
+  ASSERT_EQ(m.layers->RegCast(0, &c, kScroller, 0), 1);
+  ASSERT_EQ(m.layers->RegCast(1, &c, kColoured, 3), 1);
+  ASSERT_EQ(m.layers->RegCast(1, &c, kPath, -1), 1);
+  ASSERT_EQ(c.Backup(kFramed, m.backup.get()), 1);
+  ASSERT_EQ(c.Backup(kColoured, m.backup.get()), 1);
+  ASSERT_EQ(m.layers->SetComment(Text("a note on the movie"), 20), 1);
 }
 
 std::uint32_t MaskOf(const QvMCastInfo& r) {
@@ -217,9 +199,7 @@ void Verify(Movie& m) {
   for (CastProbe* store : {m.cast.get(), m.backup.get()})
     if (store) VerifyStore(*store, m);
   for (int kind = 0; kind < 4; ++kind)
-    m.OnColour(kind, [&](QvMCastList* a) {
-      if (a) VerifyList(a, kind, m);
-    });
+    if (m.Colour(kind)) VerifyList(m.ColourList(kind), kind, m);
   if (m.frame) {
     FrameProbe& f = *m.frame;
     VerifyList(&f, 4, m);
@@ -260,10 +240,7 @@ void Verify(Movie& m) {
 void Exercise(Movie& m) {
   QvFailAllocation(0);
   if (m.frame) m.frame->UpdateMCast();
-  for (int kind = 0; kind < 4; ++kind)
-    m.OnColour(kind, [](auto* a) {
-      if (a) a->UpdateMCast();
-    });
+  for (int kind = 0; kind < 4; ++kind) m.OnColour(kind, [](auto& a) { a->UpdateMCast(); });
   Canvas canvas;
   for (CastProbe* store : {m.cast.get(), m.backup.get()}) {
     if (!store) continue;
@@ -287,7 +264,7 @@ void Exercise(Movie& m) {
     for (std::int32_t t : {0, 12, 25, 45}) m.layers->DrawPicture(t, &canvas.map, &canvas.area);
   if (m.cast && m.frame) {
     Text late("late");
-    EXPECT_GE(m.cast->RegAFrame(-1, m.frame.get(), 0, late, ListOf(m.frame.get())), 0)
+    EXPECT_GE(m.cast->RegAFrame(-1, m.frame.get(), 0, late, m.frame.get()), 0)
         << "registration after the trial failed";
     if (m.cast->Count() > 0 && m.backup) {
       const std::int16_t first = m.cast->Index2ID(0);
@@ -304,7 +281,7 @@ void Destroy(std::unique_ptr<Movie> m, bool animationsFirst) {
   QvFailAllocation(0);
   if (animationsFirst) {
     m->frame.reset();
-    for (int kind = 0; kind < 4; ++kind) m->DropColour(kind);
+    for (int kind = 0; kind < 4; ++kind) m->OnColour(kind, [](auto& a) { a.reset(); });
   } else {
     m->layers.reset();
     m->cast.reset();
@@ -375,10 +352,7 @@ void SweepOp(const std::string& name, unsigned levels, const Body& body) {
       QvFailAllocation(0);
       auto m = std::make_unique<Movie>();
       m->level = static_cast<Level>(level);
-      if (level >= kPopulated) BuildPopulated(*m);
-      if (level >= kImages) BuildImages(*m);
-      if (level >= kColour) BuildColour(*m);
-      if (level >= kLayers) BuildLayers(*m);
+      Build(*m, level);
       if (::testing::Test::HasFatalFailure()) return;
       body(t, *m);
       Verify(*m);
@@ -391,22 +365,7 @@ void SweepOp(const std::string& name, unsigned levels, const Body& body) {
   }
 }
 
-Canvas::Canvas(std::int16_t w, std::int16_t h)
-    : pixels(static_cast<std::size_t>(w) * static_cast<std::size_t>(h), 0),
-      map(pixels.data(), w, tbRect(0, 0, w, h)),
-      area(0, 0, w, h) {}
-
-Movie::Movie()
-    : cast(new CastProbe),
-      backup(new CastProbe),
-      frame(new FrameProbe),
-      cycle(new CycleProbe),
-      flash(new QvAFlash),
-      switcher(new SwitchProbe),
-      fade(new QvAFade),
-      layers(new LayerProbe),
-      table(static_cast<std::int16_t>(72)),
-      picture(static_cast<std::size_t>(kPicW) * kPicH) {
+Movie::Movie() {
   pal.SetRange(16, 31, 1);
   for (int i = 0; i < 256; ++i) {
     tbRGBColor c(static_cast<unsigned char>(i), static_cast<unsigned char>(255 - i),
@@ -425,13 +384,6 @@ QvAColor* Movie::Colour(int kind) const {
 QvMCastList* Movie::ColourList(int kind) const {
   QvMCastList* lists[4] = {cycle.get(), flash.get(), switcher.get(), fade.get()};
   return lists[kind];
-}
-
-void Movie::DropColour(int kind) {
-  if (kind == 0) cycle.reset();
-  if (kind == 1) flash.reset();
-  if (kind == 2) switcher.reset();
-  if (kind == 3) fade.reset();
 }
 
 std::unique_ptr<FrameProbe> Movie::Other(bool images) {

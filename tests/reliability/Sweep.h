@@ -75,11 +75,8 @@ enum Level : unsigned {
   kImages = 4,     // the frames have images; members carry frame animation copies
   kColour = 8,     // members carry colour animation copies of all four kinds
   kLayers = 16,    // members placed on layers; a backup store holds copies
-  kAll = 31,
-  kFromPopulated = 30,
-  kFromImages = 28,
-  kFromColour = 24,
 };
+constexpr unsigned kAll = 31, kFromPopulated = 30, kFromImages = 28, kFromColour = 24;
 
 // Cast ids of the members of the main store (present from kPopulated on,
 // except where noted).
@@ -91,36 +88,34 @@ constexpr std::int16_t kScroller = 4;   // kImages: frame animation, anchors, sc
 constexpr std::int16_t kColoured = 5;   // kColour: frame, table and four colour kinds
 
 // Probes that open the protected state of the objects the movie owns.
-class CastProbe : public QvMCast {
- public:
+struct CastProbe : QvMCast {
   QvMCastInfo* Head() const { return head; }
   char Locked() const { return lockFlag; }
 };
-class LayerProbe : public QvMLayer {
- public:
+struct LayerProbe : QvMLayer {
   QvMLayerInfo* Head() const { return head; }
   unsigned char* Comment() const { return comment; }
   std::uint16_t CommentSize() const { return commentSize; }
 };
-class FrameProbe : public QvAFrame {
- public:
+struct FrameProbe : QvAFrame {
   QvAFrameInfo* Frames() const { return frameList; }
   signed char UpdateLock() const { return updateLock; }
   unsigned char LookupLock() const { return lockFlag; }
 };
-class SwitchProbe : public QvASwitch {
- public:
+struct SwitchProbe : QvASwitch {
   std::int16_t TableCount() const { return count; }
   tbColorTable* Tables() const { return tables; }
 };
-class CycleProbe : public QvACycle {
- public:
+struct CycleProbe : QvACycle {
   QvACycleInfo* Ranges() const { return head; }
 };
 
 // An 8-bit pixel map with its own buffer.
 struct Canvas {
-  Canvas(std::int16_t w = 64, std::int16_t h = 48);
+  explicit Canvas(std::int16_t w = 64, std::int16_t h = 48)
+      : pixels(static_cast<std::size_t>(w * h)),
+        map(pixels.data(), w, tbRect(0, 0, w, h)),
+        area(0, 0, w, h) {}
   std::vector<unsigned char> pixels;
   tbPixMap map;
   tbRect area;
@@ -128,36 +123,34 @@ struct Canvas {
 
 struct Movie {
   Movie();
-  std::unique_ptr<CastProbe> cast, backup;
-  std::unique_ptr<FrameProbe> frame;
-  std::unique_ptr<CycleProbe> cycle;
-  std::unique_ptr<QvAFlash> flash;
-  std::unique_ptr<SwitchProbe> switcher;
-  std::unique_ptr<QvAFade> fade;
-  std::unique_ptr<LayerProbe> layers;
+  std::unique_ptr<CastProbe> cast{new CastProbe}, backup{new CastProbe};
+  std::unique_ptr<FrameProbe> frame{new FrameProbe};
+  std::unique_ptr<CycleProbe> cycle{new CycleProbe};
+  std::unique_ptr<QvAFlash> flash{new QvAFlash};
+  std::unique_ptr<SwitchProbe> switcher{new SwitchProbe};
+  std::unique_ptr<QvAFade> fade{new QvAFade};
+  std::unique_ptr<LayerProbe> layers{new LayerProbe};
 
   // The colour animation of a kind (0 cycle, 1 flash, 2 switch, 3 fade), and
   // the same object as the list of its members.
   QvAColor* Colour(int kind) const;
   QvMCastList* ColourList(int kind) const;
-  // Calls f with the colour animation of a kind, as its own class.
+  // Calls f with the owner of the colour animation of a kind, when present.
   template <class F>
   void OnColour(int kind, F&& f) {
-    if (kind == 0) f(cycle.get());
-    if (kind == 1) f(flash.get());
-    if (kind == 2) f(switcher.get());
-    if (kind == 3) f(fade.get());
+    if (kind == 0 && cycle) f(cycle);
+    if (kind == 1 && flash) f(flash);
+    if (kind == 2 && switcher) f(switcher);
+    if (kind == 3 && fade) f(fade);
   }
-  // Destroys the colour animation of a kind.
-  void DropColour(int kind);
   // A second frame animation with two frames (with images when asked).
   std::unique_ptr<FrameProbe> Other(bool images);
 
   Level level = kEmpty;
-  QvPal pal;                           // indices 16 to 31
-  tbColorTable table;                  // a ramp of distinct colours
-  std::vector<unsigned char> picture;  // 24 x 16 source picture
+  QvPal pal;                                          // indices 16 to 31
+  tbColorTable table{static_cast<std::int16_t>(72)};  // a ramp of distinct colours
   static constexpr std::int16_t kPicW = 24, kPicH = 16;
+  std::vector<unsigned char> picture = std::vector<unsigned char>(kPicW * kPicH);
 };
 
 // Sweeps an allocating operation on a fresh movie of each of its levels. The
