@@ -36,8 +36,8 @@ TEST(ToolboxSweep, Services) {
     Sweep("QvMCastList::Reg [" + std::to_string(filled) + " entries]", [filled](Trial& t) {
       QvMCastList list;
       for (int i = 0; i < filled; ++i) list.Reg(FakeStore(1), static_cast<std::int16_t>(i));
-      const bool failed = t.Failed(t([&] { return list.Reg(FakeStore(2), 7); }) == 0);
-      EXPECT_EQ(Entries(list), filled + (failed ? 0 : 1)) << "no change on failure";
+      const bool ok = t.Ok([&] { return list.Reg(FakeStore(2), 7); });
+      EXPECT_EQ(Entries(list), filled + (ok ? 1 : 0)) << "no change on failure";
       EXPECT_EQ(list.Reg(FakeStore(3), 8), 1);
       EXPECT_EQ(list.Del(FakeStore(3), 8), 1);
     });
@@ -46,40 +46,29 @@ TEST(ToolboxSweep, Services) {
     tbGWorld* world = reinterpret_cast<tbGWorld*>(&t);
     tbRect bounds(0, 0, 17, 9);
     tbColorTable table(static_cast<std::int16_t>(72));
-    if (t.Failed(t([&] { return tb.NewGWorld(&world, 8, &bounds, &table); }) == 0)) {
-      EXPECT_EQ(world, nullptr);
-    } else {
-      ASSERT_NE(world, nullptr);
-      EXPECT_EQ(world->PortPixMap()->Width(), 17);
-      tb.DisposeGWorld(world);
-    }
+    const bool ok = t.Ok([&] { return tb.NewGWorld(&world, 8, &bounds, &table); });
+    ASSERT_EQ(world != nullptr, ok);
+    EXPECT_TRUE(!ok || world->PortPixMap()->Width() == 17);
+    tb.DisposeGWorld(world);
   });
   Sweep("tbToolBox::NewString", [](Trial& t) {
-    Text text("a member name");
-    unsigned char** h = t([&] { return tb.NewString(text); });
+    unsigned char** h = t([&] { return tb.NewString(Text("a member name")); });
     EXPECT_EQ(h == nullptr, t.faulted);
     EXPECT_STREQ(h ? reinterpret_cast<const char*>(*h) : "", h ? "a member name" : "");
     QvFreeString(h);
   });
   Sweep("BRegion::New", [](Trial& t) {
     tbRegion region;
-    void* h = t([&] { return region.New(); });
-    EXPECT_EQ(h == nullptr, t.faulted);
-    if (h) {
-      region.RectRegion(0, 0, 4, 4);
-      region.OffsetRegion(2, 2);
-      EXPECT_TRUE(region.Contains(5, 5));
-    }
+    EXPECT_EQ(t([&] { return region.New(); }) == nullptr, t.faulted);
+    if (!t.faulted) region.RectRegion(0, 0, 4, 4), region.OffsetRegion(2, 2);
+    EXPECT_TRUE(t.faulted || region.Contains(5, 5));
     region.Dispose();
   });
   Sweep("BRegion::CopyRegion", [](Trial& t) {
     tbRegion a, b;
     a.New();
     a.RectRegion(1, 1, 3, 9);
-    t([&] {
-      b.New();
-      b.CopyRegion(&a);
-    });
+    t([&] { b.New(), b.CopyRegion(&a); });
     EXPECT_TRUE(t.faulted || b.Contains(2, 8));
     a.Dispose();
     b.Dispose();
@@ -94,9 +83,8 @@ TEST(ToolboxSweep, Services) {
   });
   Sweep("QvCanvas::New", [](Trial& t) {
     QvCanvas canvas;
-    const std::int16_t r = t([&] { return canvas.New(10, 6); });
-    EXPECT_EQ(r == 0, t.faulted);
-    if (r) canvas.Clear(0, 0, 10, 6, 3, nullptr, 0);
+    EXPECT_EQ(t([&] { return canvas.New(10, 6); }) == 0, t.faulted);
+    if (!t.faulted) canvas.Clear(0, 0, 10, 6, 3, nullptr, 0);
   });
   Sweep("QvCanvasUtil::GetPICT", [](Trial& t) {
     QvCanvas canvas;
@@ -105,18 +93,13 @@ TEST(ToolboxSweep, Services) {
     tbPicture pict;
     QvCanvasUtil util;
     t([&] { util.GetPICT(&canvas, 10, 6, &pict, 0, 0, 10, 6, nullptr); });
-    if (t.faulted) {
-      EXPECT_EQ(pict.Pic(), nullptr);
-    } else {
-      EXPECT_EQ(pict.Pixel(9, 5), 3);
-    }
+    EXPECT_TRUE(t.faulted ? pict.Pic() == nullptr : pict.Pixel(9, 5) == 3);
   });
   Sweep("tbPicture::Set", [](Trial& t) {
     std::vector<unsigned char> pixels(6 * 4, 8);
     tbPicture pict;
-    const char r = t([&] { return pict.Set(pixels.data(), 6, 6, 4, nullptr); });
-    EXPECT_EQ(r == 0, t.faulted);
-    EXPECT_EQ(pict.Pic() == nullptr, r == 0);
+    EXPECT_EQ(t([&] { return pict.Set(pixels.data(), 6, 6, 4, nullptr); }) == 0, t.faulted);
+    EXPECT_EQ(pict.Pic() == nullptr, t.faulted);
   });
   Sweep("CPtrList::AddTail", [](Trial& t) {
     CPtrList list(2);
