@@ -22,6 +22,18 @@ void ExpectCopies(Trial& t, Movie& m) {
   }
 }
 
+// A second animation with two frames (with images when asked).
+std::unique_ptr<FrameProbe> Other(Movie& m, bool images) {
+  auto a = std::make_unique<FrameProbe>();
+  a->Reg(-1, 1, 1, 6, 5, 3, 3, 2);
+  a->Reg(-1, 4, 2, 9, 7, 8, 5, 6);
+  a->SetZoom(1, 2.0, 1.0);
+  a->Activate(0);
+  for (std::int16_t i = 0; images && i < 2; ++i)
+    a->SetImage(i, m.picture.data(), Movie::kPicW, Movie::kPicW, Movie::kPicH);
+  return a;
+}
+
 // Whether frame i has an image, checking that image and mask go together.
 bool HasImage(QvAFrame& a, std::int16_t i, std::int16_t* w = nullptr) {
   unsigned char *image = nullptr, *mask = nullptr;
@@ -45,7 +57,7 @@ TEST(AFrameSweep, RegistrationAndImages) {
     ExpectCopies(t, m);
   });
   SweepOp("QvAFrame::Reg from another animation", kAll, [](Trial& t, Movie& m) {
-    auto src = m.Other(true);
+    auto src = Other(m, true);
     const std::int16_t frames = m.frame->CountAFrame();
     const std::int16_t r = t([&] { return m.frame->Reg(0, src.get(), 1); });
     double zx = 0;
@@ -112,24 +124,24 @@ TEST(AFrameSweep, CopiesAndDrawing) {
   // Into another animation (with or without images), and from another
   // animation into the one with members.
   SweepOp("QvAFrame::Dup into another animation", kAll, [&](Trial& t, Movie& m) {
-    auto dst = m.Other(true);
+    auto dst = Other(m, true);
     EXPECT_TRUE(!t.Ok([&] { return m.frame->Dup(dst.get()); }) ||
                 dst->CountAFrame() == m.frame->CountAFrame());
     settled(*dst);
   });
   SweepOp("QvAFrame::Backup", kAll, [&](Trial& t, Movie& m) {
-    auto dst = m.Other(false);
+    auto dst = Other(m, false);
     EXPECT_TRUE(!t.Ok([&] { return m.frame->Backup(dst.get()); }) ||
                 dst->CountAFrame() == m.frame->CountAFrame());
     settled(*dst);
   });
   SweepOp("QvAFrame::Dup into the animation with members", kAll, [](Trial& t, Movie& m) {
-    auto src = m.Other(true);
+    auto src = Other(m, true);
     EXPECT_TRUE(!t.Ok([&] { return src->Dup(m.frame.get()); }) || m.frame->CountAFrame() == 2);
     ExpectCopies(t, m);
   });
   SweepOp("QvAFrame::Restore", kAll, [](Trial& t, Movie& m) {
-    auto src = m.Other(false);
+    auto src = Other(m, false);
     EXPECT_TRUE(!t.Ok([&] { return m.frame->Restore(src.get()); }) || m.frame->CountAFrame() == 2);
     ExpectCopies(t, m);
   });

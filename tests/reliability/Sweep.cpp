@@ -109,75 +109,73 @@ void Build(Movie& m, unsigned level) {
 }
 
 std::uint32_t MaskOf(const QvMCastInfo& r) {
-  std::uint32_t mask = 0;
-  for (int k = 0; k < 4; ++k)
+  std::uint32_t mask = (r.aFrame ? 0x010u : 0u) | (r.dft || r.anc ? 0x020u : 0u);
+  for (int k = 0; k < 4; ++k) {
     if (r.aColor[k]) mask |= 1u << k;
-  if (r.aFrame) mask |= 0x010;
-  if (r.dft || r.anc) mask |= 0x020;
-  for (int bit = 0; bit < 4; ++bit)
-    if (r.scroll & (1 << bit)) mask |= 0x040u << bit;
+    if (r.scroll & (1 << k)) mask |= 0x040u << k;
+  }
   return mask;
 }
 
-bool ListHolds(QvMCastList* list, QvMCast* cast, std::int16_t id) {
-  QvMCast* c = nullptr;
-  std::int16_t i = 0;
-  for (std::int16_t n = 0; n < 32767 && list->Get(n, &c, &i); ++n)
-    if (c == cast && i == id) return true;
-  return false;
+// Walks a doubly linked list, checking the back links and its end; calls f on
+// each record and gives the number of records.
+template <class R, class F>
+int Walk(R* head, F&& f) {
+  int n = 0;
+  for (R *r = head, *prev = nullptr; r; prev = r, r = r->next) {
+    EXPECT_EQ(r->prev, prev) << "broken links";
+    EXPECT_LT(++n, 10000) << "list does not end";
+    if (n >= 10000) break;
+    f(*r);
+  }
+  return n;
 }
 
-// A frame animation seen through its public interface only (member copies).
-void VerifyFrameCopy(QvAFrame* a) {
-  const std::int16_t frames = a->CountAFrame();
+// A frame animation seen through its public interface (member copies too).
+void VerifyFrames(QvAFrame& a) {
+  const std::int16_t frames = a.CountAFrame();
   EXPECT_GE(frames, 0);
   for (std::int16_t i = 0; i < frames; ++i) {
     unsigned char *image = nullptr, *mask = nullptr;
     std::int16_t w = 0, h = 0, ox = 0, oy = 0;
-    ASSERT_EQ(a->GetAImage(i, &image, &mask, &w, &h, &ox, &oy), 1);
+    ASSERT_EQ(a.GetAImage(i, &image, &mask, &w, &h, &ox, &oy), 1);
     EXPECT_EQ(image == nullptr, mask == nullptr) << "image and mask of frame " << i;
     EXPECT_TRUE(!image || (w >= 1 && h >= 1));
   }
-  EXPECT_TRUE(frames == 0 || a->End() == a->CountMFrame() - 1);
+  EXPECT_TRUE(frames == 0 || a.End() == a.CountMFrame() - 1);
 }
 
 void VerifyStore(CastProbe& store, Movie& m) {
   EXPECT_EQ(store.Locked(), 0) << "store left locked";
   const QvMCastList* expected[5] = {m.cycle.get(), m.flash.get(), m.switcher.get(), m.fade.get(),
                                     m.frame.get()};
-  int count = 0;
-  QvMCastInfo* prev = nullptr;
-  for (QvMCastInfo* r = store.Head(); r; prev = r, r = r->next) {
-    SCOPED_TRACE("member " + std::to_string(r->id));
-    EXPECT_EQ(r->prev, prev) << "broken member links";
-    ASSERT_LT(++count, 10000) << "member list does not end";
-    const std::uint32_t mask = MaskOf(*r);
-    EXPECT_EQ(r->actFlag & ~mask, 0u) << "act flags beyond the mask";
-    EXPECT_EQ(r->showFlag & ~mask, 0u) << "show flags beyond the mask";
-    EXPECT_TRUE(!r->dft || r->dftLast >= 0);
-    EXPECT_TRUE(r->anc ? r->ancLast >= 0 : r->ancLast == 0);
-    EXPECT_TRUE(!r->orgGWorld || r->orgGWorld->PortPixMap()->TopAddr());
-    if (r->aFrame) VerifyFrameCopy(r->aFrame);
-    EXPECT_TRUE(!r->aColor[0] || dynamic_cast<QvACycle*>(r->aColor[0]));
-    EXPECT_TRUE(!r->aColor[1] || dynamic_cast<QvAFlash*>(r->aColor[1]));
-    EXPECT_TRUE(!r->aColor[2] || dynamic_cast<QvASwitch*>(r->aColor[2]));
-    EXPECT_TRUE(!r->aColor[3] || dynamic_cast<QvAFade*>(r->aColor[3]));
+  const int count = Walk(store.Head(), [&](QvMCastInfo& r) {
+    SCOPED_TRACE("member " + std::to_string(r.id));
+    const std::uint32_t mask = MaskOf(r);
+    EXPECT_EQ(r.actFlag & ~mask, 0u) << "act flags beyond the mask";
+    EXPECT_EQ(r.showFlag & ~mask, 0u) << "show flags beyond the mask";
+    EXPECT_TRUE(!r.dft || r.dftLast >= 0);
+    EXPECT_TRUE(r.anc ? r.ancLast >= 0 : r.ancLast == 0);
+    EXPECT_TRUE(!r.orgGWorld || r.orgGWorld->PortPixMap()->TopAddr());
+    if (r.aFrame) VerifyFrames(*r.aFrame);
+    EXPECT_TRUE(!r.aColor[0] || dynamic_cast<QvACycle*>(r.aColor[0]));
+    EXPECT_TRUE(!r.aColor[1] || dynamic_cast<QvAFlash*>(r.aColor[1]));
+    EXPECT_TRUE(!r.aColor[2] || dynamic_cast<QvASwitch*>(r.aColor[2]));
+    EXPECT_TRUE(!r.aColor[3] || dynamic_cast<QvAFade*>(r.aColor[3]));
     // A back-reference names a live animation of this movie that lists the
     // member: otherwise destroying that animation would leave it dangling.
     for (int k = 0; k < 6; ++k) {
-      QvMCastList* list = r->lists[k];
+      QvMCastList* list = r.lists[k];
       if (!list) continue;
-      if (k < 5) {
-        EXPECT_EQ(list, expected[k]) << "list " << k;
-        if (list != expected[k]) continue;
-      }
-      if (!ListHolds(list, &store, r->id)) {
+      if (k < 5 && list != expected[k]) {
+        ADD_FAILURE() << "list " << k << " is not the movie's";
+      } else if (!ListHolds(list, &store, r.id)) {
         ADD_FAILURE() << "refers to list " << k << " which does not hold it (the reference"
                       << " dangles once the animation is destroyed)";
-        r->lists[k] = nullptr;  // so that the rest of the sweep can go on
+        r.lists[k] = nullptr;  // so that the rest of the sweep can go on
       }
     }
-  }
+  });
   EXPECT_EQ(store.Count(), count);
 }
 
@@ -185,13 +183,11 @@ void VerifyStore(CastProbe& store, Movie& m) {
 void VerifyList(QvMCastList* list, int kind, Movie& m) {
   QvMCast* c = nullptr;
   std::int16_t id = 0;
-  for (std::int16_t n = 0; list->Get(n, &c, &id); ++n) {
+  for (std::int16_t n = 0; n < 10000 && list->Get(n, &c, &id); ++n) {
     ASSERT_TRUE(c == m.cast.get() || c == m.backup.get()) << "foreign store in list";
-    QvMCastInfo* r = static_cast<CastProbe*>(c)->Head();
-    while (r && r->id != id) r = r->next;
+    QvMCastInfo* r = static_cast<CastProbe*>(c)->Find(id);
     ASSERT_NE(r, nullptr) << "list " << kind << " names absent member " << id;
     EXPECT_EQ(r->lists[kind], list) << "member " << id << " does not refer to list " << kind;
-    ASSERT_LT(n, 10000);
   }
 }
 
@@ -203,17 +199,13 @@ void Verify(Movie& m) {
   if (m.frame) {
     FrameProbe& f = *m.frame;
     VerifyList(&f, 4, m);
+    VerifyFrames(f);
     EXPECT_EQ(f.UpdateLock(), 0) << "update lock left held";
     EXPECT_EQ(f.LookupLock(), 0) << "lookup lock left held";
-    int n = 0;
-    QvAFrameInfo* prev = nullptr;
-    for (QvAFrameInfo* r = f.Frames(); r; prev = r, r = r->next) {
-      EXPECT_EQ(r->prev, prev) << "broken frame links";
-      EXPECT_EQ(r->image == nullptr, r->mask == nullptr) << "frame " << n;
-      ASSERT_LT(++n, 10000);
-    }
+    const int n = Walk(f.Frames(), [](QvAFrameInfo& r) {
+      EXPECT_EQ(r.image == nullptr, r.mask == nullptr) << "frame without its mask";
+    });
     EXPECT_EQ(f.CountAFrame(), n);
-    EXPECT_TRUE(n == 0 || f.End() == f.CountMFrame() - 1);
   }
   if (m.switcher) {
     const std::int16_t n = m.switcher->TableCount();
@@ -222,13 +214,9 @@ void Verify(Movie& m) {
     EXPECT_EQ(m.switcher->End(), n - 1);
   }
   if (m.layers) {
-    int n = 0;
-    QvMLayerInfo* prev = nullptr;
-    for (QvMLayerInfo* r = m.layers->Head(); r; prev = r, r = r->next) {
-      EXPECT_EQ(r->prev, prev) << "broken layer links";
-      EXPECT_NE(r->casts, nullptr) << "layer without a cast list";
-      ASSERT_LT(++n, 10000);
-    }
+    const int n = Walk(m.layers->Head(), [](QvMLayerInfo& r) {
+      EXPECT_NE(r.casts, nullptr) << "layer without a cast list";
+    });
     EXPECT_EQ(m.layers->Count(), n);
     EXPECT_EQ(m.layers->Comment() == nullptr, m.layers->CommentSize() == 0);
   }
@@ -340,11 +328,16 @@ void Sweep(const std::string& operation, const std::function<void(Trial&)>& tria
   std::printf("[ sweep    ] %-60s %6d faults\n", operation.c_str(), faults);
 }
 
-void SweepOps(const std::vector<Op>& ops) {
-  for (const Op& op : ops) SweepOp(op.name, op.levels, op.body);
+bool ListHolds(QvMCastList* list, QvMCast* cast, std::int16_t id) {
+  QvMCast* c = nullptr;
+  std::int16_t i = 0;
+  for (std::int16_t n = 0; n < 32767 && list->Get(n, &c, &i); ++n)
+    if (c == cast && i == id) return true;
+  return false;
 }
 
-void SweepOp(const std::string& name, unsigned levels, const Body& body) {
+void SweepOp(const std::string& name, unsigned levels,
+             const std::function<void(Trial&, Movie&)>& body) {
   for (int i = 0; i < 5; ++i) {
     const unsigned level = 1u << i;
     if (!(levels & level)) continue;
@@ -384,17 +377,6 @@ QvAColor* Movie::Colour(int kind) const {
 QvMCastList* Movie::ColourList(int kind) const {
   QvMCastList* lists[4] = {cycle.get(), flash.get(), switcher.get(), fade.get()};
   return lists[kind];
-}
-
-std::unique_ptr<FrameProbe> Movie::Other(bool images) {
-  auto a = std::make_unique<FrameProbe>();
-  a->Reg(-1, 1, 1, 6, 5, 3, 3, 2);
-  a->Reg(-1, 4, 2, 9, 7, 8, 5, 6);
-  a->SetZoom(1, 2.0, 1.0);
-  a->Activate(0);
-  for (std::int16_t i = 0; images && i < 2; ++i)
-    a->SetImage(i, picture.data(), kPicW, kPicW, kPicH);
-  return a;
 }
 
 }  // namespace reliability

@@ -17,6 +17,7 @@
 #include "acolor/QvASwitch.h"
 #include "aframe/QvAFrame.h"
 #include "cast/QvMCast.h"
+#include "cast/QvMCastInfo.h"
 #include "layer/QvMLayer.h"
 #include "toolbox/QvPal.h"
 #include "toolbox/QvPlatform.h"
@@ -26,9 +27,8 @@
 
 namespace reliability {
 
-// Number of objects allocated with operator new and not freed yet, counted in
-// the builds without AddressSanitizer (whose LeakSanitizer checks there); -1
-// when not counted.
+// Objects allocated with operator new and not freed yet, counted in the builds
+// without AddressSanitizer (whose LeakSanitizer checks there); -1 otherwise.
 long LiveAllocations();
 
 // One run of an operation: its call goes through operator(), which makes the
@@ -44,8 +44,8 @@ struct Trial {
       Trial& t;
       ~Off() {
         t.attempts = QvAllocationCount();
-        QvFailAllocation(0);
         t.faulted = t.k > 0 && t.attempts >= t.k;
+        QvFailAllocation(0);
       }
     };
     QvFailAllocation(k);
@@ -62,12 +62,10 @@ struct Trial {
 };
 
 // Sweeps k = 0 (the reference run), 1, 2, ... until a trial makes fewer than k
-// attempts, checking for leaks around each trial. The run of each trial goes
-// through the Trial it is given.
+// attempts, checking for leaks around each trial.
 void Sweep(const std::string& operation, const std::function<void(Trial&)>& trial);
 
-// The levels of the movie, as bits of a set; each level contains the ones
-// before.
+// The levels of the movie, as bits of a set; each contains the ones before.
 enum Level : unsigned {
   kEmpty = 1,      // every object constructed, nothing registered
   kPopulated = 2,  // members with names, ranges, Dft entries, anchors, scrolling,
@@ -78,8 +76,8 @@ enum Level : unsigned {
 };
 constexpr unsigned kAll = 31, kFromPopulated = 30, kFromImages = 28, kFromColour = 24;
 
-// Cast ids of the members of the main store (present from kPopulated on,
-// except where noted).
+// Cast ids of the members of the main store (from kPopulated on, except where
+// noted).
 constexpr std::int16_t kPlain = 0;      // name and range only
 constexpr std::int16_t kPath = 1;       // Dft entries, anchor path, scrolling
 constexpr std::int16_t kTableOnly = 2;  // own colour table and palette area
@@ -90,6 +88,11 @@ constexpr std::int16_t kColoured = 5;   // kColour: frame, table and four colour
 // Probes that open the protected state of the objects the movie owns.
 struct CastProbe : QvMCast {
   QvMCastInfo* Head() const { return head; }
+  QvMCastInfo* Find(std::int16_t id) const {
+    QvMCastInfo* r = head;
+    while (r && r->id != id) r = r->next;
+    return r;
+  }
   char Locked() const { return lockFlag; }
 };
 struct LayerProbe : QvMLayer {
@@ -109,6 +112,9 @@ struct SwitchProbe : QvASwitch {
 struct CycleProbe : QvACycle {
   QvACycleInfo* Ranges() const { return head; }
 };
+
+// Whether the reference list holds the member.
+bool ListHolds(QvMCastList* list, QvMCast* cast, std::int16_t id);
 
 // An 8-bit pixel map with its own buffer.
 struct Canvas {
@@ -131,11 +137,10 @@ struct Movie {
   std::unique_ptr<QvAFade> fade{new QvAFade};
   std::unique_ptr<LayerProbe> layers{new LayerProbe};
 
-  // The colour animation of a kind (0 cycle, 1 flash, 2 switch, 3 fade), and
-  // the same object as the list of its members.
+  // The colour animation of a kind (0 cycle, 1 flash, 2 switch, 3 fade), also
+  // as the list of its members, and f called with its owner when present.
   QvAColor* Colour(int kind) const;
   QvMCastList* ColourList(int kind) const;
-  // Calls f with the owner of the colour animation of a kind, when present.
   template <class F>
   void OnColour(int kind, F&& f) {
     if (kind == 0 && cycle) f(cycle);
@@ -143,8 +148,6 @@ struct Movie {
     if (kind == 2 && switcher) f(switcher);
     if (kind == 3 && fade) f(fade);
   }
-  // A second frame animation with two frames (with images when asked).
-  std::unique_ptr<FrameProbe> Other(bool images);
 
   Level level = kEmpty;
   QvPal pal;                                          // indices 16 to 31
@@ -159,14 +162,8 @@ struct Movie {
 // flags, reference lists and back-references), runs later operations that
 // must succeed (passing animations on, drawing, icons, names, registrations,
 // copies) and destroys everything, in alternating orders.
-using Body = std::function<void(Trial&, Movie&)>;
-void SweepOp(const std::string& name, unsigned levels, const Body& body);
-struct Op {
-  std::string name;
-  unsigned levels;
-  Body body;
-};
-void SweepOps(const std::vector<Op>& ops);
+void SweepOp(const std::string& name, unsigned levels,
+             const std::function<void(Trial&, Movie&)>& body);
 
 // A writable copy of a string for the interfaces that take unsigned char*.
 class Text {
