@@ -14,19 +14,16 @@
 namespace reliability {
 namespace {
 
-long sweptOperations = 0, injectedFaults = 0;
-
 // Prints the number of operations swept by this process and faults injected.
-class SweepReport : public ::testing::Environment {
- public:
+struct Report : ::testing::Environment {
+  long operations = 0, faults = 0;
   void TearDown() override {
-    if (sweptOperations == 0) return;
-    std::printf("[ sweep    ] %ld operations swept, %ld allocation faults injected\n",
-                sweptOperations, injectedFaults);
+    if (operations == 0) return;
+    std::printf("[ sweep    ] %ld operations swept, %ld allocation faults injected\n", operations,
+                faults);
   }
 };
-[[maybe_unused]] ::testing::Environment* const report =
-    ::testing::AddGlobalTestEnvironment(new SweepReport);
+Report* const report = static_cast<Report*>(::testing::AddGlobalTestEnvironment(new Report));
 
 // A runaway sweep (an operation that allocates without end) stops here.
 constexpr int kMaxFaults = 200000;
@@ -263,21 +260,6 @@ void Exercise(Movie& m) {
   }
 }
 
-// Destroys everything: the animations first (they detach from the members)
-// or the layer and cast stores first.
-void Destroy(std::unique_ptr<Movie> m, bool animationsFirst) {
-  QvFailAllocation(0);
-  if (animationsFirst) {
-    m->frame.reset();
-    for (int kind = 0; kind < 4; ++kind) m->OnColour(kind, [](auto& a) { a.reset(); });
-  } else {
-    m->layers.reset();
-    m->cast.reset();
-    m->backup.reset();
-  }
-  m.reset();
-}
-
 // Grows the test framework's stack of traces (kept between tests) to the
 // depth the trials use, before any allocations are counted.
 bool WarmTraces(int depth) {
@@ -323,8 +305,8 @@ void Sweep(const std::string& operation, const std::function<void(Trial&)>& tria
     if (k > 0) ++faults;
   }
   EXPECT_LT(faults, kMaxFaults) << operation << " never stops allocating";
-  ++sweptOperations;
-  injectedFaults += faults;
+  ++report->operations;
+  report->faults += faults;
   std::printf("[ sweep    ] %-60s %6d faults\n", operation.c_str(), faults);
 }
 
@@ -352,7 +334,13 @@ void SweepOp(const std::string& name, unsigned levels,
       Exercise(*m);
       SCOPED_TRACE("after the later operations");
       Verify(*m);
-      Destroy(std::move(m), t.k % 2 == 0);
+      // Destroys everything: the animations first (they detach from the
+      // members) or the layer and cast stores first.
+      if (t.k % 2 == 0) {
+        m->frame.reset();
+        for (int kind = 0; kind < 4; ++kind) m->OnColour(kind, [](auto& a) { a.reset(); });
+      }
+      m.reset();
     });
     if (::testing::Test::HasFatalFailure()) return;
   }

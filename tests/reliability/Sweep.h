@@ -129,12 +129,13 @@ struct Canvas {
 
 struct Movie {
   Movie();
-  std::unique_ptr<CastProbe> cast{new CastProbe}, backup{new CastProbe};
+  // Destroyed from the last: layers, stores, then animations.
   std::unique_ptr<FrameProbe> frame{new FrameProbe};
   std::unique_ptr<CycleProbe> cycle{new CycleProbe};
   std::unique_ptr<QvAFlash> flash{new QvAFlash};
   std::unique_ptr<SwitchProbe> switcher{new SwitchProbe};
   std::unique_ptr<QvAFade> fade{new QvAFade};
+  std::unique_ptr<CastProbe> cast{new CastProbe}, backup{new CastProbe};
   std::unique_ptr<LayerProbe> layers{new LayerProbe};
 
   // The colour animation of a kind (0 cycle, 1 flash, 2 switch, 3 fade), also
