@@ -92,7 +92,6 @@ TEST(AColorSweep, Changes) {
   SweepOp("QvAFade::SetCount", kColour, [](Trial& t, Movie& m) {
     t([&] { m.fade->SetCount(4); });
     EXPECT_EQ(m.fade->Count(), 4);
-    EXPECT_TRUE(t.faulted || m.cast->AFade(kColoured)->Count() == 4);
   });
   SweepOp("QvASwitch::RegCTable", kAll, [](Trial& t, Movie& m) {
     const std::int16_t count = m.switcher->Count();
@@ -148,18 +147,6 @@ TEST(AColorSweep, Dup) {
   });
 }
 
-// Every member holding a copy of the animation has all its frames, unless a
-// fault hit the passing on.
-void ExpectCopies(Trial& t, Movie& m) {
-  if (t.faulted || m.level < kImages) return;
-  for (std::int16_t id : {kFramed, kScroller}) {
-    QvAFrame* copy = m.cast->AFrame(id);
-    ASSERT_NE(copy, nullptr);
-    EXPECT_EQ(copy->CountAFrame(), m.frame->CountAFrame());
-    EXPECT_EQ(copy->CountMFrame(), m.frame->CountMFrame());
-  }
-}
-
 // A second animation with two frames (with images when asked).
 std::unique_ptr<FrameProbe> Other(Movie& m, bool images) {
   auto a = std::make_unique<FrameProbe>();
@@ -189,7 +176,6 @@ TEST(AFrameSweep, RegistrationAndImages) {
     EXPECT_EQ(r, !ok ? -1 : frames < 1 ? frames : 1);
     EXPECT_EQ(m.frame->CountAFrame(), frames + (ok ? 1 : 0));
     EXPECT_TRUE(ok || m.frame->End() == end);
-    ExpectCopies(t, m);
   });
   SweepOp("QvAFrame::Reg from another animation", kAll, [](Trial& t, Movie& m) {
     auto src = Other(m, true);
@@ -202,7 +188,6 @@ TEST(AFrameSweep, RegistrationAndImages) {
     EXPECT_EQ(r, ok ? 0 : -1);
     EXPECT_EQ(m.frame->CountAFrame(), frames + (ok ? 1 : 0));
     EXPECT_TRUE(!ok || zx == 2.0);
-    ExpectCopies(t, m);
   });
   SweepOp("QvAFrame::SetOrgImage cut", kFromPopulated, [](Trial& t, Movie& m) {
     const bool ok =
@@ -212,7 +197,6 @@ TEST(AFrameSweep, RegistrationAndImages) {
     EXPECT_EQ(m.frame->GetOrgImage(1, &org, &w, &h), 1);
     ASSERT_EQ(org != nullptr, ok);
     EXPECT_TRUE(!ok || org[0] == m.picture[8]);
-    ExpectCopies(t, m);
   });
   SweepOp("QvAFrame::SetOrgImage copy", kFromPopulated, [](Trial& t, Movie& m) {
     std::vector<unsigned char> buf(8 * 6, 77);
@@ -226,7 +210,6 @@ TEST(AFrameSweep, RegistrationAndImages) {
     const bool ok =
         t.Ok([&] { return m.frame->SetImage(2, m.picture.data(), 24, 24, Movie::kPicH); });
     EXPECT_TRUE(HasImage(*m.frame, 2) || !ok);
-    ExpectCopies(t, m);
   });
   SweepOp("QvAFrame::SetImage recompute", kFromImages, [](Trial& t, Movie& m) {
     m.frame->SetRot(0, 1.0);
@@ -271,12 +254,10 @@ TEST(AFrameSweep, CopiesAndDrawing) {
   SweepOp("QvAFrame::Dup into the animation with members", kAll, [](Trial& t, Movie& m) {
     auto src = Other(m, true);
     EXPECT_TRUE(!t.Ok([&] { return src->Dup(m.frame.get()); }) || m.frame->CountAFrame() == 2);
-    ExpectCopies(t, m);
   });
   SweepOp("QvAFrame::Restore", kAll, [](Trial& t, Movie& m) {
     auto src = Other(m, false);
     EXPECT_TRUE(!t.Ok([&] { return m.frame->Restore(src.get()); }) || m.frame->CountAFrame() == 2);
-    ExpectCopies(t, m);
   });
   for (bool withPal : {false, true}) {
     for (bool master : {false, true}) {
@@ -323,10 +304,7 @@ TEST(AFrameSweep, PassingOn) {
   for (const Change& c : changes) {
     const bool walk = std::string(c.name) == "UpdateMCast";
     SweepOp(std::string("QvAFrame::") + c.name, walk ? kFromImages : kImages,
-            [&c](Trial& t, Movie& m) {
-              EXPECT_EQ(t([&] { return c.run(*m.frame); }), 1);
-              ExpectCopies(t, m);
-            });
+            [&c](Trial& t, Movie& m) { EXPECT_EQ(t([&] { return c.run(*m.frame); }), 1); });
   }
   SweepOp("QvAFrame::DelFromMCast", kFromImages, [](Trial& t, Movie& m) {
     t([&] { m.frame->DelFromMCast(); });

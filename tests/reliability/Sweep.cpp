@@ -176,8 +176,9 @@ void VerifyStore(CastProbe& store, Movie& m) {
   EXPECT_EQ(store.Count(), count);
 }
 
-// Every entry of an animation's list names a member that refers back to it.
-void VerifyList(QvMCastList* list, int kind, Movie& m) {
+// Every entry of an animation's list names a member that refers back to it;
+// when `complete`, with a copy as long as the animation.
+void VerifyList(QvMCastList* list, int kind, Movie& m, bool complete) {
   QvMCast* c = nullptr;
   std::int16_t id = 0;
   for (std::int16_t n = 0; n < 10000 && list->Get(n, &c, &id); ++n) {
@@ -185,17 +186,27 @@ void VerifyList(QvMCastList* list, int kind, Movie& m) {
     QvMCastInfo* r = static_cast<CastProbe*>(c)->Find(id);
     ASSERT_NE(r, nullptr) << "list " << kind << " names absent member " << id;
     EXPECT_EQ(r->lists[kind], list) << "member " << id << " does not refer to list " << kind;
+    if (!complete) continue;
+    SCOPED_TRACE("copy of animation " + std::to_string(kind) + " on member " + std::to_string(id));
+    if (kind == 4) {
+      ASSERT_NE(r->aFrame, nullptr);
+      EXPECT_EQ(r->aFrame->CountAFrame(), m.frame->CountAFrame());
+      EXPECT_EQ(r->aFrame->CountMFrame(), m.frame->CountMFrame());
+    } else {
+      ASSERT_NE(r->aColor[kind], nullptr);
+      EXPECT_EQ(r->aColor[kind]->Count(), m.Colour(kind)->Count());
+    }
   }
 }
 
-void Verify(Movie& m) {
+void Verify(Movie& m, bool complete) {
   for (CastProbe* store : {m.cast.get(), m.backup.get()})
     if (store) VerifyStore(*store, m);
   for (int kind = 0; kind < 4; ++kind)
-    if (m.Colour(kind)) VerifyList(m.ColourList(kind), kind, m);
+    if (m.Colour(kind)) VerifyList(m.ColourList(kind), kind, m, complete);
   if (m.frame) {
     FrameProbe& f = *m.frame;
-    VerifyList(&f, 4, m);
+    VerifyList(&f, 4, m, complete);
     VerifyFrames(f);
     EXPECT_EQ(f.UpdateLock(), 0) << "update lock left held";
     EXPECT_EQ(f.LookupLock(), 0) << "lookup lock left held";
@@ -330,10 +341,10 @@ void SweepOp(const std::string& name, unsigned levels,
       Build(*m, level);
       if (::testing::Test::HasFatalFailure()) return;
       body(t, *m);
-      Verify(*m);
+      Verify(*m, !t.faulted);  // an operation without a fault passes changes on
       Exercise(*m);
       SCOPED_TRACE("after the later operations");
-      Verify(*m);
+      Verify(*m, true);
       // Destroys everything: the animations first (they detach from the
       // members) or the layer and cast stores first.
       if (t.k % 2 == 0) {
