@@ -288,8 +288,7 @@ bool Trial::Failed(bool failed) const {
 }
 
 void Sweep(const std::string& operation, const std::function<void(Trial&)>& trial) {
-  static const bool warm = WarmTraces(4);
-  (void)warm;
+  [[maybe_unused]] static const bool warm = WarmTraces(4);
   QvFailAllocation(0);
   int faults = 0;
   for (int k = 0; k <= kMaxFaults; ++k) {
@@ -297,8 +296,7 @@ void Sweep(const std::string& operation, const std::function<void(Trial&)>& tria
         ::testing::UnitTest::GetInstance()->current_test_info()->result();
     const int reports = result->total_part_count();
     const long before = LiveAllocations();
-    Trial t;
-    t.k = k;
+    Trial t{k};
     {
       SCOPED_TRACE(operation + " k=" + std::to_string(k));
       trial(t);
@@ -313,7 +311,7 @@ void Sweep(const std::string& operation, const std::function<void(Trial&)>& tria
       break;
     }
     if (k > 0 && t.attempts < k) break;
-    if (k > 0) ++faults;
+    faults = k;
   }
   EXPECT_LT(faults, kMaxFaults) << operation << " never stops allocating";
   ++report->operations;

@@ -167,12 +167,9 @@ void SweepOp(const std::string& name, unsigned levels,
              const std::function<void(Trial&, Movie&)>& body);
 
 // A writable copy of a string for the interfaces that take unsigned char*.
-class Text {
- public:
+struct Text {
   explicit Text(const char* s) : bytes(s, s + std::char_traits<char>::length(s) + 1) {}
   operator unsigned char*() { return bytes.data(); }
-
- private:
   std::vector<unsigned char> bytes;
 };
 
