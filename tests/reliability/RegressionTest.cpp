@@ -2,57 +2,35 @@
 // API fuzzer. Each test names what failed and the input that showed it.
 #include <gtest/gtest.h>
 
-#include "acolor/QvAFade.h"
-#include "aframe/QvAFrame.h"
-#include "cast/QvMCast.h"
 #include "cast/QvMCastDft.h"
-#include "cast/QvMCastInfo.h"
 #include "player/QvMCastList.h"
 #include "tests/reliability/Sweep.h"
-#include "toolbox/QvPlatform.h"
 
 namespace reliability {
 namespace {
-
-class Store : public QvMCast {
- public:
-  QvMCastList* BackReference(std::int16_t id, int list) {
-    for (QvMCastInfo* r = head; r; r = r->next)
-      if (r->id == id) return r->lists[list];
-    return nullptr;
-  }
-};
-
-bool Holds(QvMCastList* list, QvMCast* cast, std::int16_t id) {
-  QvMCast* c = nullptr;
-  std::int16_t i = 0;
-  for (std::int16_t n = 0; list->Get(n, &c, &i); ++n)
-    if (c == cast && i == id) return true;
-  return false;
-}
 
 // Runs reg once without faults on a fresh store to count its allocations,
 // then again with its last allocation failing: the entry of the animation's
 // reference list (a registration makes it last).
 template <class Reg>
 void FailListEntry(Reg reg, QvMCastList* list, int listIndex) {
-  int last = 0;
+  Trial count;
   {
-    Store store;
+    CastProbe store;
     ASSERT_EQ(store.New(0, nullptr), 1);
-    last = Inject(0, [&] { reg(store); });
+    count([&] { reg(store); });
     store.DelAll();
   }
-  ASSERT_GT(last, 0);
-  Store store;
+  ASSERT_GT(count.attempts, 0);
+  CastProbe store;
   ASSERT_EQ(store.New(0, nullptr), 1);
-  Inject(last, [&] { reg(store); });
-  EXPECT_FALSE(Holds(list, &store, 0));
+  Trial{count.attempts}([&] { reg(store); });
+  EXPECT_FALSE(ListHolds(list, &store, 0));
   // Without the list entry the member must not refer to the list: the
   // animation would never clear the reference, and once it is destroyed the
   // member's removal (DelAFrame, DelAColor, DelDft, Empty, Del) would write
   // into freed memory.
-  EXPECT_EQ(store.BackReference(0, listIndex), nullptr);
+  EXPECT_TRUE(!store.Find(0) || !store.Find(0)->lists[listIndex]);
   store.DelAll();
 }
 

@@ -1,63 +1,175 @@
 // The allocation-failure sweep: runs one operation on a fresh state once for
-// every allocation it makes, with exactly that allocation failing, and checks
-// each outcome, the state afterwards and that nothing leaked.
+// every allocation it makes, with exactly that allocation failing, checks each
+// outcome, that the objects stay consistent and usable, and that nothing
+// leaked. The states are a small movie (two cast stores, a frame animation,
+// one colour animation of each kind, a layer store) built up in levels.
 #pragma once
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "acolor/QvACycle.h"
+#include "acolor/QvAFade.h"
+#include "acolor/QvAFlash.h"
+#include "acolor/QvASwitch.h"
+#include "aframe/QvAFrame.h"
+#include "cast/QvMCast.h"
+#include "cast/QvMCastInfo.h"
+#include "layer/QvMLayer.h"
+#include "toolbox/QvPal.h"
 #include "toolbox/QvPlatform.h"
+#include "toolbox/tbColorTable.h"
+#include "toolbox/tbPixMap.h"
+#include "toolbox/tbRect.h"
 
 namespace reliability {
 
-// Number of objects allocated with operator new and not freed yet, counted
-// in the builds without AddressSanitizer (whose LeakSanitizer checks there);
-// -1 when not counted.
+// Objects allocated with operator new and not freed yet, counted in the builds
+// without AddressSanitizer (whose LeakSanitizer checks there); -1 otherwise.
 long LiveAllocations();
 
-// Runs op with the k-th allocation attempt failing (k = 0: none fails) and
-// gives the number of attempts op made. Failing is off again afterwards.
-template <class F>
-int Inject(int k, F&& op) {
-  QvFailAllocation(k);
-  op();
-  const int attempts = QvAllocationCount();
-  QvFailAllocation(0);
-  return attempts;
-}
+// One run of an operation: its call goes through operator(), which makes the
+// k-th allocation attempt fail (k = 0: none) and counts the attempts.
+struct Trial {
+  int k = 0;
+  int attempts = 0;
+  bool faulted = false;  // the k-th allocation was reached and failed
 
-// True when the run of Inject(k, ...) that made `attempts` attempts had its
-// k-th attempt fail.
-inline bool Faulted(int k, int attempts) { return k > 0 && attempts >= k; }
-
-// One trial: builds a fresh state, runs the operation under Inject(k, ...),
-// checks the result and the state, makes a later operation succeed and
-// destroys everything. Returns the attempts counted by Inject.
-using Trial = std::function<int(int k)>;
-
-// Sweeps k = 0 (the reference run), 1, 2, ... until a trial makes fewer than
-// k attempts. Records the operation and its number of injected faults, and
-// checks for leaks around each trial in the builds that count allocations.
-// Returns the number of injected faults.
-int Sweep(const std::string& operation, const Trial& trial);
-
-// The operations swept so far and their fault counts.
-struct SweepRecord {
-  std::string operation;
-  int faults = 0;
+  template <class F>
+  auto operator()(F&& op) {
+    struct Off {
+      Trial& t;
+      ~Off() {
+        t.attempts = QvAllocationCount();
+        t.faulted = t.k > 0 && t.attempts >= t.k;
+        QvFailAllocation(0);
+      }
+    };
+    QvFailAllocation(k);
+    Off off{*this};
+    return op();
+  }
+  // Checks that a failure result comes only with a fault; gives `failed`.
+  bool Failed(bool failed) const;
+  // Runs an operation that gives 1 on success; true when it succeeded.
+  template <class F>
+  bool Ok(F&& op) {
+    return !Failed((*this)(op) != 1);
+  }
 };
-const std::vector<SweepRecord>& Records();
+
+// Sweeps k = 0 (the reference run), 1, 2, ... until a trial makes fewer than k
+// attempts, checking for leaks around each trial.
+void Sweep(const std::string& operation, const std::function<void(Trial&)>& trial);
+
+// The levels of the movie, as bits of a set; each contains the ones before.
+enum Level : unsigned {
+  kEmpty = 1,      // every object constructed, nothing registered
+  kPopulated = 2,  // members with names, ranges, Dft entries, anchors, scrolling,
+                   // own colour tables; frames without images; colour areas
+  kImages = 4,     // the frames have images; members carry frame animation copies
+  kColour = 8,     // members carry colour animation copies of all four kinds
+  kLayers = 16,    // members placed on layers; a backup store holds copies
+};
+constexpr unsigned kAll = 31, kFromPopulated = 30, kFromImages = 28, kFromColour = 24;
+
+// Cast ids of the members of the main store (from kPopulated on, except where
+// noted).
+constexpr std::int16_t kPlain = 0;      // name and range only
+constexpr std::int16_t kPath = 1;       // Dft entries, anchor path, scrolling
+constexpr std::int16_t kTableOnly = 2;  // own colour table and palette area
+constexpr std::int16_t kFramed = 3;     // kImages: frame animation and colour table
+constexpr std::int16_t kScroller = 4;   // kImages: frame animation, anchors, scrolling
+constexpr std::int16_t kColoured = 5;   // kColour: frame, table and four colour kinds
+
+// Probes that open the protected state of the objects the movie owns.
+struct CastProbe : QvMCast {
+  QvMCastInfo* Head() const { return head; }
+  QvMCastInfo* Find(std::int16_t id) const {
+    QvMCastInfo* r = head;
+    while (r && r->id != id) r = r->next;
+    return r;
+  }
+  char Locked() const { return lockFlag; }
+};
+struct LayerProbe : QvMLayer {
+  QvMLayerInfo* Head() const { return head; }
+  unsigned char* Comment() const { return comment; }
+  std::uint16_t CommentSize() const { return commentSize; }
+};
+struct FrameProbe : QvAFrame {
+  QvAFrameInfo* Frames() const { return frameList; }
+  signed char UpdateLock() const { return updateLock; }
+  unsigned char LookupLock() const { return lockFlag; }
+};
+struct SwitchProbe : QvASwitch {
+  std::int16_t TableCount() const { return count; }
+  tbColorTable* Tables() const { return tables; }
+};
+struct CycleProbe : QvACycle {
+  QvACycleInfo* Ranges() const { return head; }
+};
+
+// Whether the reference list holds the member.
+bool ListHolds(QvMCastList* list, QvMCast* cast, std::int16_t id);
+
+// An 8-bit pixel map with its own buffer.
+struct Canvas {
+  explicit Canvas(std::int16_t w = 64, std::int16_t h = 48)
+      : pixels(static_cast<std::size_t>(w * h)),
+        map(pixels.data(), w, tbRect(0, 0, w, h)),
+        area(0, 0, w, h) {}
+  std::vector<unsigned char> pixels;
+  tbPixMap map;
+  tbRect area;
+};
+
+struct Movie {
+  Movie();
+  // Destroyed from the last: layers, stores, then animations.
+  std::unique_ptr<FrameProbe> frame{new FrameProbe};
+  std::unique_ptr<CycleProbe> cycle{new CycleProbe};
+  std::unique_ptr<QvAFlash> flash{new QvAFlash};
+  std::unique_ptr<SwitchProbe> switcher{new SwitchProbe};
+  std::unique_ptr<QvAFade> fade{new QvAFade};
+  std::unique_ptr<CastProbe> cast{new CastProbe}, backup{new CastProbe};
+  std::unique_ptr<LayerProbe> layers{new LayerProbe};
+
+  // The colour animation of a kind (0 cycle, 1 flash, 2 switch, 3 fade), also
+  // as the list of its members, and f called with its owner when present.
+  QvAColor* Colour(int kind) const;
+  QvMCastList* ColourList(int kind) const;
+  template <class F>
+  void OnColour(int kind, F&& f) {
+    if (kind == 0 && cycle) f(cycle);
+    if (kind == 1 && flash) f(flash);
+    if (kind == 2 && switcher) f(switcher);
+    if (kind == 3 && fade) f(fade);
+  }
+
+  Level level = kEmpty;
+  QvPal pal;                                          // indices 16 to 31
+  tbColorTable table{static_cast<std::int16_t>(72)};  // a ramp of distinct colours
+  static constexpr std::int16_t kPicW = 24, kPicH = 16;
+  std::vector<unsigned char> picture = std::vector<unsigned char>(kPicW * kPicH);
+};
+
+// Sweeps an allocating operation on a fresh movie of each of its levels. The
+// body runs the call through the Trial and checks the result and the objects
+// it affects; each trial then checks the movie's consistency (links, counts,
+// flags, reference lists and back-references), runs later operations that
+// must succeed (passing animations on, drawing, icons, names, registrations,
+// copies) and destroys everything, in alternating orders.
+void SweepOp(const std::string& name, unsigned levels,
+             const std::function<void(Trial&, Movie&)>& body);
 
 // A writable copy of a string for the interfaces that take unsigned char*.
-class Text {
- public:
-  explicit Text(const char* s);
-  unsigned char* get() { return bytes.data(); }
+struct Text {
+  explicit Text(const char* s) : bytes(s, s + std::char_traits<char>::length(s) + 1) {}
   operator unsigned char*() { return bytes.data(); }
-
- private:
   std::vector<unsigned char> bytes;
 };
 

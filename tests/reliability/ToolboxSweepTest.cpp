@@ -2,10 +2,6 @@
 // through, and of the cast reference list.
 #include <gtest/gtest.h>
 
-#include <cstring>
-#include <string>
-#include <vector>
-
 #include "player/QvMCastList.h"
 #include "tests/reliability/Sweep.h"
 #include "toolbox/BRegion.h"
@@ -14,10 +10,8 @@
 #include "toolbox/QvCanvas.h"
 #include "toolbox/QvCanvasUtil.h"
 #include "toolbox/QvRgn.h"
-#include "toolbox/tbColorTable.h"
 #include "toolbox/tbGWorld.h"
 #include "toolbox/tbPicture.h"
-#include "toolbox/tbPixMap.h"
 #include "toolbox/tbRegion.h"
 #include "toolbox/tbToolBox.h"
 
@@ -37,161 +31,88 @@ int Entries(QvMCastList& list) {
   return n;
 }
 
-TEST(ToolboxSweep, CastList) {
+TEST(ToolboxSweep, Services) {
   for (int filled : {0, 3}) {
-    Sweep("QvMCastList::Reg [" + std::to_string(filled) + " entries]", [filled](int k) {
+    Sweep("QvMCastList::Reg [" + std::to_string(filled) + " entries]", [filled](Trial& t) {
       QvMCastList list;
       for (int i = 0; i < filled; ++i) list.Reg(FakeStore(1), static_cast<std::int16_t>(i));
-      char r = 0;
-      const int n = Inject(k, [&] { r = list.Reg(FakeStore(2), 7); });
-      if (r == 0) {
-        EXPECT_TRUE(Faulted(k, n));
-        EXPECT_EQ(Entries(list), filled) << "no change on failure";
-      } else {
-        EXPECT_EQ(Entries(list), filled + 1);
-      }
+      const bool ok = t.Ok([&] { return list.Reg(FakeStore(2), 7); });
+      EXPECT_EQ(Entries(list), filled + (ok ? 1 : 0)) << "no change on failure";
       EXPECT_EQ(list.Reg(FakeStore(3), 8), 1);
       EXPECT_EQ(list.Del(FakeStore(3), 8), 1);
-      return n;
     });
   }
-}
-
-TEST(ToolboxSweep, GWorld) {
-  Sweep("tbToolBox::NewGWorld", [](int k) {
-    tbGWorld* world = reinterpret_cast<tbGWorld*>(&k);
+  Sweep("tbToolBox::NewGWorld", [](Trial& t) {
+    tbGWorld* world = reinterpret_cast<tbGWorld*>(&t);
     tbRect bounds(0, 0, 17, 9);
     tbColorTable table(static_cast<std::int16_t>(72));
-    std::int16_t r = 0;
-    const int n = Inject(k, [&] { r = tb.NewGWorld(&world, 8, &bounds, &table); });
-    if (r == 0) {
-      EXPECT_TRUE(Faulted(k, n));
-      EXPECT_EQ(world, nullptr);
-    } else {
-      EXPECT_NE(world, nullptr);
-      if (world) {
-        EXPECT_EQ(world->PortPixMap()->Width(), 17);
-      }
-      tb.DisposeGWorld(world);
-    }
-    return n;
+    const bool ok = t.Ok([&] { return tb.NewGWorld(&world, 8, &bounds, &table); });
+    ASSERT_EQ(world != nullptr, ok);
+    EXPECT_TRUE(!ok || world->PortPixMap()->Width() == 17);
+    tb.DisposeGWorld(world);
   });
-}
-
-TEST(ToolboxSweep, Strings) {
-  Sweep("tbToolBox::NewString", [](int k) {
-    Text text("a member name");
-    unsigned char** h = nullptr;
-    const int n = Inject(k, [&] { h = tb.NewString(text); });
-    if (Faulted(k, n)) {
-      EXPECT_EQ(h, nullptr);
-    } else {
-      EXPECT_NE(h, nullptr);
-      if (h) {
-        EXPECT_STREQ(reinterpret_cast<const char*>(*h), "a member name");
-      }
-    }
+  Sweep("tbToolBox::NewString", [](Trial& t) {
+    unsigned char** h = t([&] { return tb.NewString(Text("a member name")); });
+    EXPECT_EQ(h == nullptr, t.faulted);
+    EXPECT_STREQ(h ? reinterpret_cast<const char*>(*h) : "", h ? "a member name" : "");
     QvFreeString(h);
-    return n;
   });
-}
-
-TEST(ToolboxSweep, Regions) {
-  Sweep("BRegion::New", [](int k) {
+  Sweep("BRegion::New", [](Trial& t) {
     tbRegion region;
-    void* h = nullptr;
-    const int n = Inject(k, [&] { h = region.New(); });
-    EXPECT_EQ(h == nullptr, Faulted(k, n));
-    if (h) {
-      region.RectRegion(0, 0, 4, 4);
-      region.OffsetRegion(2, 2);
-      EXPECT_TRUE(region.Contains(5, 5));
-    }
+    EXPECT_EQ(t([&] { return region.New(); }) == nullptr, t.faulted);
+    if (!t.faulted) region.RectRegion(0, 0, 4, 4), region.OffsetRegion(2, 2);
+    EXPECT_TRUE(t.faulted || region.Contains(5, 5));
     region.Dispose();
-    return n;
   });
-  Sweep("BRegion::CopyRegion", [](int k) {
+  Sweep("BRegion::CopyRegion", [](Trial& t) {
     tbRegion a, b;
     a.New();
     a.RectRegion(1, 1, 3, 9);
-    const int n = Inject(k, [&] {
-      b.New();
-      b.CopyRegion(&a);
-    });
-    if (!Faulted(k, n)) {
-      EXPECT_TRUE(b.Contains(2, 8));
-    }
+    t([&] { b.New(), b.CopyRegion(&a); });
+    EXPECT_TRUE(t.faulted || b.Contains(2, 8));
     a.Dispose();
     b.Dispose();
-    return n;
   });
-  Sweep("QvRgn::ColorToRgn", [](int k) {
+  Sweep("QvRgn::ColorToRgn", [](Trial& t) {
     std::vector<unsigned char> image(12 * 8, 0);
-    for (int y = 0; y < 8; ++y)
-      for (int x = 0; x < 12; ++x)
-        if ((x + y) % 3) image[static_cast<std::size_t>(y * 12 + x)] = 4;
+    for (int i = 0; i < 12 * 8; ++i)
+      if ((i % 12 + i / 12) % 3) image[static_cast<std::size_t>(i)] = 4;
     QvRgn rgn;
-    char r = 0;
-    const int n = Inject(k, [&] { r = rgn.ColorToRgn(image.data(), 12, 12, 8, 4, 1); });
-    EXPECT_TRUE(r != 0 || Faulted(k, n));
+    t.Failed(t([&] { return rgn.ColorToRgn(image.data(), 12, 12, 8, 4, 1); }) == 0);
     rgn.Dispose();
-    return n;
   });
-}
-
-TEST(ToolboxSweep, Canvas) {
-  Sweep("QvCanvas::New", [](int k) {
+  Sweep("QvCanvas::New", [](Trial& t) {
     QvCanvas canvas;
-    std::int16_t r = 0;
-    const int n = Inject(k, [&] { r = canvas.New(10, 6); });
-    EXPECT_EQ(r == 0, Faulted(k, n));
-    if (r) canvas.Clear(0, 0, 10, 6, 3, nullptr, 0);
-    return n;
+    EXPECT_EQ(t([&] { return canvas.New(10, 6); }) == 0, t.faulted);
+    if (!t.faulted) canvas.Clear(0, 0, 10, 6, 3, nullptr, 0);
   });
-  Sweep("QvCanvasUtil::GetPICT", [](int k) {
+  Sweep("QvCanvasUtil::GetPICT", [](Trial& t) {
     QvCanvas canvas;
     EXPECT_NE(canvas.New(10, 6), 0);
     canvas.Clear(0, 0, 10, 6, 3, nullptr, 0);
     tbPicture pict;
     QvCanvasUtil util;
-    const int n = Inject(k, [&] { util.GetPICT(&canvas, 10, 6, &pict, 0, 0, 10, 6, nullptr); });
-    if (Faulted(k, n)) {
-      EXPECT_EQ(pict.Pic(), nullptr);
-    } else {
-      EXPECT_EQ(pict.Pixel(9, 5), 3);
-    }
-    return n;
+    t([&] { util.GetPICT(&canvas, 10, 6, &pict, 0, 0, 10, 6, nullptr); });
+    EXPECT_TRUE(t.faulted ? pict.Pic() == nullptr : pict.Pixel(9, 5) == 3);
   });
-  Sweep("tbPicture::Set", [](int k) {
+  Sweep("tbPicture::Set", [](Trial& t) {
     std::vector<unsigned char> pixels(6 * 4, 8);
     tbPicture pict;
-    char r = 0;
-    const int n = Inject(k, [&] { r = pict.Set(pixels.data(), 6, 6, 4, nullptr); });
-    EXPECT_EQ(r == 0, Faulted(k, n));
-    EXPECT_EQ(pict.Pic() == nullptr, r == 0);
-    return n;
+    EXPECT_EQ(t([&] { return pict.Set(pixels.data(), 6, 6, 4, nullptr); }) == 0, t.faulted);
+    EXPECT_EQ(pict.Pic() == nullptr, t.faulted);
   });
-}
-
-TEST(ToolboxSweep, Framework) {
-  Sweep("CPtrList::AddTail", [](int k) {
+  Sweep("CPtrList::AddTail", [](Trial& t) {
     CPtrList list(2);
     int items[3];
     list.AddTail(&items[0]);
     list.AddTail(&items[1]);
-    bool r = false;
-    const int n = Inject(k, [&] { r = list.AddTail(&items[2]); });
-    EXPECT_EQ(list.GetCount(), r ? 3 : 2);
-    EXPECT_TRUE(r || Faulted(k, n));
-    return n;
+    const bool failed = t.Failed(!t([&] { return list.AddTail(&items[2]); }));
+    EXPECT_EQ(list.GetCount(), failed ? 2 : 3);
   });
-  Sweep("MDependable::AddDependent", [](int k) {
+  Sweep("MDependable::AddDependent", [](Trial& t) {
     MDependable a, b;
-    bool r = false;
-    const int n = Inject(k, [&] { r = a.AddDependent(&b); });
-    EXPECT_TRUE(r || Faulted(k, n));
-    EXPECT_EQ(a.Dependents().GetCount(), r ? 1 : 0);
-    return n;
+    const bool failed = t.Failed(!t([&] { return a.AddDependent(&b); }));
+    EXPECT_EQ(a.Dependents().GetCount(), failed ? 0 : 1);
   });
 }
 
