@@ -12,10 +12,9 @@ namespace {
 
 using namespace tooltest;
 
-// Writes a palette PNG of the given bit depth (1, 2, 4 or 8), all pixels 1.
+// Writes a 4 x 2 palette PNG of the given bit depth with a palette of two
+// entries (black, red), all pixels 1.
 void WritePalettePng(const std::string& path, int depth) {
-  png_image image;
-  std::memset(&image, 0, sizeof image);
   std::FILE* f = std::fopen(path.c_str(), "wb");
   ASSERT_NE(nullptr, f);
   png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
@@ -35,9 +34,9 @@ void WritePalettePng(const std::string& path, int depth) {
   std::fclose(f);
 }
 
-TEST(PngIO, IndexedPictureRoundTripsWithItsWholePalette) {
+TEST(PngIO, IndexedPicturesRoundTripAndShortPalettesLeaveTheRestBlack) {
   TempDir dir;
-  qvscene::Picture p = MakePicture(3, 2, {0, 1, 2, 253, 254, 255});
+  const qvscene::Picture p = MakePicture(3, 2, {0, 1, 2, 253, 254, 255});
   SavePicture(dir / "p.png", p);
   qvscene::Picture q;
   std::string error;
@@ -47,13 +46,8 @@ TEST(PngIO, IndexedPictureRoundTripsWithItsWholePalette) {
   EXPECT_EQ(256, q.paletteCount);
   EXPECT_TRUE(p.pixels == q.pixels);
   EXPECT_EQ(0, std::memcmp(p.palette, q.palette, sizeof p.palette));
-}
 
-TEST(PngIO, ShortPaletteLeavesTheOtherEntriesBlack) {
-  TempDir dir;
   WritePalettePng(dir / "short.png", 8);
-  qvscene::Picture q;
-  std::string error;
   ASSERT_TRUE(qvscene::ReadIndexedPng(dir / "short.png", &q, &error)) << error;
   EXPECT_EQ(2, q.paletteCount);
   EXPECT_EQ(255, q.palette[1][0]);
@@ -61,39 +55,32 @@ TEST(PngIO, ShortPaletteLeavesTheOtherEntriesBlack) {
   EXPECT_EQ(1, q.At(3, 1));
 }
 
-TEST(PngIO, RefusesPalettesOfFewerBits) {
+TEST(PngIO, OtherFilesAreRefusedWithTheirReason) {
   TempDir dir;
   WritePalettePng(dir / "four.png", 4);
-  qvscene::Picture q;
-  std::string error;
-  EXPECT_FALSE(qvscene::ReadIndexedPng(dir / "four.png", &q, &error));
-  EXPECT_NE(std::string::npos, error.find("not an 8-bit indexed PNG (it is indexed, 4 bits"))
-      << error;
-}
-
-TEST(PngIO, RefusesRgbMissingAndNonPngFiles) {
-  TempDir dir;
   qvscene::RgbPicture rgb;
-  rgb.width = 1;
-  rgb.height = 1;
+  rgb.width = rgb.height = 1;
   rgb.pixels = {1, 2, 3};
   std::string error;
   ASSERT_TRUE(qvscene::WriteRgbPng(dir / "rgb.png", rgb, &error)) << error;
-  qvscene::Picture q;
-  EXPECT_FALSE(qvscene::ReadIndexedPng(dir / "rgb.png", &q, &error));
-  EXPECT_NE(std::string::npos, error.find("(it is RGB, 8 bits")) << error;
-  EXPECT_FALSE(qvscene::ReadIndexedPng(dir / "none.png", &q, &error));
-  EXPECT_NE(std::string::npos, error.find("cannot open")) << error;
   WriteText(dir / "text.png", "hello, not a picture");
-  EXPECT_FALSE(qvscene::ReadIndexedPng(dir / "text.png", &q, &error));
-  EXPECT_NE(std::string::npos, error.find("is not a PNG file")) << error;
   // A PNG cut short is reported, not read past its end.
   SavePicture(dir / "whole.png", MakePicture(64, 64, {}));
-  std::ifstream in(dir / "whole.png", std::ios::binary);
-  std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  const std::string bytes = Slurp(dir / "whole.png");
   WriteText(dir / "cut.png", bytes.substr(0, bytes.size() / 2));
-  EXPECT_FALSE(qvscene::ReadIndexedPng(dir / "cut.png", &q, &error));
-  EXPECT_NE(std::string::npos, error.find("not a valid PNG")) << error;
+  const std::pair<const char*, const char*> cases[] = {
+      {"four.png", "not an 8-bit indexed PNG (it is indexed, 4 bits"},
+      {"rgb.png", "(it is RGB, 8 bits"},
+      {"none.png", "cannot open"},
+      {"text.png", "is not a PNG file"},
+      {"cut.png", "not a valid PNG"},
+  };
+  for (const auto& c : cases) {
+    qvscene::Picture q;
+    error.clear();
+    EXPECT_FALSE(qvscene::ReadIndexedPng(dir / c.first, &q, &error)) << c.first;
+    EXPECT_NE(std::string::npos, error.find(c.second)) << c.first << ": " << error;
+  }
 }
 
 }  // namespace

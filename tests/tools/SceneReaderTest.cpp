@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "TinyScene.h"
+#include "ToolTestUtil.h"
 #include "cast/QvMCast.h"
 #include "layer/QvMLayer.h"
 #include "scene/JsonDocument.h"
@@ -16,83 +16,65 @@ namespace {
 
 using namespace tooltest;
 
-class SceneReader : public ::testing::Test {
- protected:
-  void SetUp() override { WriteTinyPictures(dir_); }
-
-  std::unique_ptr<qvscene::Scene> Load(const std::string& text) {
-    return qvscene::LoadSceneText(dir_ / "s.json", text);
-  }
-  // The error of loading text; fails the test when there is none.
-  qvscene::SceneError ErrorOf(const std::string& text) {
-    try {
-      Load(text);
-    } catch (const qvscene::SceneError& e) {
-      return e;
-    }
-    ADD_FAILURE() << "no error";
-    return qvscene::SceneError("", 0, "", "");
-  }
-
-  TempDir dir_;
-};
-
 TEST(JsonDocument, RemembersTheLineOfEveryValue) {
-  const std::string text =
-      "{\n"
-      "  \"a\": [1,\n"
-      "        {\"b\": 2.5},\n"
-      "        \"x/y\"],\n"
-      "  \"c~d\":\n"
-      "    true\n"
-      "}\n";
-  qvscene::JsonDocument doc("f.json", text);
-  EXPECT_EQ(1, doc.LineOf(""));
-  EXPECT_EQ(2, doc.LineOf("/a"));
-  EXPECT_EQ(2, doc.LineOf("/a/0"));
-  EXPECT_EQ(3, doc.LineOf("/a/1"));
-  EXPECT_EQ(3, doc.LineOf("/a/1/b"));
-  EXPECT_EQ(4, doc.LineOf("/a/2"));
-  EXPECT_EQ(6, doc.LineOf("/c~0d")) << "the value's line, not the key's";
-  EXPECT_EQ(0, doc.LineOf("/nothing"));
-}
-
-TEST(JsonDocument, NumberAtTheEndOfALineKeepsItsLine) {
-  qvscene::JsonDocument doc("f.json", "{\"a\": 1\n,\n\"b\": 22\n\n}");
-  EXPECT_EQ(1, doc.LineOf("/a"));
-  EXPECT_EQ(3, doc.LineOf("/b"));
+  const qvscene::JsonDocument doc("f.json",
+                                  "{\n"
+                                  "  \"a\": [1,\n"
+                                  "        {\"b\": 2.5},\n"
+                                  "        \"x/y\"],\n"
+                                  "  \"c~d\":\n"
+                                  "    true, \"e\": 1\n"
+                                  ",\n\"f\": 22\n\n}");
+  const std::pair<const char*, int> cases[] = {
+      {"", 1},     {"/a", 2},    {"/a/0", 2}, {"/a/1", 3}, {"/a/1/b", 3},
+      {"/a/2", 4}, {"/c~0d", 6}, {"/e", 6},   {"/f", 8},   {"/nothing", 0},
+  };  // "/c~0d": the value's line, not the key's; "/e", "/f": numbers at the end of a line
+  for (const auto& c : cases) EXPECT_EQ(c.second, doc.LineOf(c.first)) << c.first;
 }
 
 TEST(JsonDocument, InvalidTextAndDuplicateKeysAreRefusedWithTheirLine) {
-  try {
-    qvscene::JsonDocument doc("f.json", "{\n  \"a\": 1,\n  \"b\": tru\n}");
-    FAIL();
-  } catch (const qvscene::SceneError& e) {
-    EXPECT_EQ(3, e.Line());
-    EXPECT_NE(std::string::npos, std::string(e.what()).find("f.json:3: invalid JSON")) << e.what();
-  }
-  try {
-    qvscene::JsonDocument doc("f.json", "{\"a\": {\"k\": 1,\n \"k\": 2}}");
-    FAIL();
-  } catch (const qvscene::SceneError& e) {
-    EXPECT_EQ(2, e.Line());
-    EXPECT_EQ("/a/k", e.Path());
-    EXPECT_EQ("duplicate key", e.Reason());
-  }
-  try {
-    qvscene::JsonDocument doc("f.json", "");
-    FAIL();
-  } catch (const qvscene::SceneError& e) {
-    EXPECT_NE(std::string::npos, std::string(e.what()).find("invalid JSON")) << e.what();
+  struct Case {
+    const char* text;
+    int line;
+    const char* path;
+    const char* message;
+  };
+  const Case cases[] = {
+      {"{\n  \"a\": 1,\n  \"b\": tru\n}", 3, "", "f.json:3: invalid JSON"},
+      {"{\"a\": {\"k\": 1,\n \"k\": 2}}", 2, "/a/k", "f.json:2: /a/k: duplicate key"},
+      {"", 1, "", "f.json:1: invalid JSON"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.text);
+    try {
+      qvscene::JsonDocument doc("f.json", c.text);
+      ADD_FAILURE() << "accepted";
+    } catch (const qvscene::SceneError& e) {
+      EXPECT_EQ(c.line, e.Line());
+      EXPECT_EQ(c.path, e.Path());
+      EXPECT_NE(std::string::npos, std::string(e.what()).find(c.message)) << e.what();
+    }
   }
 }
+
+class SceneReader : public ::testing::Test {
+ protected:
+  void SetUp() override { WriteTinyPictures(dir_); }
+  std::unique_ptr<qvscene::Scene> Load(const std::string& text) {
+    return qvscene::LoadSceneText(dir_ / "s.json", text);
+  }
+  // The tiny scene with "members": ["m"] replaced by more members before m.
+  static std::string WithMembers(const std::string& members) {
+    return Replace(TinySceneText(), "    {\n      \"name\": \"m\",",
+                   members + ",\n    {\n      \"name\": \"m\",");
+  }
+  TempDir dir_;
+};
 
 TEST_F(SceneReader, BuildsOneMemberPerEntryWithTheOutputRangeByDefault) {
   auto scene = Load(TinySceneText());
   EXPECT_EQ(8, scene->Width());
   EXPECT_EQ(4, scene->Height());
-  EXPECT_EQ(0, scene->From());
-  EXPECT_EQ(5, scene->To());
   EXPECT_EQ(1, scene->Step());
   EXPECT_EQ((std::vector<std::int32_t>{0, 1, 2, 3, 4, 5}), scene->Times());
   EXPECT_EQ(std::vector<std::string>{"m"}, scene->MemberNames());
@@ -112,24 +94,13 @@ TEST_F(SceneReader, BuildsOneMemberPerEntryWithTheOutputRangeByDefault) {
   QvFreeString(name);
 }
 
-TEST_F(SceneReader, FittingOnALayerTrimsTheLaterMember) {
-  std::string text = Replace(TinySceneText(), R"("to": 5,)", R"("to": 30,)");
-  text = Replace(text, R"(      "name": "m",)", R"(      "name": "a",
-      "picture": "spr",
-      "frames": [{"rect": [0, 0, 2, 2]}],
-      "start": 0,
-      "end": 9
-    },
-    {
-      "name": "b",
-      "picture": "spr",
-      "frames": [{"rect": [0, 0, 2, 2]}],
-      "start": 5,
-      "end": 20,
-      "scroll": {"directions": ["right"], "stepH": 2}
-    },
-    {
-      "name": "m",)");
+TEST_F(SceneReader, FittingOnALayerTrimsTheLaterMemberAndScrollStepsHold) {
+  std::string text =
+      Replace(WithMembers(R"(    {"name": "a", "picture": "spr", "frames": [{"rect": [0, 0, 2, 2]}],
+     "start": 0, "end": 9},
+    {"name": "b", "picture": "spr", "frames": [{"rect": [0, 0, 2, 2]}], "start": 5, "end": 20,
+     "scroll": {"directions": ["right"], "stepH": 2}})"),
+              R"("to": 5,)", R"("to": 30,)");
   text = Replace(text, R"("members": ["m"])",
                  R"("id": 7, "members": ["a", {"member": "b", "fit": "trimStart"}, "m"])");
   auto scene = Load(text);
@@ -146,14 +117,13 @@ TEST_F(SceneReader, FittingOnALayerTrimsTheLaterMember) {
 }
 
 TEST_F(SceneReader, PathsTakeTheirPointsTypeAndCount) {
-  std::string text = Replace(
-      TinySceneText(), R"(      "frames": [)",
-      R"(      "path": {"points": [[0, 0], [30, 60]], "between": 2, "type": "reflect", "count": 12, "offset": 1},
-      "frames": [)");
-  auto scene = Load(text);
+  auto scene = Load(Replace(TinySceneText(), R"(      "frames": [)",
+                            R"(      "path": {"points": [[0, 0], [30, 60]], "between": 2,
+               "type": "reflect", "count": 12, "offset": 1},
+      "frames": [)"));
   QvMCast* cast = scene->Cast();
   const std::int16_t id = scene->MemberId("m");
-  std::int16_t n = 0;
+  std::int16_t n = 0, offset = 0;
   ASSERT_EQ(1, cast->GetAncNum(id, &n));
   EXPECT_EQ(4, n);
   tbPoint p;
@@ -164,32 +134,30 @@ TEST_F(SceneReader, PathsTakeTheirPointsTypeAndCount) {
   double step = 0;
   ASSERT_EQ(1, cast->GetAncStep(id, &step));
   EXPECT_DOUBLE_EQ(4.0 / 12.0, step);
-  std::int16_t offset = 0;
   ASSERT_EQ(1, cast->GetAncOffset(id, &offset));
   EXPECT_EQ(1, offset);
 }
 
 TEST_F(SceneReader, PaletteOverlaysOnlyMembersOnTheTimeline) {
-  // The cycling member lives from 2 to 5 only: before 2 the base palette
-  // stands.
-  std::string text = Replace(TinySceneText(), R"(      "name": "m",)", R"(      "name": "m",
-      "start": 2,)");
-  auto scene = Load(text);
-  tbColorTable t0;
-  tbColorTable t3;
+  // The cycling member lives from 2 to 5 only: before 2 the base palette stands.
+  auto scene = Load(Replace(TinySceneText(), R"("name": "m",)", R"("name": "m", "start": 2,)"));
+  tbColorTable t0, t3;
   scene->Palette(0, &t0);
   scene->Palette(3, &t3);
-  EXPECT_TRUE(t0 == scene->BasePalette());
+  const tbColorTable& base = scene->BasePalette();
+  EXPECT_TRUE(t0 == base);
   // One place turned at 3 (frame 1 of the cycle): index 5 shows index 4's colour.
-  EXPECT_EQ(*scene->BasePalette().CTTable(4), *t3.CTTable(5));
-  EXPECT_EQ(*scene->BasePalette().CTTable(7), *t3.CTTable(4));
-  EXPECT_EQ(*scene->BasePalette().CTTable(3), *t3.CTTable(3));
+  EXPECT_EQ(*base.CTTable(4), *t3.CTTable(5));
+  EXPECT_EQ(*base.CTTable(7), *t3.CTTable(4));
+  EXPECT_EQ(*base.CTTable(3), *t3.CTTable(3));
 }
 
-TEST_F(SceneReader, ErrorsNameThePathAndLine) {
-  const std::string base = TinySceneText();
+TEST_F(SceneReader, ErrorsNameTheFilePathAndLine) {
+  std::string points;  // a path is checked for its size before its anchors are made
+  for (int i = 0; i < 40; ++i)
+    points += std::string(i ? ", " : "") + "[" + std::to_string(i) + ", 0]";
   struct Case {
-    std::string from, to, path, reason;
+    std::string from, to, path, reason, lineOf = "";  // lineOf: marker of the line, "" for `to`
   };
   const Case cases[] = {
       {R"("kind": "cycle",)", R"("kind": "spin",)", "/members/0/colors/0/kind",
@@ -211,67 +179,43 @@ TEST_F(SceneReader, ErrorsNameThePathAndLine) {
        "expected a string, found an integer"},
       {R"("width": 8,)", R"("width": 8.5,)", "/output/width",
        "expected an integer, found a number with a fraction"},
+      // A missing key is reported at the object that lacks it.
+      {"\"palette\": \"pal\"", "\"loop\": 0", "/output", "missing key \"palette\"", "\"output\""},
+      {R"("name": "m",)", R"("name": "m", "position": [1, 1], "path": {"points": [[1, 1]]},)",
+       "/members/0/position", "", "\"position\""},
+      {R"("kind": "cycle",)", R"("kind": "cycle", "to": "#ffffff",)", "/members/0/colors/0/to",
+       "unknown key \"to\""},
+      {R"("members": ["m"])", R"("members": [7])", "/layers/0/members/0", ""},
+      {"\"output\": {", "\"outpt\": {", "/outpt", "unknown key"},
+      {R"(      "frames": [)",
+       "      \"path\": {\"points\": [" + points + "], \"between\": 1000},\n      \"frames\": [",
+       "/members/0/path/between", "more than 32767 anchors", "\"between\""},
   };
   for (const Case& c : cases) {
-    const std::string text = Replace(base, c.from, c.to);
-    ASSERT_NE(base, text) << c.from;
-    qvscene::SceneError e = ErrorOf(text);
-    EXPECT_EQ(c.path, e.Path()) << c.to;
-    EXPECT_EQ(LineOfText(text, c.to), e.Line()) << c.to;
-    EXPECT_NE(std::string::npos, e.Reason().find(c.reason)) << e.what();
-    EXPECT_EQ(dir_ / "s.json", e.File());
+    SCOPED_TRACE(c.to);
+    const std::string text = Replace(TinySceneText(), c.from, c.to);
+    try {
+      Load(text);
+      ADD_FAILURE() << "accepted";
+    } catch (const qvscene::SceneError& e) {
+      EXPECT_EQ(c.path, e.Path());
+      EXPECT_EQ(LineOfText(text, c.lineOf.empty() ? c.to : c.lineOf), e.Line());
+      EXPECT_NE(std::string::npos, e.Reason().find(c.reason)) << e.what();
+      EXPECT_EQ(dir_ / "s.json", e.File());
+    }
   }
-}
-
-TEST_F(SceneReader, StructuralErrors) {
-  const std::string base = TinySceneText();
-  // A missing required key is reported at the object that lacks it.
-  qvscene::SceneError e = ErrorOf(Replace(base, "\"palette\": \"pal\"", "\"loop\": 0"));
-  EXPECT_EQ("/output", e.Path());
-  EXPECT_EQ("missing key \"palette\"", e.Reason());
-  EXPECT_EQ(2, e.Line());
-  e = ErrorOf(Replace(base, R"(      "name": "m",)", R"(      "name": "m",
-      "position": [1, 1],
-      "path": {"points": [[1, 1]]},)"));
-  EXPECT_EQ("/members/0/position", e.Path());
-  e = ErrorOf(Replace(base, R"("kind": "cycle",)", R"("kind": "cycle", "to": "#ffffff",)"));
-  EXPECT_EQ("/members/0/colors/0/to", e.Path());
-  EXPECT_NE(std::string::npos, e.Reason().find("unknown key \"to\"")) << e.Reason();
-  e = ErrorOf(Replace(base, R"("members": ["m"])", R"("members": [7])"));
-  EXPECT_EQ("/layers/0/members/0", e.Path());
-  e = ErrorOf(Replace(base, "\"output\": {", "\"outpt\": {"));
-  EXPECT_EQ("/outpt", e.Path());
-  // A path is checked for its size before its anchors are made.
-  std::string points;
-  for (int i = 0; i < 40; ++i)
-    points += std::string(i ? ", " : "") + "[" + std::to_string(i) + ", 0]";
-  e = ErrorOf(Replace(
-      base, R"(      "frames": [)",
-      "      \"path\": {\"points\": [" + points + "], \"between\": 1000},\n      \"frames\": ["));
-  EXPECT_EQ("/members/0/path/between", e.Path());
-  EXPECT_NE(std::string::npos, e.Reason().find("more than 32767 anchors")) << e.Reason();
   // Comments are allowed in every object.
   EXPECT_NO_THROW(
-      Load(Replace(base, R"("kind": "cycle",)", R"("kind": "cycle", "comment": "x",)")));
+      Load(Replace(TinySceneText(), R"("kind": "cycle",)", R"("kind": "cycle", "comment": "x",)")));
 }
-
-}  // namespace
-
-namespace {
-
-using namespace tooltest;
 
 // Every allocation of the library that loading a scene makes is failed in
 // turn: loading either reports BuildError or gives a scene that draws, and
 // nothing crashes or leaks.
-TEST(SceneReaderAllocation, EachFailedAllocationIsReportedOrHarmless) {
-  TempDir dir;
-  WriteTinyPictures(dir);
-  std::string text = Replace(TinySceneText(), R"(          "kind": "cycle",
-          "area": [[4, 7]]
+TEST_F(SceneReader, EachFailedAllocationIsReportedOrHarmless) {
+  std::string text = Replace(TinySceneText(), R"("area": [[4, 7]]
         })",
-                             R"(          "kind": "cycle",
-          "area": [[4, 7]]
+                             R"("area": [[4, 7]]
         },
         {"kind": "fade", "area": [255], "to": "#000000"},
         {"kind": "flash", "area": [10]},
@@ -281,12 +225,11 @@ TEST(SceneReaderAllocation, EachFailedAllocationIsReportedOrHarmless) {
       "scroll": {"directions": ["left", "up"]},
       "transparent": 0,
       "frames": [)");
-  const std::string path = dir / "s.json";
   QvFailAllocation(0);
   qvscene::Picture reference;
-  qvscene::LoadSceneText(path, text)->Render(3, &reference);
+  ASSERT_TRUE(Load(text)->Render(3, &reference));
   QvFailAllocation(0);
-  qvscene::LoadSceneText(path, text);
+  Load(text);
   const int attempts = QvAllocationCount();
   ASSERT_GT(attempts, 10);
   int reported = 0;
@@ -294,16 +237,14 @@ TEST(SceneReaderAllocation, EachFailedAllocationIsReportedOrHarmless) {
     QvFailAllocation(k);
     std::unique_ptr<qvscene::Scene> scene;
     try {
-      scene = qvscene::LoadSceneText(path, text);
+      scene = Load(text);
     } catch (const qvscene::BuildError& e) {
       ++reported;
       EXPECT_NE(std::string::npos, std::string(e.what()).find("the library could not")) << e.what();
     }
     QvFailAllocation(0);
-    if (scene) {
-      qvscene::Picture moment;
-      EXPECT_TRUE(scene->Render(3, &moment)) << "allocation " << k;
-    }
+    qvscene::Picture moment;
+    EXPECT_TRUE(!scene || scene->Render(3, &moment)) << "allocation " << k;
   }
   EXPECT_GT(reported, 0);
 }
