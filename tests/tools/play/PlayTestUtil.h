@@ -1,91 +1,25 @@
 // Helpers of the player's tests: a small scene with its pictures in a fresh
-// directory, synthetic SDL events, a settable millisecond clock and a
-// comparison of the player's window with a moment drawn by the scene reader.
+// directory, synthetic SDL events, a settable millisecond clock, and the
+// fixture of an opened player compared with moments drawn by the scene reader.
 #pragma once
 
 #include <SDL.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
 #include <cstdint>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
-#include <vector>
 
+#include "../ToolTestUtil.h"
 #include "play/Frame.h"
 #include "play/Player.h"
 #include "play/View.h"
-#include "scene/Picture.h"
-#include "scene/PngIO.h"
 #include "scene/SceneReader.h"
 #include "toolbox/QvPlatform.h"
 #include "toolbox/tbPixMap.h"
 
 namespace playtest {
 
-namespace fs = std::filesystem;
-
-// A fresh directory, removed with everything in it at the end of the test.
-class TempDir {
- public:
-  TempDir() {
-    std::string pattern = (fs::temp_directory_path() / "qvplay-XXXXXX").string();
-    std::vector<char> buf(pattern.begin(), pattern.end());
-    buf.push_back(0);
-    const char* made = mkdtemp(buf.data());
-    path_ = made ? made : "";
-  }
-  ~TempDir() {
-    std::error_code ec;
-    if (!path_.empty()) fs::remove_all(path_, ec);
-  }
-  TempDir(const TempDir&) = delete;
-  TempDir& operator=(const TempDir&) = delete;
-  std::string operator/(const std::string& name) const { return path_ + "/" + name; }
-  const std::string& Path() const { return path_; }
-
- private:
-  std::string path_;
-};
-
-// Writes text to path and moves its modification time seconds into the
-// future (a different stamp each time, however fast the test runs).
-inline void WriteFile(const std::string& path, const std::string& text, int seconds = 0) {
-  {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out << text;
-  }
-  if (seconds) {
-    fs::last_write_time(path, fs::file_time_type::clock::now() + std::chrono::seconds(seconds));
-  }
-}
-
-// A picture with palette entry i = (i, 255 - i, 7i mod 256).
-inline qvscene::Picture MakePicture(int w, int h, const std::vector<int>& pixels) {
-  qvscene::Picture p;
-  p.width = w;
-  p.height = h;
-  for (int v : pixels) p.pixels.push_back(static_cast<unsigned char>(v));
-  p.pixels.resize(static_cast<std::size_t>(w) * h, 0);
-  for (int i = 0; i < 256; ++i) {
-    p.palette[i][0] = static_cast<unsigned char>(i);
-    p.palette[i][1] = static_cast<unsigned char>(255 - i);
-    p.palette[i][2] = static_cast<unsigned char>((i * 7) & 255);
-  }
-  p.paletteCount = 256;
-  return p;
-}
-
-inline void SavePicture(const std::string& path, const qvscene::Picture& p, int seconds = 0) {
-  std::string error;
-  ASSERT_TRUE(qvscene::WriteIndexedPng(path, p, &error)) << error;
-  if (seconds) {
-    fs::last_write_time(path, fs::file_time_type::clock::now() + std::chrono::seconds(seconds));
-  }
-}
+using namespace tooltest;
 
 // back.png: 8 x 4, every pixel index 20 except a column of 40 at x = 7.
 inline qvscene::Picture BackPicture() {
@@ -96,11 +30,11 @@ inline qvscene::Picture BackPicture() {
 // spr.png: 2 x 2 with the pixels 3 5 / 6 0 (0 is transparent).
 inline qvscene::Picture SpritePicture() { return MakePicture(2, 2, {3, 5, 6, 0}); }
 
-// The scene: "back" fills the picture on layer 1; "spr" walks on layer 2
-// along y = 1 from x = 0, one pixel per unit of time, and stays at x = 6
-// from time 6 on. Ten moments, 0 to 9, step 1. The sprite's row is a
-// parameter so that tests can move it.
+// "back" fills the picture on layer 1 (id 10); "spr" walks on layer 2 (id
+// 20) along y = spriteRow from x = 0, one pixel per unit, and stays at x = 6
+// from time 6 on. Moments 0 to `to`, step 1.
 inline std::string SceneText(int spriteRow = 1, int to = 9) {
+  const std::string row = std::to_string(spriteRow);
   return R"({
   "output": {"width": 8, "height": 4, "to": )" +
          std::to_string(to) + R"(, "palette": "back"},
@@ -113,8 +47,7 @@ inline std::string SceneText(int spriteRow = 1, int to = 9) {
       "transparent": 0,
       "frames": [{"rect": [0, 0, 2, 2], "anchor": [0, 0]}],
       "path": {"points": [[0, )" +
-         std::to_string(spriteRow) + R"(], [6, )" + std::to_string(spriteRow) + R"(]],
-               "between": 5, "type": "clamp"}
+         row + "], [6, " + row + R"(]], "between": 5, "type": "clamp"}
     }
   ],
   "layers": [{"id": 10, "members": ["back"]}, {"id": 20, "members": ["spr"]}]
@@ -123,30 +56,25 @@ inline std::string SceneText(int spriteRow = 1, int to = 9) {
 }
 
 // The scene and its pictures in a fresh directory.
-class SceneDir {
- public:
+struct SceneDir {
   SceneDir() {
-    SavePicture(dir_ / "back.png", BackPicture());
-    SavePicture(dir_ / "spr.png", SpritePicture());
-    WriteFile(ScenePath(), SceneText());
+    SavePicture(dir / "back.png", BackPicture());
+    SavePicture(dir / "spr.png", SpritePicture());
+    WriteText(ScenePath(), SceneText());
   }
-  std::string ScenePath() const { return dir_ / "scene.json"; }
-  const TempDir& Dir() const { return dir_; }
-
- private:
-  TempDir dir_;
+  std::string ScenePath() const { return dir / "scene.json"; }
+  TempDir dir;
 };
 
 // Moment t of the scene file as the scene reader draws it.
 inline qvscene::Picture Reference(const std::string& scenePath, std::int32_t t) {
-  auto scene = qvscene::LoadScene(scenePath);
   qvscene::Picture p;
-  EXPECT_TRUE(scene->Render(t, &p));
+  EXPECT_TRUE(qvscene::LoadScene(scenePath)->Render(t, &p));
   return p;
 }
 
-// A millisecond clock that the tests set; installed for the lifetime of
-// the object.
+// A millisecond clock that the tests set, installed for the object's
+// lifetime; it starts at 100000 ms, tick 5999 of the 1/60 s clock.
 class FakeTicks {
  public:
   FakeTicks() {
@@ -171,15 +99,15 @@ inline SDL_Event Key(SDL_Keycode sym, bool repeat = false) {
   return e;
 }
 
-inline SDL_Event Mouse(Uint32 type, int x, int y) {
+inline SDL_Event Mouse(Uint32 type, int x, int y, int button = SDL_BUTTON_LEFT) {
   SDL_Event e{};
   e.type = type;
   if (type == SDL_MOUSEMOTION) {
     e.motion.x = x;
     e.motion.y = y;
-    e.motion.state = SDL_BUTTON_LMASK;
+    e.motion.state = button ? SDL_BUTTON(button) : 0;  // 0: no button held
   } else {
-    e.button.button = SDL_BUTTON_LEFT;
+    e.button.button = static_cast<Uint8>(button);
     e.button.state = type == SDL_MOUSEBUTTONDOWN ? SDL_PRESSED : SDL_RELEASED;
     e.button.x = x;
     e.button.y = y;
@@ -191,58 +119,60 @@ inline std::uint32_t ColorOf(const qvscene::Picture& p, int index) {
   return qvplay::Rgb(p.palette[index][0], p.palette[index][1], p.palette[index][2]);
 }
 
-// Window position of the centre of movie pixel (x, y).
-inline void CentreOf(const qvplay::Layout& l, int x, int y, int* wx, int* wy) {
-  *wx = l.picX + x * l.scale + l.scale / 2;
-  *wy = l.picY + y * l.scale + l.scale / 2;
-}
-
-// Number of window pixels of the picture area that differ from the
-// reference moment enlarged by the layout's scale.
-inline long DifferingPixels(const qvplay::Frame& frame, const qvplay::Layout& l,
-                            const qvscene::Picture& ref) {
-  long wrong = 0;
-  for (int y = 0; y < l.picHeight; ++y) {
-    for (int x = 0; x < l.picWidth; ++x) {
-      const int index = ref.At(x / l.scale, y / l.scale);
-      if (frame.At(l.picX + x, l.picY + y) != ColorOf(ref, index)) ++wrong;
-    }
+// An opened player on the scene, its window sized for scale 10 (80 x 40
+// picture above a bar with two rows), and the view it draws.
+class PlayerTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::string error;
+    int status = 0;
+    ASSERT_TRUE(player.Open(dir.ScenePath(), {}, &error, &status)) << error;
+    Resize(10, 2);
   }
-  return wrong;
-}
-
-// Number of movie pixels of the player's current picture (its 8-bit
-// picture and the moment's colours, before the window's panels are laid
-// over it) that differ from the reference moment.
-inline long PictureDiffers(qvplay::Player* player, const qvscene::Picture& ref) {
-  player->UpdatePicture();
-  tbPixMap* pm = player->PixMap();
-  long wrong = 0;
-  for (int y = 0; y < ref.height; ++y) {
-    const unsigned char* row = pm->TopAddr() + static_cast<std::ptrdiff_t>(y) * pm->Offset();
-    for (int x = 0; x < ref.width; ++x) {
-      if (player->Colors()[row[x]] != ColorOf(ref, ref.At(x, y))) ++wrong;
-    }
+  void Resize(int scale, int rows) {
+    int w = 0, h = 0;
+    qvplay::WindowSizeFor(8, 4, rows, scale, &w, &h);
+    player.SetWindowSize(w, h);
   }
-  return wrong;
-}
+  bool Press(SDL_Keycode sym, bool repeat = false) { return player.HandleEvent(Key(sym, repeat)); }
+  const qvplay::Layout& L() { return player.GetLayout(); }
+  // Window colour at the centre of movie pixel (x, y).
+  std::uint32_t ShownAt(int x, int y) {
+    qvplay::DrawView(&player, &frame);
+    return frame.At(L().picX + x * L().scale + L().scale / 2,
+                    L().picY + y * L().scale + L().scale / 2);
+  }
+  // Window pixels of the picture area that differ from picture enlarged.
+  long Shown(const qvscene::Picture& ref) {
+    qvplay::DrawView(&player, &frame);
+    long wrong = 0;
+    for (int y = 0; y < L().picHeight; ++y) {
+      for (int x = 0; x < L().picWidth; ++x) {
+        const std::uint32_t want = ColorOf(ref, ref.At(x / L().scale, y / L().scale));
+        wrong += frame.At(L().picX + x, L().picY + y) != want;
+      }
+    }
+    return wrong;
+  }
+  long Differs(std::int32_t t) { return Shown(Reference(dir.ScenePath(), t)); }
+  // Movie pixels of the player's 8-bit picture and colours (before the
+  // window's panels are laid over it) that differ from ref.
+  long PictureDiffers(const qvscene::Picture& ref) {
+    player.UpdatePicture();
+    tbPixMap* pm = player.PixMap();
+    long wrong = 0;
+    for (int y = 0; y < ref.height; ++y) {
+      const unsigned char* row = pm->TopAddr() + static_cast<std::ptrdiff_t>(y) * pm->Offset();
+      for (int x = 0; x < ref.width; ++x)
+        wrong += player.Colors()[row[x]] != ColorOf(ref, ref.At(x, y));
+    }
+    return wrong;
+  }
 
-struct RunResult {
-  int exitCode = -1;
-  std::string err;
+  FakeTicks ticks;
+  SceneDir dir;
+  qvplay::Player player;
+  qvplay::Frame frame;
 };
-
-// Runs a command line through the shell, capturing its error output.
-inline RunResult RunCommand(const std::string& command, const TempDir& scratch) {
-  const std::string err = scratch / ".stderr";
-  const int status = std::system((command + " >/dev/null 2>" + err).c_str());
-  RunResult r;
-  r.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  std::ifstream in(err);
-  std::stringstream s;
-  s << in.rdbuf();
-  r.err = s.str();
-  return r;
-}
 
 }  // namespace playtest

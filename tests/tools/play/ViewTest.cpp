@@ -1,7 +1,5 @@
-// The window's parts without the player: layout, the bitmap font, text
-// wrapping and the frame's drawing, and the view's timeline and panels.
-
-#include <gtest/gtest.h>
+// The window's parts: layout, the bitmap font, text wrapping, the frame's
+// drawing, and the view's timeline, panels and counters.
 
 #include "PlayTestUtil.h"
 #include "play/Font.h"
@@ -9,25 +7,26 @@
 namespace {
 
 using namespace playtest;
+using qvplay::ComputeLayout;
 using qvplay::Frame;
+using qvplay::GlyphPixel;
 using qvplay::Layout;
 using qvplay::Rgb;
 
 TEST(Layout, TheLargestWholeScaleThatFitsAboveTheBar) {
   const int bar = qvplay::BarHeight(3, 1);
   EXPECT_EQ(bar, 4 + 3 * qvplay::kRowHeight + 3 + 7 + 4);
-  Layout l = qvplay::ComputeLayout(700, 400 + bar, 320, 200, 3);
+  Layout l = ComputeLayout(700, 400 + bar, 320, 200, 3);
   EXPECT_EQ(l.scale, 2);
   EXPECT_EQ(l.picX, 30);
   EXPECT_EQ(l.picY, 0);
   EXPECT_EQ(l.barY, 400);
   EXPECT_EQ(l.barHeight, bar);
-  // Too small for the picture: still one movie pixel per window pixel.
-  l = qvplay::ComputeLayout(100, 50, 320, 200, 3);
+  l = ComputeLayout(100, 50, 320, 200, 3);  // too small: still one movie pixel per window pixel
   EXPECT_EQ(l.scale, 1);
   EXPECT_EQ(l.picX, -110);
   // Wide windows get larger text and a taller bar; rows are limited.
-  l = qvplay::ComputeLayout(1280, 900, 320, 200, 40);
+  l = ComputeLayout(1280, 900, 320, 200, 40);
   EXPECT_EQ(l.textScale, 2);
   EXPECT_EQ(l.rows, qvplay::kMaxRows);
   EXPECT_EQ(l.barHeight, qvplay::BarHeight(qvplay::kMaxRows, 2));
@@ -36,7 +35,7 @@ TEST(Layout, TheLargestWholeScaleThatFitsAboveTheBar) {
   qvplay::WindowSizeFor(320, 200, 3, 3, &w, &h);
   EXPECT_EQ(w, 960);
   EXPECT_EQ(h, 600 + qvplay::BarHeight(3, 2));
-  l = qvplay::ComputeLayout(w, h, 320, 200, 3);
+  l = ComputeLayout(w, h, 320, 200, 3);
   EXPECT_EQ(l.scale, 3);
   EXPECT_EQ(l.picX, 0);
   EXPECT_TRUE(l.InPicture(959, 599));
@@ -45,47 +44,43 @@ TEST(Layout, TheLargestWholeScaleThatFitsAboveTheBar) {
 }
 
 TEST(Layout, TimelinePositionsOfOneAndOfManyMoments) {
-  const Layout l = qvplay::ComputeLayout(116, 100, 10, 10, 1);
+  const Layout l = ComputeLayout(116, 100, 10, 10, 1);
   EXPECT_EQ(l.trackX, 8);
   EXPECT_EQ(l.trackWidth, 100);
   EXPECT_EQ(l.IndexAt(500, 1), 0);
   EXPECT_EQ(l.XOfIndex(0, 1), 8);
   EXPECT_EQ(l.XOfIndex(1, 3), 8 + 49);
-  EXPECT_EQ(l.IndexAt(8 + 24, 3), 0);
-  EXPECT_EQ(l.IndexAt(8 + 25, 3), 1);
-  EXPECT_EQ(l.IndexAt(-100000, 3), 0);
-  EXPECT_EQ(l.IndexAt(100000, 3), 2);
+  const std::pair<int, int> at[] = {{8 + 24, 0}, {8 + 25, 1}, {-100000, 0}, {100000, 2}};
+  for (const auto& a : at) EXPECT_EQ(l.IndexAt(a.first, 3), a.second) << a.first;
   // More moments than columns: every column still names a moment in range.
   for (int x = 0; x < 116; ++x) {
     const int k = l.IndexAt(x, 20000);
-    EXPECT_GE(k, 0);
-    EXPECT_LT(k, 20000);
+    EXPECT_TRUE(k >= 0 && k < 20000) << x;
   }
 }
 
-TEST(Font, GlyphsOfTheBuiltInFont) {
+TEST(Font, GlyphsOfTheBuiltInFontAndTextWidths) {
   // 'T': a full top row and the middle column below it.
-  for (int x = 0; x < qvplay::kGlyphWidth; ++x) EXPECT_TRUE(qvplay::GlyphPixel('T', x, 0));
+  for (int x = 0; x < qvplay::kGlyphWidth; ++x) EXPECT_TRUE(GlyphPixel('T', x, 0));
   for (int y = 1; y < qvplay::kGlyphHeight; ++y) {
-    EXPECT_TRUE(qvplay::GlyphPixel('T', 2, y));
-    EXPECT_FALSE(qvplay::GlyphPixel('T', 0, y));
+    EXPECT_TRUE(GlyphPixel('T', 2, y));
+    EXPECT_FALSE(GlyphPixel('T', 0, y));
   }
-  EXPECT_FALSE(qvplay::GlyphPixel('T', 5, 0));
-  EXPECT_FALSE(qvplay::GlyphPixel('T', 0, -1));
+  EXPECT_FALSE(GlyphPixel('T', 5, 0));
+  EXPECT_FALSE(GlyphPixel('T', 0, -1));
   for (int y = 0; y < qvplay::kGlyphHeight; ++y) {
     for (int x = 0; x < qvplay::kGlyphWidth; ++x) {
-      EXPECT_EQ(qvplay::GlyphPixel('q', x, y), qvplay::GlyphPixel('Q', x, y));
-      EXPECT_EQ(qvplay::GlyphPixel('\x01', x, y), qvplay::GlyphPixel('?', x, y));
-      EXPECT_EQ(qvplay::GlyphPixel('\xe9', x, y), qvplay::GlyphPixel('?', x, y));
-      EXPECT_FALSE(qvplay::GlyphPixel(' ', x, y));
+      EXPECT_EQ(GlyphPixel('q', x, y), GlyphPixel('Q', x, y));
+      EXPECT_EQ(GlyphPixel('\x01', x, y), GlyphPixel('?', x, y));
+      EXPECT_EQ(GlyphPixel('\xe9', x, y), GlyphPixel('?', x, y));
+      EXPECT_FALSE(GlyphPixel(' ', x, y));
     }
   }
   // Every printable character other than the space has a glyph of its own.
   for (char c = '!'; c <= '~'; ++c) {
-    if (c >= 'a' && c <= 'z') continue;
     int set = 0;
     for (int y = 0; y < qvplay::kGlyphHeight; ++y) {
-      for (int x = 0; x < qvplay::kGlyphWidth; ++x) set += qvplay::GlyphPixel(c, x, y);
+      for (int x = 0; x < qvplay::kGlyphWidth; ++x) set += GlyphPixel(c, x, y);
     }
     EXPECT_GT(set, 0) << c;
   }
@@ -94,7 +89,7 @@ TEST(Font, GlyphsOfTheBuiltInFont) {
   EXPECT_EQ(qvplay::TextWidth("AB", 2), 22);
 }
 
-TEST(Font, TextIsDrawnAtItsPlaceAndClipped) {
+TEST(Frame, TextAndRectanglesAreDrawnAtTheirPlaceAndClipped) {
   Frame f(20, 10);
   const std::uint32_t white = Rgb(255, 255, 255);
   qvplay::DrawText(&f, 1, 2, "T", white);
@@ -107,10 +102,8 @@ TEST(Font, TextIsDrawnAtItsPlaceAndClipped) {
   qvplay::DrawText(nullptr, 0, 0, "T", white);
   EXPECT_EQ(f.At(16, 8), white);
   EXPECT_EQ(f.At(19, 9), white);
-}
 
-TEST(Frame, RectanglesAreClipped) {
-  Frame f(4, 3);
+  f.Resize(4, 3);
   f.Fill(Rgb(1, 2, 3));
   f.FillRect(-5, -5, 7, 7, Rgb(9, 9, 9));
   EXPECT_EQ(f.At(1, 1), Rgb(9, 9, 9));
@@ -132,76 +125,59 @@ TEST(Frame, RectanglesAreClipped) {
 }
 
 TEST(WrapText, BreaksAtSpacesAndCutsLongWords) {
-  const auto lines = qvplay::WrapText("ab cd efghijklmn o", 6 * 5, 1);
-  ASSERT_EQ(lines.size(), 4u);
-  EXPECT_EQ(lines[0], "ab cd");
-  EXPECT_EQ(lines[1], "efghi");
-  EXPECT_EQ(lines[2], "jklmn");
-  EXPECT_EQ(lines[3], "o");
+  EXPECT_EQ(qvplay::WrapText("ab cd efghijklmn o", 6 * 5, 1),
+            (std::vector<std::string>{"ab cd", "efghi", "jklmn", "o"}));
   EXPECT_TRUE(qvplay::WrapText("", 100, 1).empty());
   EXPECT_EQ(qvplay::WrapText("abc", 0, 1).size(), 3u);
 }
 
-class View : public ::testing::Test {
+class View : public PlayerTest {
  protected:
   void SetUp() override {
-    std::string error;
-    int status = 0;
-    ASSERT_TRUE(player.Open(dir.ScenePath(), {}, &error, &status)) << error;
-    int w = 0, h = 0;
-    qvplay::WindowSizeFor(8, 4, 2, 20, &w, &h);
-    player.SetWindowSize(w, h);
+    PlayerTest::SetUp();
+    Resize(20, 2);
   }
-  FakeTicks ticks;
-  SceneDir dir;
-  qvplay::Player player;
-  Frame frame;
 };
 
 TEST_F(View, TheTimelineShowsTheCurrentMomentAndTheMemberRanges) {
   qvplay::DrawView(&player, &frame);
-  const Layout& l = player.GetLayout();
   ASSERT_EQ(frame.Width(), 160);
-  const int cursorY = l.rowsY + 1;
-  EXPECT_EQ(frame.At(l.XOfIndex(0, 10), cursorY), Rgb(255, 255, 255));
+  const int cursorY = L().rowsY + 1;
+  EXPECT_EQ(frame.At(L().XOfIndex(0, 10), cursorY), Rgb(255, 255, 255));
   // Both members span the whole movie; the middle of each row is coloured.
-  const std::uint32_t row0 = frame.At(80, l.rowsY + 1);
-  const std::uint32_t row1 = frame.At(80, l.rowsY + qvplay::kRowHeight + 1);
+  const std::uint32_t row0 = frame.At(80, L().rowsY + 1);
+  const std::uint32_t row1 = frame.At(80, L().rowsY + qvplay::kRowHeight + 1);
   EXPECT_NE(row0, row1);
-  EXPECT_NE(row0, frame.At(80, l.barY));
+  EXPECT_NE(row0, frame.At(80, L().barY));
   player.GoTo(9);
   qvplay::DrawView(&player, &frame);
-  EXPECT_EQ(frame.At(l.XOfIndex(9, 10), cursorY), Rgb(255, 255, 255));
-  EXPECT_EQ(frame.At(l.XOfIndex(0, 10), cursorY), row0);
-  // A hidden layer's members are greyed.
-  player.HandleEvent(Key(SDLK_1));
+  EXPECT_EQ(frame.At(L().XOfIndex(9, 10), cursorY), Rgb(255, 255, 255));
+  EXPECT_EQ(frame.At(L().XOfIndex(0, 10), cursorY), row0);
+  Press(SDLK_1);  // a hidden layer's members are greyed
   qvplay::DrawView(&player, &frame);
-  EXPECT_EQ(frame.At(80, l.rowsY + 1), Rgb(80, 80, 88));
-  EXPECT_EQ(frame.At(80, l.rowsY + qvplay::kRowHeight + 1), row1);
+  EXPECT_EQ(frame.At(80, L().rowsY + 1), Rgb(80, 80, 88));
+  EXPECT_EQ(frame.At(80, L().rowsY + qvplay::kRowHeight + 1), row1);
 }
 
 TEST_F(View, OverlayAndHelpAreDrawnOverThePictureOnly) {
-  int w = 0, h = 0;
-  qvplay::WindowSizeFor(8, 4, 2, 80, &w, &h);  // room for the help's lines
-  player.SetWindowSize(w, h);
+  Resize(80, 2);  // room for the help's lines
   qvplay::DrawView(&player, &frame);
   const Frame plain = frame;
-  player.HandleEvent(Key(SDLK_o));
-  qvplay::DrawView(&player, &frame);
-  long changed = 0;
-  for (int y = 0; y < frame.Height(); ++y) {
-    for (int x = 0; x < frame.Width(); ++x) changed += frame.At(x, y) != plain.At(x, y);
-  }
-  EXPECT_GT(changed, 100);
-  player.HandleEvent(Key(SDLK_o));
-  player.HandleEvent(Key(SDLK_h));
-  qvplay::DrawView(&player, &frame);
-  const Layout& l = player.GetLayout();
-  long inBar = 0;
-  for (int y = l.barY; y < frame.Height(); ++y) {
-    for (int x = 0; x < frame.Width(); ++x) inBar += frame.At(x, y) != plain.At(x, y);
-  }
-  EXPECT_EQ(inBar, 0);
+  // Window pixels from row y0 on that differ from the plain view.
+  auto changed = [&](int y0) {
+    qvplay::DrawView(&player, &frame);
+    long n = 0;
+    for (int y = y0; y < frame.Height(); ++y) {
+      for (int x = 0; x < frame.Width(); ++x) n += frame.At(x, y) != plain.At(x, y);
+    }
+    return n;
+  };
+  Press(SDLK_o);
+  EXPECT_GT(changed(0), 100);
+  Press(SDLK_o);
+  Press(SDLK_h);
+  EXPECT_GT(changed(0), 100);
+  EXPECT_EQ(changed(L().barY), 0);
 }
 
 TEST_F(View, DrawTimeAndShownMomentsAreCounted) {
