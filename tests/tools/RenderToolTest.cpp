@@ -104,13 +104,6 @@ class TinySceneRender : public ::testing::Test {
     EXPECT_TRUE(gif && gif->ImageCount == 6);
     return gif && gif->ImageCount == 6 ? std::move(gif) : nullptr;
   }
-  // The tiny scene with member s (showing spr.png) drawn instead of m.
-  static std::string WithSprite(const std::string& member) {
-    return Replace(Replace(TinySceneText(), R"("members": ["m"])", R"("members": ["s"])"),
-                   "    {\n      \"name\": \"m\",",
-                   "    {\"name\": \"s\", \"picture\": \"spr\", " + member +
-                       "},\n    {\n      \"name\": \"m\",");
-  }
   TempDir dir_;
 };
 
@@ -147,54 +140,38 @@ TEST_F(TinySceneRender, GifHasWholeFramesWithLocalTablesLoopDisposalAndCarriedDe
   }
 }
 
-TEST_F(TinySceneRender, SpriteFollowsItsPathWithATransparentIndex) {
-  std::string text = WithSprite(R"("transparent": 0, "frames": [{"rect": [0, 0, 2, 2]}],
-      "path": {"points": [[1, 1], [3, 1], [5, 2]], "type": "clamp"})");
-  GifPtr gif = Gif(Replace(text, R"("palette": "pal")", R"("palette": "pal", "background": 9)"));
+// Sprite s walks its path over the background and, from 3 on, over m
+// scrolling left; s's colour animations give their colours to the palette.
+TEST_F(TinySceneRender, SpritesPathsScrollingAndColourAnimationsInTheOutput) {
+  std::string text =
+      AddMembers(TinySceneText(), R"({"name": "s", "picture": "spr", "transparent": 0,
+      "frames": [{"rect": [0, 0, 2, 2]}], "path": {"points": [[1, 1], [3, 1], [5, 2]], "type": "clamp"},
+      "colors": [{"kind": "fade", "area": [255], "to": "#000000"}, {"kind": "flash", "area": [10]},
+                 {"kind": "switch", "area": [11], "tables": [{}, {"entries": [[11, [18, 52, 86]]]}]}]})");
+  text = Replace(text, R"("members": ["m"])", R"("members": ["m", "s"])");
+  text = Replace(text, R"("palette": "pal")", R"("palette": "pal", "background": 9)");
+  GifPtr gif =
+      Gif(Replace(text, R"("name": "m",)",
+                  R"("name": "m", "start": 3, "scroll": {"directions": ["left"], "stepH": 1},)"));
   ASSERT_TRUE(gif);
   // The anchor is the middle of the 2 x 2 frame, its lower-right pixel: the
   // sprite's top-left pixel lands one pixel up and left of each anchor.
   const int lefts[6] = {0, 2, 4, 4, 4, 4}, tops[6] = {0, 0, 1, 1, 1, 1};
-  const int sprite[4] = {3, 5, 6, 9};  // the transparent pixel shows the background
-  for (int t = 0; t < 6; ++t) {
-    const qvscene::Picture f = GifFrame(gif.get(), t);
-    for (int y = 0; y < 4; ++y) {
-      for (int x = 0; x < 8; ++x) {
-        const int dx = x - lefts[t], dy = y - tops[t];
-        const bool in = dx >= 0 && dx < 2 && dy >= 0 && dy < 2;
-        EXPECT_EQ(in ? sprite[dy * 2 + dx] : 9, f.At(x, y))
-            << "moment " << t << " at " << x << "," << y;
-      }
-    }
-  }
-}
-
-TEST_F(TinySceneRender, ScrollingLeftWrapsThePictureAround) {
-  GifPtr gif = Gif(Replace(TinySceneText(), R"("name": "m",)",
-                           R"("name": "m", "scroll": {"directions": ["left"], "stepH": 1},)"));
-  ASSERT_TRUE(gif);
-  for (int t = 0; t < 6; ++t) {
-    const qvscene::Picture f = GifFrame(gif.get(), t);
-    for (int y = 0; y < 4; ++y) {
-      for (int x = 0; x < 8; ++x)
-        EXPECT_EQ(TinyPicture().At((x + t) % 8, y), f.At(x, y)) << t << ": " << x << "," << y;
-    }
-  }
-}
-
-TEST_F(TinySceneRender, FadeFlashAndSwitchGiveTheirColoursToTheOutputPalette) {
-  GifPtr gif = Gif(Replace(TinySceneText(), R"("kind": "cycle",
-          "area": [[4, 7]])",
-                           R"("kind": "fade", "area": [255], "to": "#000000"},
-        {"kind": "flash", "area": [10]},
-        {"kind": "switch", "area": [11], "tables": [{}, {"entries": [[11, [18, 52, 86]]]}])"));
-  ASSERT_TRUE(gif);
+  const int sprite[4] = {3, 5, 6, 0};
   const int fadeRed[6] = {255, 246, 237, 228, 219, 211};  // entry 255 toward black in 30 frames
   const unsigned char flash[3][3] = {{255, 0, 0}, {0, 255, 0}, {0, 0, 255}};
   const unsigned char switched[2][3] = {{11, 244, 77}, {18, 52, 86}};
   for (int t = 0; t < 6; ++t) {
     SCOPED_TRACE("moment " + std::to_string(t));
     const qvscene::Picture f = GifFrame(gif.get(), t);
+    for (int y = 0; y < 4; ++y) {
+      for (int x = 0; x < 8; ++x) {
+        const int dx = x - lefts[t], dy = y - tops[t];
+        const int s = dx >= 0 && dx < 2 && dy >= 0 && dy < 2 ? sprite[dy * 2 + dx] : 0;
+        const int under = t < 3 ? 9 : TinyPicture().At((x + t - 3) % 8, y);
+        EXPECT_EQ(s ? s : under, f.At(x, y)) << x << "," << y;
+      }
+    }
     EXPECT_EQ(fadeRed[t], f.palette[255][0]);
     EXPECT_EQ(0, std::memcmp(flash[t % 3], f.palette[10], 3));
     EXPECT_EQ(0, std::memcmp(switched[t % 2], f.palette[11], 3));

@@ -63,90 +63,67 @@ class SceneReader : public ::testing::Test {
   std::unique_ptr<qvscene::Scene> Load(const std::string& text) {
     return qvscene::LoadSceneText(dir_ / "s.json", text);
   }
-  // The tiny scene with "members": ["m"] replaced by more members before m.
-  static std::string WithMembers(const std::string& members) {
-    return Replace(TinySceneText(), "    {\n      \"name\": \"m\",",
-                   members + ",\n    {\n      \"name\": \"m\",");
-  }
   TempDir dir_;
 };
 
-TEST_F(SceneReader, BuildsOneMemberPerEntryWithTheOutputRangeByDefault) {
-  auto scene = Load(TinySceneText());
-  EXPECT_EQ(8, scene->Width());
-  EXPECT_EQ(4, scene->Height());
-  EXPECT_EQ(1, scene->Step());
-  EXPECT_EQ((std::vector<std::int32_t>{0, 1, 2, 3, 4, 5}), scene->Times());
-  EXPECT_EQ(std::vector<std::string>{"m"}, scene->MemberNames());
-  const std::int16_t id = scene->MemberId("m");
-  ASSERT_GE(id, 0);
-  EXPECT_EQ(-1, scene->MemberId("nobody"));
-  QvMCast* cast = scene->Cast();
-  EXPECT_EQ(0, cast->Start(id));
-  EXPECT_EQ(5, cast->End(id));
-  EXPECT_NE(nullptr, cast->AFrame(id));
-  EXPECT_NE(nullptr, cast->ACycle(id));
-  EXPECT_EQ(1, scene->Layers()->Count());
-  unsigned char** name = nullptr;
-  ASSERT_EQ(1, cast->GetName(id, &name));
-  ASSERT_NE(nullptr, name);
-  EXPECT_STREQ("m", reinterpret_cast<const char*>(*name));
-  QvFreeString(name);
-}
-
-TEST_F(SceneReader, FittingOnALayerTrimsTheLaterMemberAndScrollStepsHold) {
-  std::string text =
-      Replace(WithMembers(R"(    {"name": "a", "picture": "spr", "frames": [{"rect": [0, 0, 2, 2]}],
+TEST_F(SceneReader, BuildsTheMembersLayersPathsAndPalettesItDescribes) {
+  std::string text = AddMembers(
+      TinySceneText(), R"({"name": "a", "picture": "spr", "frames": [{"rect": [0, 0, 2, 2]}],
      "start": 0, "end": 9},
     {"name": "b", "picture": "spr", "frames": [{"rect": [0, 0, 2, 2]}], "start": 5, "end": 20,
-     "scroll": {"directions": ["right"], "stepH": 2}})"),
-              R"("to": 5,)", R"("to": 30,)");
+     "scroll": {"directions": ["right"], "stepH": 2}})");
+  text = Replace(text, R"("to": 5,)", R"("to": 30, "step": 3,)");
   text = Replace(text, R"("members": ["m"])",
                  R"("id": 7, "members": ["a", {"member": "b", "fit": "trimStart"}, "m"])");
+  text = Replace(text, R"("name": "m",)",
+                 R"("name": "m", "start": 2, "path": {"points": [[0, 0], [30, 60]],
+      "between": 2, "type": "reflect", "count": 12, "offset": 1},)");
   auto scene = Load(text);
+  EXPECT_EQ(8, scene->Width());
+  EXPECT_EQ(4, scene->Height());
+  EXPECT_EQ((std::vector<std::int32_t>{0, 3, 6, 9, 12, 15, 18, 21, 24, 27, 30}), scene->Times());
+  EXPECT_EQ((std::vector<std::string>{"a", "b", "m"}), scene->MemberNames());
+  EXPECT_EQ(-1, scene->MemberId("nobody"));
+  EXPECT_EQ(1, scene->Layers()->Count());
+  EXPECT_EQ(7, scene->Layers()->Index2ID(0));
   QvMCast* cast = scene->Cast();
-  const std::int16_t b = scene->MemberId("b");
+  const std::int16_t b = scene->MemberId("b"), m = scene->MemberId("m");
+  ASSERT_GE(m, 0);
+  unsigned char** name = nullptr;
+  ASSERT_EQ(1, cast->GetName(m, &name));
+  EXPECT_STREQ("m", reinterpret_cast<const char*>(*name));
+  QvFreeString(name);
+  EXPECT_NE(nullptr, cast->AFrame(m));
+  EXPECT_NE(nullptr, cast->ACycle(m));
+  // b is trimmed past a; its scroll step is set after placing, so it holds.
   EXPECT_EQ(10, cast->Start(b));
   EXPECT_EQ(20, cast->End(b));
-  // The scroll step is set after placing, so it is the scene's value.
   double step = 0;
   ASSERT_EQ(1, cast->GetScrStepH(b, &step));
   EXPECT_DOUBLE_EQ(2.0, step);
   EXPECT_EQ(1, cast->IsScrollRight(b));
-  EXPECT_EQ(7, scene->Layers()->Index2ID(0));
-}
-
-TEST_F(SceneReader, PathsTakeTheirPointsTypeAndCount) {
-  auto scene = Load(Replace(TinySceneText(), R"(      "frames": [)",
-                            R"(      "path": {"points": [[0, 0], [30, 60]], "between": 2,
-               "type": "reflect", "count": 12, "offset": 1},
-      "frames": [)"));
-  QvMCast* cast = scene->Cast();
-  const std::int16_t id = scene->MemberId("m");
+  // m's range defaults to the output's end; its path has 4 anchors.
+  EXPECT_EQ(2, cast->Start(m));
+  EXPECT_EQ(30, cast->End(m));
   std::int16_t n = 0, offset = 0;
-  ASSERT_EQ(1, cast->GetAncNum(id, &n));
-  EXPECT_EQ(4, n);
   tbPoint p;
   char flag = 0;
-  ASSERT_EQ(1, cast->GetAnc(id, static_cast<std::int16_t>(1), &p, &flag));
+  ASSERT_EQ(1, cast->GetAncNum(m, &n));
+  EXPECT_EQ(4, n);
+  ASSERT_EQ(1, cast->GetAnc(m, static_cast<std::int16_t>(1), &p, &flag));
   EXPECT_EQ(tbPoint(10, 20), p);
   EXPECT_EQ(2, flag);
-  double step = 0;
-  ASSERT_EQ(1, cast->GetAncStep(id, &step));
+  ASSERT_EQ(1, cast->GetAncStep(m, &step));
   EXPECT_DOUBLE_EQ(4.0 / 12.0, step);
-  ASSERT_EQ(1, cast->GetAncOffset(id, &offset));
+  ASSERT_EQ(1, cast->GetAncOffset(m, &offset));
   EXPECT_EQ(1, offset);
-}
-
-TEST_F(SceneReader, PaletteOverlaysOnlyMembersOnTheTimeline) {
-  // The cycling member lives from 2 to 5 only: before 2 the base palette stands.
-  auto scene = Load(Replace(TinySceneText(), R"("name": "m",)", R"("name": "m", "start": 2,)"));
-  tbColorTable t0, t3;
-  scene->Palette(0, &t0);
+  // Before m starts the base palette stands; at 3 (frame 1 of its cycle)
+  // the area has turned one place: index 5 shows index 4's colour.
+  tbColorTable t1, t3;
+  scene->Palette(1, &t1);
   scene->Palette(3, &t3);
   const tbColorTable& base = scene->BasePalette();
-  EXPECT_TRUE(t0 == base);
-  // One place turned at 3 (frame 1 of the cycle): index 5 shows index 4's colour.
+  EXPECT_TRUE(t1 == base);
   EXPECT_EQ(*base.CTTable(4), *t3.CTTable(5));
   EXPECT_EQ(*base.CTTable(7), *t3.CTTable(4));
   EXPECT_EQ(*base.CTTable(3), *t3.CTTable(3));
@@ -213,13 +190,8 @@ TEST_F(SceneReader, ErrorsNameTheFilePathAndLine) {
 // turn: loading either reports BuildError or gives a scene that draws, and
 // nothing crashes or leaks.
 TEST_F(SceneReader, EachFailedAllocationIsReportedOrHarmless) {
-  std::string text = Replace(TinySceneText(), R"("area": [[4, 7]]
-        })",
-                             R"("area": [[4, 7]]
-        },
-        {"kind": "fade", "area": [255], "to": "#000000"},
-        {"kind": "flash", "area": [10]},
-        {"kind": "switch", "area": [11], "tables": [{}, {}]})");
+  std::string text = AddColors(TinySceneText(), R"({"kind": "fade", "area": [255], "to": "#000000"},
+        {"kind": "flash", "area": [10]}, {"kind": "switch", "area": [11], "tables": [{}, {}]})");
   text = Replace(text, R"(      "frames": [)",
                  R"(      "path": {"points": [[1, 1], [6, 2]], "between": 3},
       "scroll": {"directions": ["left", "up"]},

@@ -138,35 +138,21 @@ inline const char* TinySceneText() {
     "width": 8,
     "height": 4,
     "to": 5,
-    "palette": "pal"
-  },
+    "palette": "pal"},
   "pictures": {
     "pal": "pal.png",
-    "spr": "spr.png"
-  },
+    "spr": "spr.png"},
   "members": [
-    {
-      "name": "m",
+    {"name": "m",
       "picture": "pal",
-      "frames": [
-        {
-          "rect": [0, 0, 8, 4],
-          "zoom": 1.0
-        }
-      ],
-      "colors": [
-        {
-          "kind": "cycle",
-          "area": [[4, 7]]
-        }
-      ]
-    }
-  ],
-  "layers": [
-    {
-      "members": ["m"]
-    }
-  ]
+      "frames": [{
+        "rect": [0, 0, 8, 4],
+        "zoom": 1.0}],
+      "colors": [{
+        "kind": "cycle",
+        "area": [[4, 7]]}]}],
+  "layers": [{
+    "members": ["m"]}]
 }
 )";
 }
@@ -183,6 +169,15 @@ inline std::string Replace(std::string text, const std::string& from, const std:
   const std::size_t at = text.find(from);
   if (at == std::string::npos) throw std::logic_error("not in the text: " + from);
   return text.replace(at, from.size(), to);
+}
+
+// text (the tiny scene or one made from it) with members, JSON objects
+// separated by commas, created before m; and with colour animations added to m.
+inline std::string AddMembers(const std::string& text, const std::string& members) {
+  return Replace(text, "    {\"name\": \"m\",", "    " + members + ",\n    {\"name\": \"m\",");
+}
+inline std::string AddColors(const std::string& text, const std::string& colors) {
+  return Replace(text, "\"area\": [[4, 7]]}", "\"area\": [[4, 7]]}, " + colors);
 }
 
 }  // namespace tooltest
