@@ -27,10 +27,7 @@ class TempDir {
  public:
   TempDir() {
     std::string pattern = (fs::temp_directory_path() / "qvtools-XXXXXX").string();
-    std::vector<char> buf(pattern.begin(), pattern.end());
-    buf.push_back(0);
-    const char* made = mkdtemp(buf.data());
-    path_ = made ? made : "";
+    if (mkdtemp(pattern.data())) path_ = pattern;
   }
   ~TempDir() {
     std::error_code ec;
@@ -51,6 +48,12 @@ class TempDir {
  private:
   std::string path_;
 };
+
+// Several numbers as one value, so that a group of them is compared at once.
+template <class... T>
+std::vector<long long> Ints(T... v) {
+  return {static_cast<long long>(v)...};
+}
 
 inline std::string Slurp(const std::string& path) {
   std::ifstream in(path, std::ios::binary);

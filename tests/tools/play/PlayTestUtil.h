@@ -31,27 +31,20 @@ inline qvscene::Picture BackPicture() {
 inline qvscene::Picture SpritePicture() { return MakePicture(2, 2, {3, 5, 6, 0}); }
 
 // "back" fills the picture on layer 1 (id 10); "spr" walks on layer 2 (id
-// 20) along y = spriteRow from x = 0, one pixel per unit, and stays at x = 6
-// from time 6 on. Moments 0 to `to`, step 1.
-inline std::string SceneText(int spriteRow = 1, int to = 9) {
-  const std::string row = std::to_string(spriteRow);
-  return R"({
-  "output": {"width": 8, "height": 4, "to": )" +
-         std::to_string(to) + R"(, "palette": "back"},
+// 20) along y = row from x = 0, one pixel per unit, and stays at x = 6 from
+// time 6 on. Moments 0 to `to`, step 1.
+inline std::string SceneText(int row = 1, int to = 9) {
+  const std::string y = std::to_string(row);
+  return R"({"output": {"width": 8, "height": 4, "to": )" + std::to_string(to) +
+         R"(, "palette": "back"},
   "pictures": {"back": "back.png", "spr": "spr.png"},
   "members": [
     {"name": "back", "picture": "back", "frames": [{"rect": [0, 0, 8, 4]}]},
-    {
-      "name": "spr",
-      "picture": "spr",
-      "transparent": 0,
+    {"name": "spr", "picture": "spr", "transparent": 0,
       "frames": [{"rect": [0, 0, 2, 2], "anchor": [0, 0]}],
       "path": {"points": [[0, )" +
-         row + "], [6, " + row + R"(]], "between": 5, "type": "clamp"}
-    }
-  ],
-  "layers": [{"id": 10, "members": ["back"]}, {"id": 20, "members": ["spr"]}]
-}
+         y + "], [6, " + y + R"(]], "between": 5, "type": "clamp"}}],
+  "layers": [{"id": 10, "members": ["back"]}, {"id": 20, "members": ["spr"]}]}
 )";
 }
 
