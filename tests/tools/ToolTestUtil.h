@@ -62,21 +62,17 @@ inline std::string Slurp(const std::string& path) {
   return s.str();
 }
 
+// Runs a command line through the shell: its exit status and what it wrote
+// (both streams).
 struct RunResult {
   int exitCode = -1;
-  std::string out, err;
+  std::string text;
 };
-
-// Runs a command line through the shell, capturing both output streams.
 inline RunResult RunCommand(const std::string& command, const TempDir& scratch) {
-  const std::string out = scratch / ".stdout", err = scratch / ".stderr";
-  const int status = std::system((command + " >" + out + " 2>" + err).c_str());
-  RunResult r;
-  r.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  r.out = Slurp(out);
-  r.err = Slurp(err);
+  const std::string out = scratch / ".output";
+  const int status = std::system((command + " >" + out + " 2>&1").c_str());
+  RunResult r{WIFEXITED(status) ? WEXITSTATUS(status) : -1, Slurp(out)};
   fs::remove(out);
-  fs::remove(err);
   return r;
 }
 

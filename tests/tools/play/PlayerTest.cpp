@@ -1,8 +1,11 @@
-// The player driven through SDL events with a settable millisecond clock:
-// playing in real time and frame by frame, the keys, scrubbing and clicking
-// with the mouse, and reloading when the scene or its pictures change.
+// qvmovie-play's command line (messages and exit statuses as the render
+// tool gives them, without a display), and the player driven through SDL
+// events with a settable millisecond clock: playing in real time and frame
+// by frame, the keys, scrubbing and clicking with the mouse, and reloading
+// when the scene or its pictures change.
 
 #include <functional>
+#include <tuple>
 
 #include "PlayTestUtil.h"
 
@@ -161,28 +164,30 @@ TEST_F(Player, DigitsToggleLayers) {
 }
 
 TEST_F(Player, HelpOverlayQuitAndResize) {
-  Press(SDLK_h);
-  EXPECT_TRUE(player.ShowHelp());
-  EXPECT_TRUE(Press(SDLK_ESCAPE));  // closes the help first
-  EXPECT_FALSE(player.ShowHelp());
-  Press(SDLK_o);
-  EXPECT_TRUE(player.ShowOverlay());
-  Press(SDLK_o);
-  EXPECT_FALSE(player.ShowOverlay());
-  EXPECT_FALSE(Press(SDLK_ESCAPE));
-  EXPECT_FALSE(Press(SDLK_q));
-  SDL_Event e{};
-  e.type = SDL_QUIT;
-  EXPECT_FALSE(player.HandleEvent(e));
-  e.type = SDL_USEREVENT;
-  EXPECT_TRUE(player.HandleEvent(e));
-  e.type = SDL_WINDOWEVENT;
-  e.window.event = SDL_WINDOWEVENT_SIZE_CHANGED;
-  e.window.data1 = 100;
-  e.window.data2 = 200;
-  player.HandleEvent(e);
-  EXPECT_EQ((std::vector<int>{100, 12, 2}),
-            (std::vector<int>{L().windowWidth, L().scale, L().picX}));
+  SDL_Event quit{}, other{}, resize{};
+  quit.type = SDL_QUIT;
+  other.type = SDL_USEREVENT;
+  resize.type = SDL_WINDOWEVENT;
+  resize.window.event = SDL_WINDOWEVENT_SIZE_CHANGED;
+  resize.window.data1 = 100;
+  resize.window.data2 = 200;
+  // The event, then whether the player goes on, shows the help, the overlay.
+  const std::tuple<SDL_Event, bool, bool, bool> steps[] = {
+      {Key(SDLK_h), true, true, false},
+      {Key(SDLK_ESCAPE), true, false, false},  // help first
+      {Key(SDLK_o), true, false, true},
+      {Key(SDLK_o), true, false, false},
+      {Key(SDLK_ESCAPE), false, false, false},
+      {Key(SDLK_q), false, false, false},
+      {quit, false, false, false},
+      {other, true, false, false},
+      {resize, true, false, false}};
+  for (const auto& [event, goesOn, help, overlay] : steps) {
+    const bool on = player.HandleEvent(event);
+    EXPECT_EQ(Ints(goesOn, help, overlay), Ints(on, player.ShowHelp(), player.ShowOverlay()))
+        << event.type;
+  }
+  EXPECT_EQ(Ints(100, 12, 2), Ints(L().windowWidth, L().scale, L().picX));
   EXPECT_EQ(Differs(0), 0);
 }
 
@@ -346,6 +351,68 @@ TEST_F(Player, BrokenScenesKeepTheLastGoodOneAndShowTheirError) {
     EXPECT_NE(player.Error().find(errors[i]), std::string::npos) << player.Error();
     EXPECT_EQ(PictureDiffers(fixed), 0);
   }
+}
+
+std::string Play(const std::string& args) { return std::string(QV_PLAY_TOOL) + " " + args; }
+std::string Render(const std::string& args) { return std::string(QV_RENDER_TOOL) + " " + args; }
+
+// The message without the program's name in front.
+std::string Body(const std::string& err, const std::string& program) {
+  const std::string prefix = program + ": ";
+  return err.rfind(prefix, 0) == 0 ? err.substr(prefix.size()) : err;
+}
+
+TEST(PlayTool, HelpAndBadUsage) {
+  TempDir scratch;
+  EXPECT_EQ(RunCommand(Play("--help"), scratch).exitCode, 0);
+  const std::string tryHelp = "\nTry 'qvmovie-play --help'.\n";
+  const std::pair<const char*, std::string> cases[] = {
+      {"", "qvmovie-play: no scene file given" + tryHelp},
+      {"a.json --bogus", "qvmovie-play: unknown option '--bogus'" + tryHelp},
+      {"a.json --at x", "qvmovie-play: --at: 'x' is not a time (an integer)" + tryHelp},
+      {"a.json --frames 0", "--frames: '0'"},
+      {"a.json b.json", ""},
+      {"a.json --scale 9", ""},
+      {"a.json --screenshot", ""},
+  };
+  for (const auto& c : cases) {
+    const RunResult r = RunCommand(Play(c.first), scratch);
+    EXPECT_EQ(r.exitCode, 2) << c.first;
+    if (c.second.rfind("qvmovie-play: ", 0) == 0)
+      EXPECT_EQ(r.text, c.second);
+    else
+      EXPECT_NE(r.text.find(c.second), std::string::npos) << r.text;
+  }
+}
+
+TEST(PlayTool, BadScenesAndMomentsGiveTheRenderToolsMessageAndExitTwo) {
+  SceneDir dir;
+  TempDir scratch;
+  const std::string bad = dir.dir / "bad.json", none = dir.dir / "none.json";
+  WriteText(bad, Replace(SceneText(), "\"transparent\": 0", "\"transparent\": 300"));
+  for (const std::string& scene : {bad, none}) {
+    const RunResult play = RunCommand(Play(scene), scratch);
+    const RunResult render =
+        RunCommand(Render(scene + " --png-at 0 " + scratch / "o.png"), scratch);
+    EXPECT_EQ(play.exitCode, 2);
+    EXPECT_EQ(render.exitCode, 2);
+    EXPECT_NE(play.text.find(scene == bad ? "/members/1/transparent" : "none.json"),
+              std::string::npos)
+        << play.text;
+    EXPECT_EQ(Body(play.text, "qvmovie-play"), Body(render.text, "qvmovie-render"));
+  }
+  const RunResult r = RunCommand(Play(dir.ScenePath() + " --at 10"), scratch);
+  EXPECT_EQ(r.exitCode, 2);
+  EXPECT_EQ(r.text, "qvmovie-play: --at: moment 10 lies outside the scene (0 to 9)\n");
+}
+
+TEST(PlayTool, NoDisplayIsAFailureOfItsOwn) {
+  SceneDir dir;
+  TempDir scratch;
+  const RunResult r = RunCommand(
+      "env -u DISPLAY -u WAYLAND_DISPLAY SDL_VIDEODRIVER=x11 " + Play(dir.ScenePath()), scratch);
+  EXPECT_EQ(r.exitCode, 1);
+  EXPECT_EQ(r.text.rfind("qvmovie-play: cannot open a window: ", 0), 0u) << r.text;
 }
 
 }  // namespace
