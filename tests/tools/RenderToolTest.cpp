@@ -227,6 +227,7 @@ TEST_F(TinySceneRender, BadScenesExitTwoWithFileLinePathAndReason) {
       {tiny, "\"spr\": ", "/pictures/spr: cannot open '" + dir_ / "spr.png': No such file"},
       {tiny, "\"pal\": ", "/pictures/pal: '" + dir_ / "pal.png' is not an 8-bit indexed PNG"},
       {Replace(tiny, "\"height\": 4,", "\"height\": 4,,"), ",,", "invalid JSON at column"},
+      {"", "", "invalid JSON"},
       {Replace(tiny, "\"zoom\": 1.0", "\"zom\": 1.0"), "\"zom\"",
        "/members/0/frames/0/zom: unknown key \"zom\""},
       {Replace(tiny, "\"width\": 8,", "\"width\": \"8\","), "\"width\"",

@@ -171,12 +171,9 @@ inline std::string Replace(std::string text, const std::string& from, const std:
 }
 
 // text (the tiny scene or one made from it) with members, JSON objects
-// separated by commas, created before m; and with colour animations added to m.
+// separated by commas, created before m.
 inline std::string AddMembers(const std::string& text, const std::string& members) {
   return Replace(text, "    {\"name\": \"m\",", "    " + members + ",\n    {\"name\": \"m\",");
-}
-inline std::string AddColors(const std::string& text, const std::string& colors) {
-  return Replace(text, "\"area\": [[4, 7]]}", "\"area\": [[4, 7]]}, " + colors);
 }
 
 }  // namespace tooltest

@@ -129,12 +129,6 @@ class PlayerTest : public ::testing::Test {
   }
   bool Press(SDL_Keycode sym, bool repeat = false) { return player.HandleEvent(Key(sym, repeat)); }
   const qvplay::Layout& L() { return player.GetLayout(); }
-  // Window colour at the centre of movie pixel (x, y).
-  std::uint32_t ShownAt(int x, int y) {
-    qvplay::DrawView(&player, &frame);
-    return frame.At(L().picX + x * L().scale + L().scale / 2,
-                    L().picY + y * L().scale + L().scale / 2);
-  }
   // Window pixels of the picture area that differ from picture enlarged.
   long Shown(const qvscene::Picture& ref) {
     qvplay::DrawView(&player, &frame);
