@@ -61,6 +61,9 @@ class Player : public PlayerTest {
 };
 
 const SDL_Event kNone{};
+Step S(const SDL_Event& event, std::uint32_t ms, int index, bool running, bool scrubbing = false) {
+  return {event, ms, index, running, scrubbing};
+}
 
 TEST_F(Player, OpensStoppedAtTheFirstMomentAndDrawsWhatTheReaderDraws) {
   QvMPlayer& c = player.Clock();  // a loop at 30 moments a second
@@ -74,38 +77,32 @@ TEST_F(Player, OpensStoppedAtTheFirstMomentAndDrawsWhatTheReaderDraws) {
     EXPECT_EQ(Differs(k), 0) << "moment " << k;
   }
   EXPECT_GT(Differs(2), 0);  // the sprite moves
-  Run({{kNone, 0, 9, false}});
+  Run({S(kNone, 0, 9, false)});
 }
 
 TEST_F(Player, SpacePlaysInRealTimeArrowsStepAndPauseHomeAndEndJump) {
-  Run({{Key(SDLK_SPACE), 0, 0, true},
-       {Key(SDLK_SPACE, true), 0, 0, true},  // held: no toggle
-       {kNone, 500, 5, true},                // tick 6029: 30 ticks, 15 moments, looped to 5
-       {Key(SDLK_SPACE), 0, 5, false},
-       {kNone, 500, 5, false},
-       {Key(SDLK_SPACE), 0, 5, true},  // on from the paused moment
-       {kNone, 100, 8, true},          // tick 6065 - 6059 = 6 ticks: 3 moments
-       {Key(SDLK_RIGHT), 0, 9, false},
-       {Key(SDLK_RIGHT), 0, 0, false},        // looping
-       {Key(SDLK_RIGHT, true), 0, 1, false},  // held arrows repeat
-       {Key(SDLK_LEFT), 0, 0, false},
-       {Key(SDLK_LEFT), 0, 9, false},
-       {Key(SDLK_HOME), 0, 0, false},
-       {Key(SDLK_END), 0, 9, false},
-       {Key(SDLK_SPACE), 0, 9, true},
-       {Key(SDLK_HOME), 0, 0, true},
-       {Key(SDLK_END), 0, 9, true}});  // jumps keep running
+  // A held Space does not toggle; 500 ms on from tick 5999 are 30 ticks, 15
+  // moments, looped to 5; paused time passes nothing; 100 ms are 3 moments
+  // (tick 6065 - 6059). Arrows pause and step, looping, held ones repeating;
+  // Home and End jump and keep the run state.
+  Run({S(Key(SDLK_SPACE), 0, 0, true), S(Key(SDLK_SPACE, true), 0, 0, true), S(kNone, 500, 5, true),
+       S(Key(SDLK_SPACE), 0, 5, false), S(kNone, 500, 5, false), S(Key(SDLK_SPACE), 0, 5, true),
+       S(kNone, 100, 8, true), S(Key(SDLK_RIGHT), 0, 9, false), S(Key(SDLK_RIGHT), 0, 0, false),
+       S(Key(SDLK_RIGHT, true), 0, 1, false), S(Key(SDLK_LEFT), 0, 0, false),
+       S(Key(SDLK_LEFT), 0, 9, false), S(Key(SDLK_HOME), 0, 0, false),
+       S(Key(SDLK_END), 0, 9, false), S(Key(SDLK_SPACE), 0, 9, true), S(Key(SDLK_HOME), 0, 0, true),
+       S(Key(SDLK_END), 0, 9, true)});
   player.HandleEvent(Key(SDLK_SPACE));
   EXPECT_TRUE(player.Clock().IsPlaying() && player.Clock().IsPausing());
 }
 
 TEST_F(Player, RealTimeSkipsMomentsAndFrameByFrameShowsEach) {
-  Run({{Key(SDLK_SPACE), 300, 9, true},  // 18 ticks: 9 moments
-       {Key(SDLK_HOME), 0, 0, true},
-       {Key(SDLK_f), 300, 1, true}});  // late: one moment on, not nine
+  // 300 ms are 18 ticks: 9 moments, or one moment on frame by frame.
+  Run({S(Key(SDLK_SPACE), 300, 9, true), S(Key(SDLK_HOME), 0, 0, true),
+       S(Key(SDLK_f), 300, 1, true)});
   EXPECT_TRUE(player.FrameByFrame());
   EXPECT_FALSE(player.Advance());
-  Run({{kNone, 34, 2, true}, {Key(SDLK_f), 0, 2, true}});
+  Run({S(kNone, 34, 2, true), S(Key(SDLK_f), 0, 2, true)});
   EXPECT_FALSE(player.FrameByFrame());
 }
 
@@ -123,7 +120,7 @@ TEST_F(Player, PlusAndMinusDoubleAndHalveTheSpeedWithinLimits) {
   EXPECT_EQ(player.Clock().Speed(), 960);
   while (player.SpeedLevel() > 1) Press(SDLK_MINUS);
   // At double speed half a second passes 30 moments, three times round.
-  Run({{Key(SDLK_SPACE), 500, 0, true}, {kNone, 100, 6, true}});  // tick 6035: 36 moments
+  Run({S(Key(SDLK_SPACE), 500, 0, true), S(kNone, 100, 6, true)});  // tick 6035: 36 moments
 }
 
 TEST_F(Player, MCyclesOnceBounceAndLoop) {
@@ -133,11 +130,10 @@ TEST_F(Player, MCyclesOnceBounceAndLoop) {
     EXPECT_EQ(player.Clock().Mode(), modes[i]) << i;
   }
   // Once stops at the last moment, and Space starts over.
-  Run({{Key(SDLK_SPACE), 1000, 9, false}, {Key(SDLK_SPACE), 0, 0, true}});
-  // Bounce comes back from the last moment.
-  Run({{Key(SDLK_m), 0, 0, true},
-       {kNone, 200, 6, true},    // tick 6047: 12 ticks, 6 moments
-       {kNone, 200, 6, true}});  // 12 moments: reflected at 9 to 6
+  Run({S(Key(SDLK_SPACE), 1000, 9, false), S(Key(SDLK_SPACE), 0, 0, true)});
+  // Bounce comes back from the last moment: 200 ms are 12 ticks, 6 moments,
+  // and 12 moments are reflected at 9 to 6.
+  Run({S(Key(SDLK_m), 0, 0, true), S(kNone, 200, 6, true), S(kNone, 200, 6, true)});
   EXPECT_FALSE(player.Clock().IsForward());
 }
 
@@ -169,17 +165,18 @@ TEST_F(Player, HelpOverlayQuitAndResize) {
   resize.window.event = SDL_WINDOWEVENT_SIZE_CHANGED;
   resize.window.data1 = 100;
   resize.window.data2 = 200;
-  // The event, then whether the player goes on, shows the help, the overlay.
-  const std::tuple<SDL_Event, bool, bool, bool> steps[] = {
-      {Key(SDLK_h), true, true, false},
-      {Key(SDLK_ESCAPE), true, false, false},  // help first
-      {Key(SDLK_o), true, false, true},
-      {Key(SDLK_o), true, false, false},
-      {Key(SDLK_ESCAPE), false, false, false},
-      {Key(SDLK_q), false, false, false},
-      {quit, false, false, false},
-      {other, true, false, false},
-      {resize, true, false, false}};
+  // The event, then whether the player goes on, shows the help, the
+  // overlay; Escape closes the help first.
+  using T = std::tuple<SDL_Event, bool, bool, bool>;
+  const T steps[] = {T(Key(SDLK_h), true, true, false),
+                     T(Key(SDLK_ESCAPE), true, false, false),
+                     T(Key(SDLK_o), true, false, true),
+                     T(Key(SDLK_o), true, false, false),
+                     T(Key(SDLK_ESCAPE), false, false, false),
+                     T(Key(SDLK_q), false, false, false),
+                     T(quit, false, false, false),
+                     T(other, true, false, false),
+                     T(resize, true, false, false)};
   for (const auto& [event, goesOn, help, overlay] : steps) {
     const bool on = player.HandleEvent(event);
     EXPECT_EQ(Ints(goesOn, help, overlay), Ints(on, player.ShowHelp(), player.ShowOverlay()))
@@ -193,20 +190,21 @@ TEST_F(Player, DraggingOnTheBarScrubsAndPlayingGoesOnAfter) {
   for (int k = 0; k < 10; ++k) EXPECT_EQ(L().IndexAt(L().XOfIndex(k, 10), 10), k);
   EXPECT_EQ(L().XOfIndex(9, 10), L().trackX + L().trackWidth - 1);
   const int y = L().barY + L().barHeight / 2;
-  Run({{Key(SDLK_SPACE), 0, 0, true},
-       {Bar(SDL_MOUSEBUTTONDOWN, 7), 0, 7, false, true},
-       {Bar(SDL_MOUSEMOTION, 3), 0, 3, false, true},
-       {Mouse(SDL_MOUSEMOTION, -50, y), 0, 0, false, true},  // past the ends of the track
-       {Mouse(SDL_MOUSEMOTION, 5000, 0), 0, 9, false, true},
-       {Bar(SDL_MOUSEBUTTONUP, 4), 0, 4, true},
-       {kNone, 100, 7, true},  // 6 ticks: 3 moments on from 4
-       {Bar(SDL_MOUSEBUTTONDOWN, 6), 0, 6, false, true},
-       {Bar(SDL_MOUSEMOTION, 2, 0), 0, 6, true},  // released outside the window
-       {Key(SDLK_SPACE), 0, 6, false},
-       {Bar(SDL_MOUSEBUTTONDOWN, 3, SDL_BUTTON_RIGHT), 0, 6, false},  // other buttons: nothing
-       {Bar(SDL_MOUSEBUTTONDOWN, 5), 0, 5, false, true},
-       {Bar(SDL_MOUSEBUTTONUP, 5), 0, 5, false},  // paused stays paused
-       {Bar(SDL_MOUSEMOTION, 2), 0, 5, false}});  // no button pressed: nothing moves
+  // Scrubbing pauses; past the ends of the track are the first and last
+  // moments; the release plays on (100 ms: 3 moments), and so does a release
+  // outside the window (motion without the button). Other buttons do
+  // nothing; a scrub while paused stays paused; motion without a button
+  // moves nothing.
+  Run({S(Key(SDLK_SPACE), 0, 0, true), S(Bar(SDL_MOUSEBUTTONDOWN, 7), 0, 7, false, true),
+       S(Bar(SDL_MOUSEMOTION, 3), 0, 3, false, true),
+       S(Mouse(SDL_MOUSEMOTION, -50, y), 0, 0, false, true),
+       S(Mouse(SDL_MOUSEMOTION, 5000, 0), 0, 9, false, true),
+       S(Bar(SDL_MOUSEBUTTONUP, 4), 0, 4, true), S(kNone, 100, 7, true),
+       S(Bar(SDL_MOUSEBUTTONDOWN, 6), 0, 6, false, true), S(Bar(SDL_MOUSEMOTION, 2, 0), 0, 6, true),
+       S(Key(SDLK_SPACE), 0, 6, false),
+       S(Bar(SDL_MOUSEBUTTONDOWN, 3, SDL_BUTTON_RIGHT), 0, 6, false),
+       S(Bar(SDL_MOUSEBUTTONDOWN, 5), 0, 5, false, true), S(Bar(SDL_MOUSEBUTTONUP, 5), 0, 5, false),
+       S(Bar(SDL_MOUSEMOTION, 2), 0, 5, false)});
 }
 
 TEST_F(Player, ClickNamesTheTopmostMemberOfTheVisibleLayersAtTheMoment) {
@@ -262,13 +260,13 @@ TEST_F(Player, ChangedFilesAreReloadedAtTheSameMomentWithTheSameLayersAndRunStat
   EXPECT_TRUE(Poll());
   EXPECT_TRUE(player.Error().empty());
   EXPECT_GT(Shown(good), 0);
-  Run({{kNone, 0, 4, true}, {kNone, 100, 7, true}});  // 6 ticks: 3 moments
-  EXPECT_FALSE(player.PollFiles());                   // once only
+  Run({S(kNone, 0, 4, true), S(kNone, 100, 7, true)});  // 6 ticks: 3 moments
+  EXPECT_FALSE(player.PollFiles());                     // once only
   Press(SDLK_SPACE);
   SavePicture(dir.dir / "spr.png", MakePicture(2, 2, {9, 9, 9, 9}), 10);  // a changed picture
   EXPECT_TRUE(Poll());
   EXPECT_EQ(Reference(dir.ScenePath(), 7).At(6, 2), 9);
-  Run({{kNone, 0, 7, false}});
+  Run({S(kNone, 0, 7, false)});
   // A shorter scene keeps the moment in its range; hidden layers stay hidden.
   Press(SDLK_2);
   WriteText(dir.ScenePath(), SceneText(1, 5), 15);
@@ -362,15 +360,11 @@ TEST(PlayTool, HelpAndBadUsage) {
       {"a.json --frames 0", "--frames: '0'"},
       {"a.json b.json", ""},
       {"a.json --scale 9", ""},
-      {"a.json --screenshot", ""},
-  };
-  for (const auto& c : cases) {
-    const RunResult r = RunCommand(Play(c.first), scratch);
-    EXPECT_EQ(r.exitCode, 2) << c.first;
-    if (c.second.rfind("qvmovie-play: ", 0) == 0)
-      EXPECT_EQ(r.text, c.second);
-    else
-      EXPECT_NE(r.text.find(c.second), std::string::npos) << r.text;
+      {"a.json --screenshot", ""}};
+  for (const auto& [args, message] : cases) {
+    const RunResult r = RunCommand(Play(args), scratch);
+    EXPECT_EQ(r.exitCode, 2) << args;
+    EXPECT_NE(r.text.find(message), std::string::npos) << r.text;
   }
 }
 
