@@ -21,23 +21,15 @@ namespace playtest {
 
 using namespace tooltest;
 
-// back.png: 8 x 4, every pixel index 20 except a column of 40 at x = 7.
-inline qvscene::Picture BackPicture() {
-  std::vector<int> pixels(32, 20);
-  for (int y = 0; y < 4; ++y) pixels[static_cast<std::size_t>(y * 8 + 7)] = 40;
-  return MakePicture(8, 4, pixels);
-}
-// spr.png: 2 x 2 with the pixels 3 5 / 6 0 (0 is transparent).
-inline qvscene::Picture SpritePicture() { return MakePicture(2, 2, {3, 5, 6, 0}); }
-
-// "back" fills the picture on layer 1 (id 10); "spr" walks on layer 2 (id
+// "back" (pal.png, the tiny scene's picture) fills the picture on layer 1
+// (id 10); "spr" (spr.png: 3 5 / 6 0, 0 transparent) walks on layer 2 (id
 // 20) along y = row from x = 0, one pixel per unit, and stays at x = 6 from
 // time 6 on. Moments 0 to `to`, step 1.
 inline std::string SceneText(int row = 1, int to = 9) {
   const std::string y = std::to_string(row);
   return R"({"output": {"width": 8, "height": 4, "to": )" + std::to_string(to) +
          R"(, "palette": "back"},
-  "pictures": {"back": "back.png", "spr": "spr.png"},
+  "pictures": {"back": "pal.png", "spr": "spr.png"},
   "members": [
     {"name": "back", "picture": "back", "frames": [{"rect": [0, 0, 8, 4]}]},
     {"name": "spr", "picture": "spr", "transparent": 0,
@@ -51,8 +43,7 @@ inline std::string SceneText(int row = 1, int to = 9) {
 // The scene and its pictures in a fresh directory.
 struct SceneDir {
   SceneDir() {
-    SavePicture(dir / "back.png", BackPicture());
-    SavePicture(dir / "spr.png", SpritePicture());
+    WriteTinyPictures(dir);
     WriteText(ScenePath(), SceneText());
   }
   std::string ScenePath() const { return dir / "scene.json"; }

@@ -138,11 +138,10 @@ TEST_F(Player, MCyclesOnceBounceAndLoop) {
 }
 
 TEST_F(Player, DigitsToggleLayers) {
-  const qvscene::Picture back = BackPicture();
   player.GoTo(1);
   Press(SDLK_2);
   EXPECT_TRUE(player.LayerVisible(0) && !player.LayerVisible(1));
-  EXPECT_EQ(Shown(back), 0);  // only the backdrop
+  EXPECT_EQ(Shown(TinyPicture()), 0);  // only the backdrop
   EXPECT_EQ(player.Message(), "layer 2 (id 20) hidden");
   Press(SDLK_2, true);  // held: no change
   EXPECT_FALSE(player.LayerVisible(1));
@@ -247,7 +246,7 @@ TEST_F(Player, OpeningFailsWithStatus2AndFindsPicturesInTheirDirectory) {
   options.pictureDir = dir.dir.Path();
   ASSERT_TRUE(other.Open(elsewhere / "scene.json", options, &error, &status)) << error;
   EXPECT_EQ(other.WatchedFiles(),
-            (std::vector<std::string>{elsewhere / "scene.json", dir.dir / "back.png",
+            (std::vector<std::string>{elsewhere / "scene.json", dir.dir / "pal.png",
                                       dir.dir / "spr.png"}));
 }
 
@@ -274,9 +273,9 @@ TEST_F(Player, ChangedFilesAreReloadedAtTheSameMomentWithTheSameLayersAndRunStat
   EXPECT_EQ((std::vector<int>{6, 5, 5}),
             (std::vector<int>{player.MomentCount(), player.Clock().End(), player.Index()}));
   EXPECT_FALSE(player.LayerVisible(1));
-  EXPECT_EQ(Shown(BackPicture()), 0);
+  EXPECT_EQ(Shown(TinyPicture()), 0);
   // A new picture named by the scene is watched.
-  SavePicture(dir.dir / "b2.png", SpritePicture());
+  SavePicture(dir.dir / "b2.png", MakePicture(2, 2, {}));
   WriteText(dir.ScenePath(), Replace(SceneText(), "\"spr.png\"", "\"spr.png\", \"b2\": \"b2.png\""),
             20);
   EXPECT_TRUE(Poll());
@@ -328,7 +327,7 @@ TEST_F(Player, BrokenScenesKeepTheLastGoodOneAndShowTheirError) {
   for (int i = 0; i < 3; ++i) {
     SCOPED_TRACE(i);
     WriteText(dir.ScenePath(), SceneText(2), stamp += 5);  // fixed: the new scene and no error
-    SavePicture(dir.dir / "spr.png", SpritePicture(), stamp);
+    SavePicture(dir.dir / "spr.png", MakePicture(2, 2, {3, 5, 6, 0}), stamp);
     EXPECT_TRUE(Poll());
     EXPECT_TRUE(player.Error().empty());
     const qvscene::Picture fixed = Reference(dir.ScenePath(), 4);
