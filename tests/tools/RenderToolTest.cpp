@@ -36,15 +36,11 @@ qvscene::Picture GifFrame(GifFileType* gif, int k) {
   qvscene::Picture p;
   p.width = image.ImageDesc.Width;
   p.height = image.ImageDesc.Height;
-  p.pixels.assign(image.RasterBits,
-                  image.RasterBits + static_cast<std::size_t>(p.width) * p.height);
+  p.pixels.assign(image.RasterBits, image.RasterBits + p.width * p.height);
   if (const ColorMapObject* map = image.ImageDesc.ColorMap) {
-    p.paletteCount = map->ColorCount;
-    for (int i = 0; i < map->ColorCount && i < 256; ++i) {
-      p.palette[i][0] = map->Colors[i].Red;
-      p.palette[i][1] = map->Colors[i].Green;
-      p.palette[i][2] = map->Colors[i].Blue;
-    }
+    static_assert(sizeof(GifColorType) == 3, "red, green, blue bytes");
+    p.paletteCount = std::min(map->ColorCount, 256);
+    std::memcpy(p.palette, map->Colors, 3 * static_cast<std::size_t>(p.paletteCount));
   }
   return p;
 }
@@ -58,11 +54,10 @@ GraphicsControlBlock Gcb(GifFileType* gif, int k) {
 // The loop count of the GIF file's NETSCAPE2.0 extension, or -1.
 int LoopCount(const std::string& path) {
   const std::string bytes = Slurp(path), mark("NETSCAPE2.0\x03\x01", 13);
-  const std::size_t found = bytes.find(mark), at = found + mark.size();
-  return found != std::string::npos && at + 2 <= bytes.size()
-             ? static_cast<unsigned char>(bytes[at]) | static_cast<unsigned char>(bytes[at + 1])
-                                                           << 8
-             : -1;
+  const std::size_t at = bytes.find(mark);
+  if (at == std::string::npos || at + 15 > bytes.size()) return -1;
+  const auto* count = reinterpret_cast<const unsigned char*>(bytes.data() + at + 13);
+  return count[0] | count[1] << 8;
 }
 
 bool SamePicture(const qvscene::Picture& a, const qvscene::Picture& b) {
