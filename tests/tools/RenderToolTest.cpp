@@ -31,9 +31,9 @@ GifPtr ReadGif(const std::string& path) {
 }
 
 // Frame k of a GIF as an indexed picture with its local palette.
-qvscene::Picture GifFrame(GifFileType* gif, int k) {
+Picture GifFrame(GifFileType* gif, int k) {
   const SavedImage& image = gif->SavedImages[k];
-  qvscene::Picture p;
+  Picture p;
   p.width = image.ImageDesc.Width;
   p.height = image.ImageDesc.Height;
   p.pixels.assign(image.RasterBits, image.RasterBits + p.width * p.height);
@@ -60,13 +60,13 @@ int LoopCount(const std::string& path) {
   return count[0] | count[1] << 8;
 }
 
-bool SamePicture(const qvscene::Picture& a, const qvscene::Picture& b) {
+bool SamePicture(const Picture& a, const Picture& b) {
   return a.width == b.width && a.height == b.height && a.pixels == b.pixels &&
          std::memcmp(a.palette, b.palette, sizeof a.palette) == 0;
 }
 
-qvscene::Picture ReadPng(const std::string& path) {
-  qvscene::Picture p;
+Picture ReadPng(const std::string& path) {
+  Picture p;
   std::string error;
   EXPECT_TRUE(qvscene::ReadIndexedPng(path, &p, &error)) << error;
   return p;
@@ -101,7 +101,7 @@ TEST_F(TinySceneRender, GifHasWholeFramesWithLocalTablesLoopDisposalAndCarriedDe
             Ints(gif->SWidth, gif->SHeight, LoopCount(dir_ / "out.gif")));  // loops for ever
   EXPECT_EQ(nullptr, gif->SColorMap) << "no global colour table";
   const int delays[6] = {3, 4, 3, 3, 4, 3};  // 20 cs in all: the length does not drift
-  const qvscene::Picture& source = TinyPicture();
+  const Picture& source = TinyPicture();
   for (int t = 0; t < 6; ++t) {
     SCOPED_TRACE("moment " + std::to_string(t));
     const GifImageDesc& d = gif->SavedImages[t].ImageDesc;
@@ -112,7 +112,7 @@ TEST_F(TinySceneRender, GifHasWholeFramesWithLocalTablesLoopDisposalAndCarriedDe
                    gcb.TransparentColor, gcb.DelayTime));
     // The pixels stay; at speed 30 the cycle is at frame t: the colour of
     // index 4 + k moves to 4 + (k + t) mod 4, every other entry is the base's.
-    const qvscene::Picture frame = GifFrame(gif.get(), t);
+    const Picture frame = GifFrame(gif.get(), t);
     EXPECT_TRUE(frame.pixels == source.pixels);
     for (int i = 0; i < 256; ++i) {
       const int from = i >= 4 && i <= 7 ? 4 + ((i - 4 - t) % 4 + 4) % 4 : i;
@@ -144,7 +144,7 @@ TEST_F(TinySceneRender, SpritesPathsScrollingAndColourAnimationsInTheOutput) {
   const unsigned char switched[2][3] = {{11, 244, 77}, {18, 52, 86}};
   for (int t = 0; t < 6; ++t) {
     SCOPED_TRACE("moment " + std::to_string(t));
-    const qvscene::Picture f = GifFrame(gif.get(), t);
+    const Picture f = GifFrame(gif.get(), t);
     for (int y = 0; y < 4; ++y) {
       for (int x = 0; x < 8; ++x) {
         const int dx = x - lefts[t], dy = y - tops[t];
@@ -180,7 +180,7 @@ TEST_F(TinySceneRender, PngAtAndSheetWriteTheMomentsWithTheirPalettesScaled) {
   auto scene = qvscene::LoadScene(dir_ / "tiny.json");
   const int times[4] = {0, 1, 3, 5};
   for (int i = 0; i < 4; ++i) {
-    qvscene::Picture m, enlarged;
+    Picture m, enlarged;
     ASSERT_TRUE(scene->Render(times[i], &m));
     enlarged = m;
     enlarged.width = 24;
@@ -235,13 +235,13 @@ TEST_F(TinySceneRender, BadScenesExitTwoWithFileLinePathAndReason) {
     EXPECT_EQ(2, r.exitCode) << r.text;
     const std::string where =
         dir_ / "s.json:" + std::to_string(LineOfText(c.text, c.lineOf)) + ": ";
-    EXPECT_NE(std::string::npos, r.text.find("qvmovie-render: " + where + c.message)) << r.text;
+    EXPECT_TRUE(Contains(r.text, "qvmovie-render: " + where + c.message)) << r.text;
     EXPECT_FALSE(fs::exists(dir_ / "out.gif") || fs::exists(dir_ / "out.png"));
     EXPECT_FALSE(dir_.HasPartial());
   }
   const RunResult r = RunRender(dir_ / "none.json -o " + dir_ / "out.gif", dir_);
   EXPECT_EQ(2, r.exitCode);
-  EXPECT_NE(std::string::npos, r.text.find(dir_ / "none.json: cannot open")) << r.text;
+  EXPECT_TRUE(Contains(r.text, dir_ / "none.json: cannot open")) << r.text;
   EXPECT_FALSE(fs::exists(dir_ / "out.gif"));
 }
 
@@ -258,12 +258,12 @@ TEST_F(TinySceneRender, BadUsageExitsTwoAndHelpZero) {
   for (const auto& c : cases) {
     const RunResult r = RunRender(c.first, dir_);
     EXPECT_EQ(2, r.exitCode) << c.first;
-    EXPECT_NE(std::string::npos, r.text.find(c.second)) << r.text;
+    EXPECT_TRUE(Contains(r.text, c.second)) << r.text;
   }
   EXPECT_FALSE(fs::exists(dir_ / "a.gif") || fs::exists(dir_ / "a.png"));
   const RunResult help = RunRender("--help", dir_);
   EXPECT_EQ(0, help.exitCode);
-  EXPECT_NE(std::string::npos, help.text.find("Usage: qvmovie-render SCENE")) << help.text;
+  EXPECT_TRUE(Contains(help.text, "Usage: qvmovie-render SCENE")) << help.text;
 }
 
 TEST_F(TinySceneRender, FailedOutputLeavesNoFileBehindAndExitsOne) {
@@ -273,7 +273,7 @@ TEST_F(TinySceneRender, FailedOutputLeavesNoFileBehindAndExitsOne) {
   const RunResult r = RunRender(
       dir_ / "tiny.json -o " + dir_ / "ok.gif --png-at 0 " + dir_ / "plain/sub/t.png", dir_);
   EXPECT_EQ(1, r.exitCode) << r.text;
-  EXPECT_NE(std::string::npos, r.text.find("cannot create directory")) << r.text;
+  EXPECT_TRUE(Contains(r.text, "cannot create directory")) << r.text;
   EXPECT_FALSE(fs::exists(dir_ / "ok.gif"));
   EXPECT_FALSE(dir_.HasPartial());
   // Missing parent directories are made.
@@ -304,7 +304,7 @@ TEST(DemoRender, EveryFrameMatchesTheLibraryAndTheMovieLastsEightSeconds) {
             Ints(gif->SWidth, gif->SHeight, gif->ImageCount, LoopCount(dir / "demo.gif")));
   int total = 0;
   for (int k = 0; k < gif->ImageCount; ++k) {
-    qvscene::Picture expected;
+    Picture expected;
     ASSERT_TRUE(scene->Render(times[static_cast<std::size_t>(k)], &expected));
     EXPECT_TRUE(SamePicture(expected, GifFrame(gif.get(), k))) << "moment " << times[k];
     const GraphicsControlBlock gcb = Gcb(gif.get(), k);
@@ -314,7 +314,7 @@ TEST(DemoRender, EveryFrameMatchesTheLibraryAndTheMovieLastsEightSeconds) {
   }
   EXPECT_EQ(800, total) << "120 moments of 2/30 s";
 
-  qvscene::Picture expected, a, b, c;
+  Picture expected, a, b, c;
   ASSERT_TRUE(scene->Render(100, &expected));
   EXPECT_TRUE(SamePicture(expected, ReadPng(dir / "t100.png")));
 

@@ -68,9 +68,9 @@ void WritePalettePng(const std::string& path, int entries) {
 
 TEST(PngIO, IndexedPicturesRoundTripAndShortPalettesLeaveTheRestBlack) {
   TempDir dir;
-  const qvscene::Picture p = MakePicture(3, 2, {0, 1, 2, 253, 254, 255});
+  const Picture p = MakePicture(3, 2, {0, 1, 2, 253, 254, 255});
   SavePicture(dir / "p.png", p);
-  qvscene::Picture q;
+  Picture q;
   std::string error;
   ASSERT_TRUE(qvscene::ReadIndexedPng(dir / "p.png", &q, &error)) << error;
   EXPECT_EQ(Ints(3, 2, 256), Ints(q.width, q.height, q.paletteCount));
@@ -104,10 +104,10 @@ TEST(PngIO, OtherFilesAreRefusedWithTheirReason) {
       {"cut.png", "not a valid PNG"},
   };
   for (const auto& c : cases) {
-    qvscene::Picture q;
+    Picture q;
     error.clear();
     EXPECT_FALSE(qvscene::ReadIndexedPng(dir / c.first, &q, &error)) << c.first;
-    EXPECT_NE(std::string::npos, error.find(c.second)) << c.first << ": " << error;
+    EXPECT_TRUE(Contains(error, c.second)) << c.first << ": " << error;
   }
 }
 
@@ -231,8 +231,7 @@ TEST_F(SceneReader, ErrorsNameTheFilePathAndLine) {
       ADD_FAILURE() << "accepted: " << c.to;
     } catch (const qvscene::SceneError& e) {
       EXPECT_EQ(line, e.Line()) << e.what();
-      EXPECT_NE(std::string::npos, std::string(e.what()).find(
-                                       dir_ / "s.json:" + std::to_string(line) + ": " + c.message))
+      EXPECT_TRUE(Contains(e.what(), dir_ / "s.json:" + std::to_string(line) + ": " + c.message))
           << e.what();
     }
   }
@@ -254,7 +253,7 @@ TEST_F(SceneReader, EachFailedAllocationIsReportedOrHarmless) {
       "transparent": 0,
       "frames": [)");
   QvFailAllocation(0);
-  qvscene::Picture moment;
+  Picture moment;
   ASSERT_TRUE(Load(text)->Render(3, &moment));
   QvFailAllocation(0);
   Load(text);
@@ -268,7 +267,7 @@ TEST_F(SceneReader, EachFailedAllocationIsReportedOrHarmless) {
       scene = Load(text);
     } catch (const qvscene::BuildError& e) {
       ++reported;
-      EXPECT_NE(std::string::npos, std::string(e.what()).find("the library could not")) << e.what();
+      EXPECT_TRUE(Contains(e.what(), "the library could not")) << e.what();
     }
     QvFailAllocation(0);
     EXPECT_TRUE(!scene || scene->Render(3, &moment)) << "allocation " << k;

@@ -49,6 +49,12 @@ class TempDir {
   std::string path_;
 };
 
+using qvscene::Picture;
+
+inline bool Contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
 // Several numbers as one value, so that a group of them is compared at once.
 template <class... T>
 std::vector<long long> Ints(T... v) {
@@ -93,8 +99,8 @@ inline void WriteText(const std::string& path, const std::string& text, int seco
 
 // A picture whose palette entry i is (i, 255 - i, 7i mod 256) and whose
 // pixels are given row by row (the rest 0).
-inline qvscene::Picture MakePicture(int w, int h, const std::vector<int>& pixels) {
-  qvscene::Picture p;
+inline Picture MakePicture(int w, int h, const std::vector<int>& pixels) {
+  Picture p;
   p.width = w;
   p.height = h;
   for (int v : pixels) p.pixels.push_back(static_cast<unsigned char>(v));
@@ -108,18 +114,18 @@ inline qvscene::Picture MakePicture(int w, int h, const std::vector<int>& pixels
   return p;
 }
 
-inline void SavePicture(const std::string& path, const qvscene::Picture& p, int seconds = 0) {
+inline void SavePicture(const std::string& path, const Picture& p, int seconds = 0) {
   std::string error;
   if (!qvscene::WriteIndexedPng(path, p, &error)) throw std::runtime_error(error);
   Restamp(path, seconds);
 }
 
 // pal.png: 8 x 4 as below; spr.png: 2 x 2 with the pixels 3 5 / 6 0.
-inline const qvscene::Picture& TinyPicture() {
-  static const qvscene::Picture p = MakePicture(8, 4, {1, 2, 3, 4, 5, 6, 7, 1,  //
-                                                       4, 5, 6, 7, 4, 5, 6, 7,  //
-                                                       8, 8, 9, 9, 4, 4, 5, 5,  //
-                                                       7, 6, 5, 4, 3, 2, 1, 0});
+inline const Picture& TinyPicture() {
+  static const Picture p = MakePicture(8, 4, {1, 2, 3, 4, 5, 6, 7, 1,  //
+                                              4, 5, 6, 7, 4, 5, 6, 7,  //
+                                              8, 8, 9, 9, 4, 4, 5, 5,  //
+                                              7, 6, 5, 4, 3, 2, 1, 0});
   return p;
 }
 

@@ -51,8 +51,8 @@ struct SceneDir {
 };
 
 // Moment t of the scene file as the scene reader draws it.
-inline qvscene::Picture Reference(const std::string& scenePath, std::int32_t t) {
-  qvscene::Picture p;
+inline Picture Reference(const std::string& scenePath, std::int32_t t) {
+  Picture p;
   EXPECT_TRUE(qvscene::LoadScene(scenePath)->Render(t, &p));
   return p;
 }
@@ -99,7 +99,7 @@ inline SDL_Event Mouse(Uint32 type, int x, int y, int button = SDL_BUTTON_LEFT) 
   return e;
 }
 
-inline std::uint32_t ColorOf(const qvscene::Picture& p, int index) {
+inline std::uint32_t ColorOf(const Picture& p, int index) {
   return qvplay::Rgb(p.palette[index][0], p.palette[index][1], p.palette[index][2]);
 }
 
@@ -121,7 +121,7 @@ class PlayerTest : public ::testing::Test {
   bool Press(SDL_Keycode sym, bool repeat = false) { return player.HandleEvent(Key(sym, repeat)); }
   const qvplay::Layout& L() { return player.GetLayout(); }
   // Window pixels of the picture area that differ from picture enlarged.
-  long Shown(const qvscene::Picture& ref) {
+  long Shown(const Picture& ref) {
     qvplay::DrawView(&player, &frame);
     long wrong = 0;
     for (int y = 0; y < L().picHeight; ++y) {
@@ -135,7 +135,7 @@ class PlayerTest : public ::testing::Test {
   long Differs(std::int32_t t) { return Shown(Reference(dir.ScenePath(), t)); }
   // Movie pixels of the player's 8-bit picture and colours (before the
   // window's panels are laid over it) that differ from ref.
-  long PictureDiffers(const qvscene::Picture& ref) {
+  long PictureDiffers(const Picture& ref) {
     player.UpdatePicture();
     tbPixMap* pm = player.PixMap();
     long wrong = 0;

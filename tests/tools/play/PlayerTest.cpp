@@ -239,7 +239,7 @@ TEST_F(Player, OpeningFailsWithStatus2AndFindsPicturesInTheirDirectory) {
   int status = 0;
   EXPECT_FALSE(other.Open(dir.dir / "none.json", {}, &error, &status));
   EXPECT_EQ(status, 2);
-  EXPECT_NE(error.find("none.json"), std::string::npos);
+  EXPECT_TRUE(Contains(error, "none.json"));
   TempDir elsewhere;
   WriteText(elsewhere / "scene.json", SceneText());
   qvscene::LoadOptions options;
@@ -252,7 +252,7 @@ TEST_F(Player, OpeningFailsWithStatus2AndFindsPicturesInTheirDirectory) {
 
 TEST_F(Player, ChangedFilesAreReloadedAtTheSameMomentWithTheSameLayersAndRunState) {
   player.GoTo(4);
-  const qvscene::Picture good = Reference(dir.ScenePath(), 4);
+  const Picture good = Reference(dir.ScenePath(), 4);
   EXPECT_FALSE(player.PollFiles());             // nothing changed
   WriteText(dir.ScenePath(), SceneText(2), 5);  // the sprite one row lower
   Press(SDLK_SPACE);
@@ -308,11 +308,11 @@ TEST_F(Player, BrokenScenesKeepTheLastGoodOneAndShowTheirErrorUntilFixed) {
   int stamp = 0;
   for (const auto& [breakFiles, error] : breakages) {
     SCOPED_TRACE(error);
-    const qvscene::Picture good = Reference(dir.ScenePath(), 4);
+    const Picture good = Reference(dir.ScenePath(), 4);
     breakFiles(stamp += 5);
     std::string err;
     EXPECT_TRUE(Poll(&err));
-    EXPECT_NE(player.Error().find(error), std::string::npos) << player.Error();
+    EXPECT_TRUE(Contains(player.Error(), error)) << player.Error();
     EXPECT_EQ(err, "qvmovie-play: " + player.Error() + "\n");
     EXPECT_FALSE(player.PollFiles());  // reported once
     EXPECT_EQ(Ints(4, 10), Ints(player.Index(), player.MomentCount()));
@@ -357,7 +357,7 @@ TEST(PlayTool, HelpAndBadUsage) {
   for (const auto& [args, message] : cases) {
     const RunResult r = RunCommand(Play(args), scratch);
     EXPECT_EQ(r.exitCode, 2) << args;
-    EXPECT_NE(r.text.find(message), std::string::npos) << r.text;
+    EXPECT_TRUE(Contains(r.text, message)) << r.text;
   }
 }
 
@@ -372,8 +372,7 @@ TEST(PlayTool, BadScenesAndMomentsGiveTheRenderToolsMessageAndExitTwo) {
         RunCommand(Render(scene + " --png-at 0 " + scratch / "o.png"), scratch);
     EXPECT_EQ(play.exitCode, 2);
     EXPECT_EQ(render.exitCode, 2);
-    EXPECT_NE(play.text.find(scene == bad ? "/members/1/transparent" : "none.json"),
-              std::string::npos)
+    EXPECT_TRUE(Contains(play.text, scene == bad ? "/members/1/transparent" : "none.json"))
         << play.text;
     EXPECT_EQ(Body(play.text, "qvmovie-play"), Body(render.text, "qvmovie-render"));
   }
