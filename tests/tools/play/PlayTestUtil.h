@@ -40,15 +40,12 @@ inline std::string SceneText(int row = 1, int to = 9) {
 )";
 }
 
-// The scene and its pictures in a fresh directory.
-struct SceneDir {
-  SceneDir() {
-    WriteTinyPictures(dir);
-    WriteText(ScenePath(), SceneText());
-  }
-  std::string ScenePath() const { return dir / "scene.json"; }
-  TempDir dir;
-};
+// Writes the scene and its pictures into dir; the scene file's path.
+inline std::string WriteScene(const TempDir& dir) {
+  WriteTinyPictures(dir);
+  WriteText(dir / "scene.json", SceneText());
+  return dir / "scene.json";
+}
 
 // Moment t of the scene file as the scene reader draws it.
 inline Picture Reference(const std::string& scenePath, std::int32_t t) {
@@ -110,7 +107,7 @@ class PlayerTest : public ::testing::Test {
   void SetUp() override {
     std::string error;
     int status = 0;
-    ASSERT_TRUE(player.Open(dir.ScenePath(), {}, &error, &status)) << error;
+    ASSERT_TRUE(player.Open(WriteScene(dir), {}, &error, &status)) << error;
     Resize(10, 2);
   }
   void Resize(int scale, int rows) {
@@ -132,7 +129,8 @@ class PlayerTest : public ::testing::Test {
     }
     return wrong;
   }
-  long Differs(std::int32_t t) { return Shown(Reference(dir.ScenePath(), t)); }
+  std::string Scene() const { return dir / "scene.json"; }
+  long Differs(std::int32_t t) { return Shown(Reference(Scene(), t)); }
   // Movie pixels of the player's 8-bit picture and colours (before the
   // window's panels are laid over it) that differ from ref.
   long PictureDiffers(const Picture& ref) {
@@ -148,7 +146,7 @@ class PlayerTest : public ::testing::Test {
   }
 
   FakeTicks ticks;
-  SceneDir dir;
+  TempDir dir;
   qvplay::Player player;
   qvplay::Frame frame;
 };
