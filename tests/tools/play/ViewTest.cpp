@@ -1,18 +1,23 @@
-// The window's parts: layout, the bitmap font, text wrapping, the frame's
-// drawing, and the view's timeline, panels and counters.
+// The window's parts: layout, the bitmap font, text wrapping and the
+// frame's drawing.
 
-#include "PlayTestUtil.h"
+#include <gtest/gtest.h>
+
+#include "../ToolTestUtil.h"
 #include "play/Font.h"
+#include "play/Frame.h"
+#include "play/Layout.h"
+#include "play/View.h"
 
 namespace {
 
-using namespace playtest;
 using qvplay::BarHeight;
 using qvplay::ComputeLayout;
 using qvplay::Frame;
 using qvplay::GlyphPixel;
 using qvplay::Layout;
 using qvplay::Rgb;
+using tooltest::Ints;
 
 TEST(Layout, TheLargestWholeScaleThatFitsAboveTheBar) {
   const int bar = BarHeight(3, 1);
@@ -96,67 +101,6 @@ TEST(Frame, RectanglesAreClipped) {
   EXPECT_EQ(Ints(Rgb(100, 50, 0), 0, 0), Ints(f.At(0, 0), f.At(4, 0), f.At(-1, 0)));
   f.Resize(-3, 2);
   EXPECT_EQ(f.Width(), 0);
-}
-
-class View : public PlayerTest {
- protected:
-  void SetUp() override {
-    PlayerTest::SetUp();
-    Resize(20, 2);
-  }
-};
-
-TEST_F(View, TheTimelineShowsTheCurrentMomentAndTheMemberRanges) {
-  qvplay::DrawView(&player, &frame);
-  ASSERT_EQ(frame.Width(), 160);
-  const int cursorY = L().rowsY + 1, row1Y = L().rowsY + qvplay::kRowHeight + 1;
-  EXPECT_EQ(frame.At(L().XOfIndex(0, 10), cursorY), Rgb(255, 255, 255));
-  // Both members span the whole movie; the middle of each row is coloured.
-  const std::uint32_t row0 = frame.At(80, cursorY), row1 = frame.At(80, row1Y);
-  EXPECT_NE(row0, row1);
-  EXPECT_NE(row0, frame.At(80, L().barY));
-  player.GoTo(9);
-  qvplay::DrawView(&player, &frame);
-  EXPECT_EQ(Ints(Rgb(255, 255, 255), row0),
-            Ints(frame.At(L().XOfIndex(9, 10), cursorY), frame.At(L().XOfIndex(0, 10), cursorY)));
-  Press(SDLK_1);  // a hidden layer's members are greyed
-  qvplay::DrawView(&player, &frame);
-  EXPECT_EQ(Ints(Rgb(80, 80, 88), row1), Ints(frame.At(80, cursorY), frame.At(80, row1Y)));
-}
-
-TEST_F(View, OverlayAndHelpAreDrawnOverThePictureOnly) {
-  Resize(80, 2);  // room for the help's lines
-  qvplay::DrawView(&player, &frame);
-  const Frame plain = frame;
-  // Window pixels from row y0 on that differ from the plain view.
-  auto changed = [&](int y0) {
-    qvplay::DrawView(&player, &frame);
-    long n = 0;
-    for (int y = y0; y < frame.Height(); ++y) {
-      for (int x = 0; x < frame.Width(); ++x) n += frame.At(x, y) != plain.At(x, y);
-    }
-    return n;
-  };
-  Press(SDLK_o);
-  EXPECT_GT(changed(0), 100);
-  Press(SDLK_o);
-  Press(SDLK_h);
-  EXPECT_GT(changed(0), 100);
-  EXPECT_EQ(changed(L().barY), 0);
-}
-
-TEST_F(View, DrawTimeAndShownMomentsAreCounted) {
-  EXPECT_EQ(player.DrawnMoments(), 0);
-  for (int k = 0; k < 6; ++k) {
-    if (k < 5) player.GoTo(k);  // the same picture presented again is not a new moment
-    qvplay::DrawView(&player, &frame);
-    player.MarkShown();
-  }
-  EXPECT_EQ(player.DrawnMoments(), 5);
-  EXPECT_EQ(player.ShownFps(), 5.0);
-  EXPECT_GE(player.DrawMs(), 0.0);
-  EXPECT_GE(player.MaxDrawMs(), player.DrawMs());
-  EXPECT_FALSE(player.NeedsRedraw());
 }
 
 }  // namespace
