@@ -157,11 +157,6 @@ TEST_F(SceneReader, BuildsTheMembersLayersPathsAndPalettesItDescribes) {
   EXPECT_EQ(-1, scene->MemberId("nobody"));
   QvMCast* cast = scene->Cast();
   const std::int16_t b = scene->MemberId("b"), m = scene->MemberId("m");
-  unsigned char** name = nullptr;
-  ASSERT_EQ(1, cast->GetName(m, &name));
-  EXPECT_STREQ("m", reinterpret_cast<const char*>(*name));
-  QvFreeString(name);
-  EXPECT_TRUE(cast->AFrame(m) && cast->ACycle(m));
   // b is trimmed past a, and its scroll step, set after placing, holds; m's
   // range ends with the output's, its path has 4 anchors (the second at 10,
   // 20) passed once in 12 units, reflected, from anchor 1.

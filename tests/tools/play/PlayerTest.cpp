@@ -183,7 +183,6 @@ class Player : public ::testing::Test {
     player.HandleEvent(Mouse(SDL_MOUSEBUTTONUP, x, y));
     return player.LastHit().found ? player.LastHit().name : "";
   }
-  std::int16_t Id(const std::string& name) { return player.GetScene()->MemberId(name); }
   // Polls the files with the player's error output captured into *err.
   bool Poll(std::string* err = nullptr) {
     testing::internal::CaptureStderr();
@@ -294,30 +293,28 @@ TEST_F(Player, DigitsToggleLayers) {
 }
 
 TEST_F(Player, HelpOverlayQuitAndResize) {
-  SDL_Event quit{}, other{}, resize{};
-  quit.type = SDL_QUIT;
-  other.type = SDL_USEREVENT;
-  resize.type = SDL_WINDOWEVENT;
-  resize.window.event = SDL_WINDOWEVENT_SIZE_CHANGED;
-  resize.window.data1 = 100;
-  resize.window.data2 = 200;
-  // The event, then whether the player goes on, shows the help, the
-  // overlay; Escape closes the help first.
-  using T = std::tuple<SDL_Event, bool, bool, bool>;
-  const T steps[] = {T(Key(SDLK_h), true, true, false),
-                     T(Key(SDLK_ESCAPE), true, false, false),
-                     T(Key(SDLK_o), true, false, true),
-                     T(Key(SDLK_o), true, false, false),
-                     T(Key(SDLK_ESCAPE), false, false, false),
-                     T(Key(SDLK_q), false, false, false),
-                     T(quit, false, false, false),
-                     T(other, true, false, false),
-                     T(resize, true, false, false)};
-  for (const auto& [event, goesOn, help, overlay] : steps) {
+  // Handles the event; then whether the player goes on, shows the help, the overlay.
+  auto expect = [&](const SDL_Event& event, bool goesOn, bool help, bool overlay) {
     const bool on = player.HandleEvent(event);
     EXPECT_EQ(Ints(goesOn, help, overlay), Ints(on, player.ShowHelp(), player.ShowOverlay()))
         << event.type;
-  }
+  };
+  expect(Key(SDLK_h), true, true, false);
+  expect(Key(SDLK_ESCAPE), true, false, false);  // closes the help first
+  expect(Key(SDLK_o), true, false, true);
+  expect(Key(SDLK_o), true, false, false);
+  expect(Key(SDLK_ESCAPE), false, false, false);
+  expect(Key(SDLK_q), false, false, false);
+  SDL_Event e{};
+  e.type = SDL_QUIT;
+  expect(e, false, false, false);
+  e.type = SDL_USEREVENT;
+  expect(e, true, false, false);
+  e.type = SDL_WINDOWEVENT;
+  e.window.event = SDL_WINDOWEVENT_SIZE_CHANGED;
+  e.window.data1 = 100;
+  e.window.data2 = 200;
+  expect(e, true, false, false);
   EXPECT_EQ(Ints(100, 12, 2), Ints(L().windowWidth, L().scale, L().picX));
   EXPECT_EQ(Differs(0), 0);
 }
@@ -342,19 +339,21 @@ TEST_F(Player, DraggingOnTheBarScrubsAndPlayingGoesOnAfter) {
 }
 
 TEST_F(Player, ClickNamesTheTopmostMemberOfTheVisibleLayersAtTheMoment) {
+  const std::int16_t spr = player.GetScene()->MemberId("spr");
   player.GoTo(2);  // the sprite stands at (2, 1) to (3, 2)
   EXPECT_EQ(Click(2, 1), "spr");
-  EXPECT_EQ(player.LastHit().id, Id("spr"));
-  EXPECT_EQ(player.LastHit().layer, 1);
-  EXPECT_EQ(player.Message(), "spr (id " + std::to_string(Id("spr")) + ", layer 2)");
-  EXPECT_EQ(Click(3, 2), "spr");
+  EXPECT_EQ(Ints(spr, 1), Ints(player.LastHit().id, player.LastHit().layer));
+  EXPECT_EQ(player.Message(), "spr (id " + std::to_string(spr) + ", layer 2)");
   EXPECT_EQ(Click(5, 1), "back");
-  EXPECT_EQ(player.LastHit().id, Id("back"));
-  EXPECT_EQ(player.LastHit().layer, 0);
-  EXPECT_EQ(Click(4, 3), "back");
-  player.GoTo(5);  // the sprite has moved on
-  EXPECT_EQ(Click(2, 1), "back");
-  EXPECT_EQ(Click(5, 1), "spr");
+  EXPECT_EQ(Ints(player.GetScene()->MemberId("back"), 0),
+            Ints(player.LastHit().id, player.LastHit().layer));
+  // The moment, a pixel, and who is there.
+  const std::tuple<int, int, int, const char*> clicks[] = {
+      {2, 3, 2, "spr"}, {2, 4, 3, "back"}, {5, 2, 1, "back"}, {5, 5, 1, "spr"}};
+  for (const auto& [t, x, y, name] : clicks) {
+    player.GoTo(t);
+    EXPECT_EQ(Click(x, y), name) << t << ": " << x << "," << y;
+  }
   const std::pair<int, int> outside[] = {{-1, 0}, {8, 0}, {0, 4}, {40000, -40000}};
   for (const auto& p : outside) EXPECT_FALSE(player.HitTest(p.first, p.second).found) << p.first;
   EXPECT_TRUE(player.HitTest(7, 3).found);
