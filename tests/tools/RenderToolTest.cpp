@@ -291,8 +291,7 @@ TEST(DemoRender, EveryFrameMatchesTheLibraryAndTheMovieLastsEightSeconds) {
                                     dir / "demo.gif --png-at 100 " + dir / "t100.png",
                                 dir);
   ASSERT_EQ(0, r.exitCode) << r.text;
-  EXPECT_TRUE(r.text.empty()) << r.text;
-
+  EXPECT_TRUE(r.text.empty()) << r.text;  // quiet
   qvscene::LoadOptions options;
   options.pictureDir = dir / "assets";
   auto scene = qvscene::LoadScene(scenePath, options);
@@ -315,14 +314,13 @@ TEST(DemoRender, EveryFrameMatchesTheLibraryAndTheMovieLastsEightSeconds) {
   EXPECT_EQ(800, total) << "120 moments of 2/30 s";
 
   Picture expected, a, b, c;
-  ASSERT_TRUE(scene->Render(100, &expected));
+  ASSERT_TRUE(scene->Render(100, &expected) && scene->Render(0, &a) && scene->Render(5, &b) &&
+              scene->Render(239, &c));
   EXPECT_TRUE(SamePicture(expected, ReadPng(dir / "t100.png")));
-
   // Water cycles (80 to 91), the lamp flashes (104 to 107), the sky fades
   // toward the dusk colour #2c1c4c by the end (16 to 47).
-  ASSERT_TRUE(scene->Render(0, &a) && scene->Render(5, &b) && scene->Render(239, &c));
-  EXPECT_NE(0, std::memcmp(a.palette[80], b.palette[80], 3));
-  EXPECT_NE(0, std::memcmp(a.palette[104], b.palette[104], 3));
+  EXPECT_TRUE(std::memcmp(a.palette[80], b.palette[80], 3) &&
+              std::memcmp(a.palette[104], b.palette[104], 3));
   EXPECT_EQ(0, std::memcmp(a.palette[16], b.palette[16], 3));
   const unsigned char dusk[3] = {0x2c, 0x1c, 0x4c};
   for (int i = 16; i <= 47; ++i) EXPECT_EQ(0, std::memcmp(dusk, c.palette[i], 3)) << i;
