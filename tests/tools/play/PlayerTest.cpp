@@ -58,23 +58,6 @@ inline Picture Reference(const std::string& scenePath, std::int32_t t) {
   return p;
 }
 
-// A millisecond clock that the tests set, installed for the object's
-// lifetime; it starts at 100000 ms, tick 5999 of the 1/60 s clock.
-class FakeTicks {
- public:
-  FakeTicks() {
-    now_ = 100000;
-    previous_ = QvSetTickSource(&Now);
-  }
-  ~FakeTicks() { QvSetTickSource(previous_); }
-  void Advance(std::uint32_t ms) { now_ += ms; }
-
- private:
-  static std::uint32_t Now() { return now_; }
-  static inline std::uint32_t now_ = 0;
-  QvTickSource previous_ = nullptr;
-};
-
 inline SDL_Event Key(SDL_Keycode sym, bool repeat = false) {
   SDL_Event e{};
   e.type = SDL_KEYDOWN;
@@ -121,6 +104,7 @@ class Player : public ::testing::Test {
   void SetUp() override {
     std::string error;
     int status = 0;
+    now = 100000;  // ms: tick 5999 of the 1/60 s clock
     ASSERT_TRUE(player.Open(WriteScene(dir), {}, &error, &status)) << error;
     Resize(10, 2);
   }
@@ -164,7 +148,7 @@ class Player : public ::testing::Test {
       const Step& s = steps[i];
       SCOPED_TRACE("step " + std::to_string(i));
       if (s.event.type) player.HandleEvent(s.event);
-      if (s.ms) ticks.Advance(s.ms), player.Advance();
+      if (s.ms) now += s.ms, player.Advance();
       EXPECT_EQ(s.index, player.Index());
       EXPECT_EQ(s.running, player.Running());
       EXPECT_EQ(s.scrubbing, player.Scrubbing());
@@ -192,7 +176,10 @@ class Player : public ::testing::Test {
     return changed;
   }
 
-  FakeTicks ticks;
+  // A millisecond clock that the tests set, installed for the test's lifetime.
+  static inline std::uint32_t now = 0;
+  const QvTickSource previousTicks = QvSetTickSource([] { return now; });
+  ~Player() override { QvSetTickSource(previousTicks); }
   TempDir dir;
   qvplay::Player player;
   Frame frame;
