@@ -8,6 +8,7 @@
 #include <SDL.h>
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <functional>
 #include <tuple>
 
@@ -192,15 +193,15 @@ Step S(const SDL_Event& event, std::uint32_t ms, int index, bool running, bool s
 
 TEST_F(Player, OpensStoppedAtTheFirstMomentAndDrawsWhatTheReaderDraws) {
   QvMPlayer& c = player.Clock();  // a loop at 30 moments a second
-  EXPECT_EQ(Ints(10, 0, 0, 9, 2, 30, 2), Ints(player.MomentCount(), player.Moment(), c.Top(),
-                                              c.End(), c.Mode(), c.Speed(), player.LayerCount()));
+  EXPECT_EQ(Ints(10, 0, 0, 9, 2, 30, 2, false),
+            Ints(player.MomentCount(), player.Moment(), c.Top(), c.End(), c.Mode(), c.Speed(),
+                 player.LayerCount(), player.Running()));
   // The player's own walk over the visible layers draws what the reader draws.
   for (int k = 0; k < player.MomentCount(); ++k) {
     player.GoTo(k);
     EXPECT_EQ(Differs(k), 0) << "moment " << k;
   }
   EXPECT_GT(Differs(2), 0);  // the sprite moves
-  Run({S(kNone, 0, 9, false)});
 }
 
 TEST_F(Player, SpacePlaysInRealTimeArrowsStepAndPauseHomeAndEndJump) {
@@ -450,12 +451,6 @@ TEST_F(Player, BrokenScenesKeepTheLastGoodOneAndShowTheirErrorUntilFixed) {
 std::string Play(const std::string& args) { return std::string(QV_PLAY_TOOL) + " " + args; }
 std::string Render(const std::string& args) { return std::string(QV_RENDER_TOOL) + " " + args; }
 
-// The message without the program's name in front.
-std::string Body(const std::string& err, const std::string& program) {
-  const std::string prefix = program + ": ";
-  return err.rfind(prefix, 0) == 0 ? err.substr(prefix.size()) : err;
-}
-
 TEST(PlayTool, HelpAndBadUsage) {
   TempDir scratch;
   EXPECT_EQ(RunCommand(Play("--help"), scratch).exitCode, 0);
@@ -487,7 +482,8 @@ TEST(PlayTool, BadScenesAndMomentsGiveTheRenderToolsMessageAndExitTwo) {
     EXPECT_EQ(render.exitCode, 2);
     EXPECT_TRUE(Contains(play.text, scene == bad ? "/members/1/transparent" : "none.json"))
         << play.text;
-    EXPECT_EQ(Body(play.text, "qvmovie-play"), Body(render.text, "qvmovie-render"));
+    // The same message after the program's name.
+    EXPECT_EQ("qvmovie-play" + render.text.substr(std::strlen("qvmovie-render")), play.text);
   }
   const RunResult r = RunCommand(Play(good + " --at 10"), scratch);
   EXPECT_EQ(r.exitCode, 2);
