@@ -16,7 +16,6 @@
 #include "scene/SceneError.h"
 #include "scene/SceneReader.h"
 #include "toolbox/QvPlatform.h"
-#include "toolbox/tbToolBox.h"
 
 namespace {
 

@@ -88,10 +88,7 @@ inline void Restamp(const std::string& path, int seconds) {
 }
 
 inline void WriteText(const std::string& path, const std::string& text, int seconds = 0) {
-  {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out << text;
-  }
+  std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
   Restamp(path, seconds);
 }
 
