@@ -102,14 +102,9 @@ TEST(PngIO, OtherFilesAreRefusedWithTheirReason) {
 }
 
 TEST(JsonDocument, RemembersTheLineOfEveryValue) {
-  const qvscene::JsonDocument doc("f.json",
-                                  "{\n"
-                                  "  \"a\": [1,\n"
-                                  "        {\"b\": 2.5},\n"
-                                  "        \"x/y\"],\n"
-                                  "  \"c~d\":\n"
-                                  "    true, \"e\": 1\n"
-                                  ",\n\"f\": 22\n\n}");
+  const qvscene::JsonDocument doc(
+      "f.json",
+      "{\n \"a\": [1,\n {\"b\": 2.5},\n \"x/y\"],\n \"c~d\":\n true, \"e\": 1\n,\n\"f\": 22\n\n}");
   const std::pair<const char*, int> cases[] = {
       {"", 1},     {"/a", 2},    {"/a/0", 2}, {"/a/1", 3}, {"/a/1/b", 3},
       {"/a/2", 4}, {"/c~0d", 6}, {"/e", 6},   {"/f", 8},   {"/nothing", 0},
