@@ -168,12 +168,11 @@ class Player : public ::testing::Test {
     player.HandleEvent(Mouse(SDL_MOUSEBUTTONUP, x, y));
     return player.LastHit().found ? player.LastHit().name : "";
   }
-  // Polls the files with the player's error output captured into *err.
-  bool Poll(std::string* err = nullptr) {
+  // Polls the files; what the player wrote on stderr goes to err.
+  bool Poll() {
     testing::internal::CaptureStderr();
     const bool changed = player.PollFiles();
-    const std::string text = testing::internal::GetCapturedStderr();
-    if (err) *err = text;
+    err = testing::internal::GetCapturedStderr();
     return changed;
   }
 
@@ -182,6 +181,7 @@ class Player : public ::testing::Test {
   const QvTickSource previousTicks = QvSetTickSource([] { return now; });
   ~Player() override { QvSetTickSource(previousTicks); }
   TempDir dir;
+  std::string err;
   qvplay::Player player;
   Frame frame;
 };
@@ -425,8 +425,7 @@ TEST_F(Player, BrokenScenesKeepTheLastGoodOneAndShowTheirErrorUntilFixed) {
     SCOPED_TRACE(error);
     const Picture good = Reference(Scene(), 4);
     breakFiles(stamp += 5);
-    std::string err;
-    EXPECT_TRUE(Poll(&err));
+    EXPECT_TRUE(Poll());
     EXPECT_TRUE(Contains(player.Error(), error)) << player.Error();
     EXPECT_EQ(err, "qvmovie-play: " + player.Error() + "\n");
     EXPECT_FALSE(player.PollFiles());  // reported once

@@ -19,7 +19,7 @@ using qvplay::Layout;
 using qvplay::Rgb;
 using tooltest::Ints;
 
-TEST(Layout, TheLargestWholeScaleThatFitsAboveTheBar) {
+TEST(Layout, TheLargestWholeScaleThatFitsAboveTheBarAndTheTimeline) {
   const int bar = BarHeight(3, 1);
   EXPECT_EQ(bar, 4 + 3 * qvplay::kRowHeight + 3 + 7 + 4);
   Layout l = ComputeLayout(700, 400 + bar, 320, 200, 3);
@@ -36,19 +36,14 @@ TEST(Layout, TheLargestWholeScaleThatFitsAboveTheBar) {
   l = ComputeLayout(w, h, 320, 200, 3);
   EXPECT_EQ(Ints(3, 0), Ints(l.scale, l.picX));
   EXPECT_TRUE(l.InPicture(959, 599) && !l.InPicture(959, 600) && l.InBar(0, 600));
-}
-
-TEST(Layout, TimelinePositionsOfOneAndOfManyMoments) {
-  const Layout l = ComputeLayout(116, 100, 10, 10, 1);
+  // The timeline of one moment and of many.
+  l = ComputeLayout(116, 100, 10, 10, 1);
   EXPECT_EQ(Ints(8, 100), Ints(l.trackX, l.trackWidth));
   EXPECT_EQ(Ints(0, 8, 8 + 49), Ints(l.IndexAt(500, 1), l.XOfIndex(0, 1), l.XOfIndex(1, 3)));
   EXPECT_EQ(Ints(0, 1, 0, 2), Ints(l.IndexAt(8 + 24, 3), l.IndexAt(8 + 25, 3),
                                    l.IndexAt(-100000, 3), l.IndexAt(100000, 3)));
   // More moments than columns: every column still names a moment in range.
-  for (int x = 0; x < 116; ++x) {
-    const int k = l.IndexAt(x, 20000);
-    EXPECT_TRUE(k >= 0 && k < 20000) << x;
-  }
+  for (int x = 0; x < 116; ++x) EXPECT_LT(static_cast<unsigned>(l.IndexAt(x, 20000)), 20000u) << x;
 }
 
 TEST(Font, GlyphsAndTextAreDrawnAtTheirPlaceAndClipped) {
