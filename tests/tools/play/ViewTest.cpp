@@ -46,7 +46,7 @@ TEST(Layout, TheLargestWholeScaleThatFitsAboveTheBarAndTheTimeline) {
   for (int x = 0; x < 116; ++x) EXPECT_LT(static_cast<unsigned>(l.IndexAt(x, 20000)), 20000u) << x;
 }
 
-TEST(Font, GlyphsAndTextAreDrawnAtTheirPlaceAndClipped) {
+TEST(Drawing, GlyphsTextAndRectanglesAreDrawnAtTheirPlaceAndClipped) {
   // Lower case is drawn as upper case, unknown characters as '?', the space
   // blank; every other printable character has a glyph of its own.
   int set[128] = {};
@@ -78,10 +78,8 @@ TEST(Font, GlyphsAndTextAreDrawnAtTheirPlaceAndClipped) {
             (std::vector<std::string>{"ab cd", "efghi", "jklmn", "o"}));
   EXPECT_TRUE(qvplay::WrapText("", 100, 1).empty());
   EXPECT_EQ(qvplay::WrapText("abc", 0, 1).size(), 3u);  // long words are cut
-}
-
-TEST(Frame, RectanglesAreClipped) {
-  Frame f(4, 3);
+  // Rectangles are clipped too.
+  f.Resize(4, 3);
   f.Fill(Rgb(1, 2, 3));
   f.FillRect(-5, -5, 7, 7, Rgb(9, 9, 9));
   f.FillRect(2, 2, 2147483647, 2147483647, Rgb(7, 7, 7));
@@ -92,7 +90,7 @@ TEST(Frame, RectanglesAreClipped) {
   f.ShadeRect(0, 0, 1, 1, Rgb(255, 255, 255), 255);
   EXPECT_EQ(f.At(0, 0), Rgb(255, 255, 255));
   f.Fill(Rgb(0, 0, 0));
-  f.ShadeRect(0, 0, 1, 1, Rgb(200, 100, 0), 128);
+  f.ShadeRect(0, 0, 1, 1, Rgb(200, 100, 0), 128);  // half over black
   EXPECT_EQ(Ints(Rgb(100, 50, 0), 0, 0), Ints(f.At(0, 0), f.At(4, 0), f.At(-1, 0)));
   f.Resize(-3, 2);
   EXPECT_EQ(f.Width(), 0);
