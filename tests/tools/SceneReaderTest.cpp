@@ -76,9 +76,7 @@ TEST(PngIO, IndexedPicturesRoundTripAndShortPalettesLeaveTheRestBlack) {
 TEST(PngIO, OtherFilesAreRefusedWithTheirReason) {
   TempDir dir;
   WritePalettePng(dir / "four.png", 16);
-  qvscene::RgbPicture rgb;
-  rgb.width = rgb.height = 1;
-  rgb.pixels = {1, 2, 3};
+  const qvscene::RgbPicture rgb{1, 1, {1, 2, 3}};
   std::string error;
   ASSERT_TRUE(qvscene::WriteRgbPng(dir / "rgb.png", rgb, &error)) << error;
   WriteText(dir / "text.png", "hello, not a picture");

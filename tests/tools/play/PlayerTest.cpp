@@ -360,11 +360,10 @@ TEST_F(Player, OpeningFindsPicturesInTheDirectoryGivenAndWatchesThem) {
   WriteText(elsewhere / "scene.json", SceneText());
   qvscene::LoadOptions options;
   options.pictureDir = dir.Path();
-  qvplay::Player other;
   std::string error;
   int status = 0;
-  ASSERT_TRUE(other.Open(elsewhere / "scene.json", options, &error, &status)) << error;
-  EXPECT_EQ(other.WatchedFiles(),
+  ASSERT_TRUE(player.Open(elsewhere / "scene.json", options, &error, &status)) << error;
+  EXPECT_EQ(player.WatchedFiles(),
             (std::vector<std::string>{elsewhere / "scene.json", dir / "pal.png", dir / "spr.png"}));
 }
 

@@ -13,16 +13,14 @@ namespace {
 
 using qvplay::BarHeight;
 using qvplay::ComputeLayout;
-using qvplay::Frame;
 using qvplay::GlyphPixel;
-using qvplay::Layout;
 using qvplay::Rgb;
 using tooltest::Ints;
 
 TEST(Layout, TheLargestWholeScaleThatFitsAboveTheBarAndTheTimeline) {
   const int bar = BarHeight(3, 1);
   EXPECT_EQ(bar, 4 + 3 * qvplay::kRowHeight + 3 + 7 + 4);
-  Layout l = ComputeLayout(700, 400 + bar, 320, 200, 3);
+  auto l = ComputeLayout(700, 400 + bar, 320, 200, 3);
   EXPECT_EQ(Ints(2, 30, 0, 400, bar), Ints(l.scale, l.picX, l.picY, l.barY, l.barHeight));
   l = ComputeLayout(100, 50, 320, 200, 3);  // too small: still one movie pixel per window pixel
   EXPECT_EQ(Ints(1, -110), Ints(l.scale, l.picX));
@@ -65,7 +63,7 @@ TEST(Drawing, GlyphsTextAndRectanglesAreDrawnAtTheirPlaceAndClipped) {
   EXPECT_EQ(Ints(0, 11, 22),
             Ints(qvplay::TextWidth("", 1), qvplay::TextWidth("AB", 1), qvplay::TextWidth("AB", 2)));
   // 'T': a full top row and the middle column below it.
-  Frame f(20, 10);
+  qvplay::Frame f(20, 10);
   const std::uint32_t white = Rgb(255, 255, 255), black = Rgb(0, 0, 0);
   qvplay::DrawText(&f, 1, 2, "T", white);
   EXPECT_EQ(Ints(white, white, white, black, black),
