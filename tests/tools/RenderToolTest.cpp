@@ -222,9 +222,9 @@ TEST_F(TinySceneRender, BadScenesExitTwoWithFileLinePathAndReason) {
     ASSERT_TRUE(k != 1 || qvscene::WriteRgbPng(dir_ / "pal.png", rgb, &error)) << error;
     const RunResult r = Run(c.text, "-o " + dir_ / "out.gif --png-at 0 " + dir_ / "out.png");
     EXPECT_EQ(2, r.exitCode) << r.text;
-    const std::string where =
-        dir_ / "s.json:" + std::to_string(LineOfText(c.text, c.lineOf)) + ": ";
-    EXPECT_TRUE(Contains(r.text, "qvmovie-render: " + where + c.message)) << r.text;
+    const std::string line = std::to_string(LineOfText(c.text, c.lineOf));
+    EXPECT_TRUE(Contains(r.text, "qvmovie-render: " + dir_ / "s.json:" + line + ": " + c.message))
+        << r.text;
     EXPECT_FALSE(fs::exists(dir_ / "out.gif") || fs::exists(dir_ / "out.png"));
     EXPECT_FALSE(dir_.HasPartial());
   }

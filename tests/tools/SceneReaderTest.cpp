@@ -233,7 +233,7 @@ TEST_F(SceneReader, EachFailedAllocationIsReportedOrHarmless) {
   QvFailAllocation(0);
   Picture moment;
   ASSERT_TRUE(Load(text)->Render(3, &moment));
-  QvFailAllocation(0);
+  QvFailAllocation(0);  // counts the allocations of one load
   Load(text);
   const int attempts = QvAllocationCount();
   ASSERT_GT(attempts, 10);

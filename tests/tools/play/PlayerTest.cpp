@@ -476,8 +476,7 @@ TEST(PlayTool, BadScenesAndMomentsGiveTheRenderToolsMessageAndExitTwo) {
     const RunResult play = RunCommand(Play(scene), scratch);
     const RunResult render =
         RunCommand(Render(scene + " --png-at 0 " + scratch / "o.png"), scratch);
-    EXPECT_EQ(play.exitCode, 2);
-    EXPECT_EQ(render.exitCode, 2);
+    EXPECT_EQ(Ints(2, 2), Ints(play.exitCode, render.exitCode));
     EXPECT_TRUE(Contains(play.text, scene == bad ? "/members/1/transparent" : "none.json"))
         << play.text;
     // The same message after the program's name.
