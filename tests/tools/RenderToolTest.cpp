@@ -160,8 +160,7 @@ TEST_F(TinySceneRender, PngAtAndSheetWriteTheMomentsWithTheirPalettesScaled) {
                     dir_ / "t1.png --sheet " + dir_ / "sheet.png --sheet-times 0,1,3,5",
                 dir_);
   ASSERT_EQ(0, r.exitCode) << r.text;
-  png_image image;  // the sheet is RGB
-  std::memset(&image, 0, sizeof image);
+  png_image image{};  // the sheet is RGB
   image.version = PNG_IMAGE_VERSION;
   ASSERT_TRUE(png_image_begin_read_from_file(&image, (dir_ / "sheet.png").c_str()));
   image.format = PNG_FORMAT_RGB;
@@ -172,18 +171,15 @@ TEST_F(TinySceneRender, PngAtAndSheetWriteTheMomentsWithTheirPalettesScaled) {
   auto scene = qvscene::LoadScene(dir_ / "tiny.json");
   const int times[4] = {0, 1, 3, 5};
   for (int i = 0; i < 4; ++i) {
-    Picture m, enlarged;
+    Picture m;
     ASSERT_TRUE(scene->Render(times[i], &m));
-    enlarged = m;
-    enlarged.width = 24;
-    enlarged.height = 12;
+    Picture enlarged = MakePicture(24, 12, {});
+    std::memcpy(enlarged.palette, m.palette, sizeof m.palette);
     enlarged.pixels.clear();
     for (int k = 0; k < 24 * 12; ++k) {
       const int x = k % 24, y = k / 24;
       enlarged.pixels.push_back(m.At(x / 3, y / 3));
-      const std::size_t at =
-          (static_cast<std::size_t>(sheet.CellTop(i) + y) * image.width + sheet.CellLeft(i) + x) *
-          3;
+      const std::size_t at = 3 * ((sheet.CellTop(i) + y) * image.width + sheet.CellLeft(i) + x);
       ASSERT_EQ(0, std::memcmp(m.palette[m.At(x / 3, y / 3)], &rgb[at], 3))
           << "moment " << times[i];
     }
