@@ -1,18 +1,16 @@
 // Helpers shared by the tests of the command-line tools: temporary
-// directories, running a tool, decoding its GIF output, and writing small
-// scenes with their pictures.
+// directories, running a program, small indexed pictures, and the tiny scene
+// of 8 x 4 pixels whose every pixel and colour the tests know.
 #pragma once
 
-#include <gif_lib.h>
 #include <sys/wait.h>
 
 #include <algorithm>
-#include <cstdio>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <memory>
-#include <sstream>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -29,10 +27,7 @@ class TempDir {
  public:
   TempDir() {
     std::string pattern = (fs::temp_directory_path() / "qvtools-XXXXXX").string();
-    std::vector<char> buf(pattern.begin(), pattern.end());
-    buf.push_back(0);
-    const char* made = mkdtemp(buf.data());
-    path_ = made ? made : "";
+    if (mkdtemp(pattern.data())) path_ = pattern;
   }
   ~TempDir() {
     std::error_code ec;
@@ -40,99 +35,67 @@ class TempDir {
   }
   TempDir(const TempDir&) = delete;
   TempDir& operator=(const TempDir&) = delete;
-
   std::string operator/(const std::string& name) const { return path_ + "/" + name; }
   const std::string& Path() const { return path_; }
-  // Names of the files in the directory, sorted.
-  std::vector<std::string> Files() const {
-    std::vector<std::string> names;
-    for (const auto& e : fs::directory_iterator(path_))
-      names.push_back(e.path().filename().string());
-    std::sort(names.begin(), names.end());
-    return names;
+  // True when a temporary output (NAME.partial-PID) was left behind.
+  bool HasPartial() const {
+    for (const auto& e : fs::directory_iterator(path_)) {
+      if (e.path().filename().string().find(".partial") != std::string::npos) return true;
+    }
+    return false;
   }
 
  private:
   std::string path_;
 };
 
+using qvscene::Picture;
+
+inline bool Contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+// Several numbers as one value, so that a group of them is compared at once.
+template <class... T>
+std::vector<long long> Ints(T... v) {
+  return {static_cast<long long>(v)...};
+}
+
+inline std::string Slurp(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+// Runs a command line through the shell: its exit status and what it wrote
+// (both streams).
 struct RunResult {
   int exitCode = -1;
-  std::string out;
-  std::string err;
+  std::string text;
 };
-
-// Runs a command line through the shell, capturing both output streams.
 inline RunResult RunCommand(const std::string& command, const TempDir& scratch) {
-  const std::string out = scratch / ".stdout";
-  const std::string err = scratch / ".stderr";
-  const int status = std::system((command + " >" + out + " 2>" + err).c_str());
-  RunResult r;
-  r.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  auto slurp = [](const std::string& path) {
-    std::ifstream in(path);
-    std::stringstream s;
-    s << in.rdbuf();
-    return s.str();
-  };
-  r.out = slurp(out);
-  r.err = slurp(err);
+  const std::string out = scratch / ".output";
+  const int status = std::system((command + " >" + out + " 2>&1").c_str());
+  RunResult r{WIFEXITED(status) ? WEXITSTATUS(status) : -1, Slurp(out)};
   fs::remove(out);
-  fs::remove(err);
   return r;
 }
 
-inline RunResult RunRender(const std::string& args, const TempDir& scratch) {
-  return RunCommand(std::string(QV_RENDER_TOOL) + " " + args, scratch);
+// Moves the modification time of path seconds into the future (a new stamp
+// each time, however fast the test runs); 0 leaves it.
+inline void Restamp(const std::string& path, int seconds) {
+  if (seconds)
+    fs::last_write_time(path, fs::file_time_type::clock::now() + std::chrono::seconds(seconds));
 }
 
-inline void WriteText(const std::string& path, const std::string& text) {
-  std::ofstream out(path, std::ios::binary);
-  out << text;
+inline void WriteText(const std::string& path, const std::string& text, int seconds = 0) {
+  std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
+  Restamp(path, seconds);
 }
 
-struct GifCloser {
-  void operator()(GifFileType* g) const {
-    int error = 0;
-    DGifCloseFile(g, &error);
-  }
-};
-using GifPtr = std::unique_ptr<GifFileType, GifCloser>;
-
-// Reads a whole GIF; null when it cannot be read.
-inline GifPtr ReadGif(const std::string& path) {
-  int error = 0;
-  GifFileType* g = DGifOpenFileName(path.c_str(), &error);
-  if (!g) return nullptr;
-  GifPtr gif(g);
-  if (DGifSlurp(g) != GIF_OK) return nullptr;
-  return gif;
-}
-
-// Frame k of a decoded GIF as an indexed picture with its local palette.
-inline qvscene::Picture GifFrame(GifFileType* gif, int k) {
-  const SavedImage& image = gif->SavedImages[k];
-  qvscene::Picture p;
-  p.width = image.ImageDesc.Width;
-  p.height = image.ImageDesc.Height;
-  p.pixels.assign(image.RasterBits,
-                  image.RasterBits + static_cast<std::size_t>(p.width) * p.height);
-  const ColorMapObject* map = image.ImageDesc.ColorMap;
-  if (map) {
-    p.paletteCount = map->ColorCount;
-    for (int i = 0; i < map->ColorCount && i < 256; ++i) {
-      p.palette[i][0] = map->Colors[i].Red;
-      p.palette[i][1] = map->Colors[i].Green;
-      p.palette[i][2] = map->Colors[i].Blue;
-    }
-  }
-  return p;
-}
-
-// A picture whose palette entry i is (i, 255 - i, (i * 7) & 255) and whose
-// pixels are given row by row.
-inline qvscene::Picture MakePicture(int w, int h, const std::vector<int>& pixels) {
-  qvscene::Picture p;
+// A picture whose palette entry i is (i, 255 - i, 7i mod 256) and whose
+// pixels are given row by row (the rest 0).
+inline Picture MakePicture(int w, int h, const std::vector<int>& pixels) {
+  Picture p;
   p.width = w;
   p.height = h;
   for (int v : pixels) p.pixels.push_back(static_cast<unsigned char>(v));
@@ -146,9 +109,72 @@ inline qvscene::Picture MakePicture(int w, int h, const std::vector<int>& pixels
   return p;
 }
 
-inline void SavePicture(const std::string& path, const qvscene::Picture& p) {
+inline void SavePicture(const std::string& path, const Picture& p, int seconds = 0) {
   std::string error;
   if (!qvscene::WriteIndexedPng(path, p, &error)) throw std::runtime_error(error);
+  Restamp(path, seconds);
+}
+
+// pal.png: 8 x 4 as below; spr.png: 2 x 2 with the pixels 3 5 / 6 0.
+inline const Picture& TinyPicture() {
+  static const Picture p = MakePicture(8, 4, {1, 2, 3, 4, 5, 6, 7, 1,  //
+                                              4, 5, 6, 7, 4, 5, 6, 7,  //
+                                              8, 8, 9, 9, 4, 4, 5, 5,  //
+                                              7, 6, 5, 4, 3, 2, 1, 0});
+  return p;
+}
+
+inline void WriteTinyPictures(const TempDir& dir) {
+  SavePicture(dir / "pal.png", TinyPicture());
+  SavePicture(dir / "spr.png", MakePicture(2, 2, {3, 5, 6, 0}));
+}
+
+// The tiny scene, moments 0 to 5: one member showing pal.png whole, its
+// indices 4 to 7 cycling. One key a line, so that tests can find the line
+// of each.
+inline const char* TinySceneText() {
+  return R"({
+  "output": {
+    "width": 8,
+    "height": 4,
+    "to": 5,
+    "palette": "pal"},
+  "pictures": {
+    "pal": "pal.png",
+    "spr": "spr.png"},
+  "members": [
+    {"name": "m",
+      "picture": "pal",
+      "frames": [{
+        "rect": [0, 0, 8, 4],
+        "zoom": 1.0}],
+      "colors": [{
+        "kind": "cycle",
+        "area": [[4, 7]]}]}],
+  "layers": [{
+    "members": ["m"]}]
+}
+)";
+}
+
+// Line (from 1) of the first occurrence of marker in text, 0 when absent.
+inline int LineOfText(const std::string& text, const std::string& marker) {
+  const std::size_t at = text.find(marker);
+  if (at == std::string::npos) return 0;
+  return 1 + static_cast<int>(std::count(text.begin(), text.begin() + static_cast<long>(at), '\n'));
+}
+
+// text with the first occurrence of from replaced by to (which must occur).
+inline std::string Replace(std::string text, const std::string& from, const std::string& to) {
+  const std::size_t at = text.find(from);
+  if (at == std::string::npos) throw std::logic_error("not in the text: " + from);
+  return text.replace(at, from.size(), to);
+}
+
+// text (the tiny scene or one made from it) with members, JSON objects
+// separated by commas, created before m.
+inline std::string AddMembers(const std::string& text, const std::string& members) {
+  return Replace(text, "    {\"name\": \"m\",", "    " + members + ",\n    {\"name\": \"m\",");
 }
 
 }  // namespace tooltest
