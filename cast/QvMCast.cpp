@@ -88,12 +88,15 @@ void CopyCTable(tbColorTable* dst, const tbColorTable* src) {
 // walks its own entries, and empties its list afterwards). When the list
 // cannot take the member (no memory for its entry), the member keeps no
 // back-reference: the list would never clear it, and the member's later
-// removal would reach a list that may be gone.
+// removal would reach a list that may be gone. Neither is a member whose id
+// is negative entered: a call made for it from the list (an animation passing
+// a change on) would take the id as "make a new member" and never reach it,
+// so the member would keep a reference to a list that forgets it.
 void SetList(QvMCast* store, QvMCastInfo* info, int index, QvMCastList* list,
              QvMCastList* animList) {
   QvMCastList* old = info->lists[index];
   if (old && old != list && old != animList) old->Del(store, info->id);
-  info->lists[index] = (list && list->Reg(store, info->id)) ? list : nullptr;
+  info->lists[index] = (list && info->id >= 0 && list->Reg(store, info->id)) ? list : nullptr;
 }
 
 // Makes a private copy of a colour animation of the given kind; null when the

@@ -2,6 +2,8 @@
 // API fuzzer. Each test names what failed and the input that showed it.
 #include <gtest/gtest.h>
 
+#include <memory>
+
 #include "cast/QvMCastDft.h"
 #include "player/QvMCastList.h"
 #include "tests/reliability/Sweep.h"
@@ -54,6 +56,27 @@ TEST(Regression, RegDftWithoutListEntryKeepsNoBackReference) {
   QvMCastList list;
   QvMCastDft entries[2];
   FailListEntry([&](QvMCast& s) { s.RegDft(0, 1, entries, 2, 0, nullptr, &list); }, &list, 5);
+}
+
+// Found by the API fuzzer (input: New(-1), Lock(-1), RegAFrame(0, anim,
+// list anim), destroy anim, then the store): the member with id -1 was
+// entered in the animation's list, whose walk could not reach it (a negative
+// id makes a new member), so after the animation was gone the member's
+// removal called into freed memory in QvMCast::DelAFrame.
+TEST(Regression, MemberWithNegativeIdIsNotEnteredInAList) {
+  auto anim = std::make_unique<QvAFrame>();
+  ASSERT_EQ(anim->Reg(-1, 0, 0, 4, 4, 2, 2, 3), 0);
+  CastProbe store;
+  ASSERT_EQ(store.New(-1, nullptr), 1);
+  store.Lock(-1);
+  store.RegAFrame(0, anim.get(), 0, nullptr, anim.get());  // acts on the locked member
+  store.Unlock();
+  ASSERT_NE(store.AFrame(-1), nullptr);  // the member holds its copy
+  EXPECT_FALSE(ListHolds(anim.get(), &store, -1));
+  EXPECT_EQ(store.Find(-1)->lists[4], nullptr);
+  anim.reset();
+  EXPECT_EQ(store.DelAFrame(-1), 1);
+  EXPECT_EQ(store.Count(), 1);  // the animation's walk made no member
 }
 
 }  // namespace
