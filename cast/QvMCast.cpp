@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <memory>
 
 #include "acolor/QvAColor.h"
 #include "acolor/QvACycle.h"
@@ -474,19 +475,19 @@ QvMCastInfo* QvMCast::localRegTarget(std::int16_t* id, unsigned char* name) {
 
 std::int16_t QvMCast::RegAFrame(std::int16_t id, QvAFrame* anim, std::int32_t startTime,
                                 unsigned char* name, QvMCastList* list) {
+  // The copy is made before the member is chosen and its old copy destroyed:
+  // anim may be a member's own copy, and a member made for a negative id
+  // replaces any member that had that id.
+  std::unique_ptr<QvAFrame> copy;
+  if (anim) {
+    copy.reset(QvNew<QvAFrame>());
+    if (copy) anim->Dup(copy.get());
+  }
+  QvMCastList* animList = anim;
   QvMCastInfo* info = localRegTarget(&id, name);
   if (!info) return -1;
-  // The copy is made before the old one is destroyed, so that a member's own
-  // copy may be registered again.
-  QvAFrame* copy = nullptr;
-  if (anim) {
-    copy = QvNew<QvAFrame>();
-    if (copy) anim->Dup(copy);
-  }
-  // Taken before the old copy goes, since anim may be that copy.
-  QvMCastList* animList = anim;
   delete info->aFrame;
-  info->aFrame = copy;
+  info->aFrame = copy.release();
   if (info->aFrame && info->start == -1) {
     info->start = startTime;
     info->end = Sub32(Add32(startTime, info->aFrame->CountMFrame()), 1);
@@ -500,37 +501,45 @@ std::int16_t QvMCast::RegAFrame(std::int16_t id, QvAFrame* anim, std::int32_t st
 
 std::int16_t QvMCast::RegOrgCTable(std::int16_t id, tbColorTable* table, QvPal* pal,
                                    unsigned char* name) {
+  // The copies are made before the member is chosen and its old table and
+  // area destroyed: they may be a member's own, and a member made for a
+  // negative id replaces any member that had that id.
+  std::unique_ptr<tbColorTable> newTable;
+  bool failed = false;
+  if (table) {
+    newTable.reset(QvNew<tbColorTable>(static_cast<std::int16_t>(72)));
+    if (newTable) {
+      for (std::int16_t i = 0; i <= 255; ++i) newTable->SetCTTable(i, table->CTTable(i));
+    } else {
+      failed = true;
+    }
+  }
+  std::unique_ptr<QvPal> newPal;
+  if (pal && !failed) {
+    newPal.reset(QvNew<QvPal>());
+    if (newPal) {
+      newPal->GetFlags(pal);
+    } else {
+      failed = true;
+    }
+  }
   QvMCastInfo* info = localRegTarget(&id, nullptr);
   if (!info) return -1;
-  // The copies are made before the old table and area are destroyed, so that
-  // a member's own table may be registered again.
-  tbColorTable* newTable = nullptr;
-  if (table) {
-    newTable = QvNew<tbColorTable>(static_cast<std::int16_t>(72));
-    if (!newTable) {
-      DelOrgCTable(info);
-      return -1;
-    }
-    for (std::int16_t i = 0; i <= 255; ++i) newTable->SetCTTable(i, table->CTTable(i));
-  }
-  QvPal* newPal = nullptr;
-  if (pal) {
-    newPal = QvNew<QvPal>();
-    if (!newPal) {
-      DelOrgCTable(info);
-      info->orgCTable = newTable;
-      return -1;
-    }
-    newPal->GetFlags(pal);
+  if (failed) {
+    // The old table and area are gone; a table copied before the area
+    // failed stays.
+    DelOrgCTable(info);
+    info->orgCTable = newTable.release();
+    return -1;
   }
   delete info->orgCTable;
   delete info->orgPal;
-  info->orgCTable = newTable;
-  info->orgPal = newPal;
-  if (newPal) {
+  info->orgCTable = newTable.release();
+  info->orgPal = newPal.release();
+  if (info->orgPal) {
     info->fillIndex = 0;
     for (int i = 0; i <= 255; ++i) {
-      if (newPal->Flag(static_cast<unsigned char>(i)) == 0) {
+      if (info->orgPal->Flag(static_cast<unsigned char>(i)) == 0) {
         info->fillIndex = static_cast<std::int16_t>(i);
         break;
       }
@@ -559,12 +568,13 @@ void QvMCast::localNewOrgGWorld(QvMCastInfo* info) {
 std::int16_t QvMCast::RegDft(std::int16_t id, std::int16_t param, QvMCastDft* entries,
                              std::int16_t count, char flag, unsigned char* name,
                              QvMCastList* list) {
-  QvMCastInfo* info = localRegTarget(&id, name);
-  if (!info) return -1;
-  QvMCastDft* copy = nullptr;
+  // The copy is made before the member is chosen: the entries may be a
+  // member's own, and a member made for a negative id replaces any member
+  // that had that id. A count below 1 allocates nothing: the member then has
+  // no entries.
+  std::unique_ptr<QvMCastDft[]> copy;
   if (entries) {
-    // A count below 1 allocates nothing: the member then has no entries.
-    copy = QvNewArray<QvMCastDft>(count);
+    copy.reset(QvNewArray<QvMCastDft>(count));
     if (copy) {
       for (std::int16_t i = 0; i < count; ++i) {
         copy[i].pointA = entries[i].pointA;
@@ -574,9 +584,11 @@ std::int16_t QvMCast::RegDft(std::int16_t id, std::int16_t param, QvMCastDft* en
       }
     }
   }
+  QvMCastInfo* info = localRegTarget(&id, name);
+  if (!info) return -1;
   delete[] info->dft;
-  info->dft = copy;
-  info->dftLast = copy ? static_cast<std::int16_t>(count - 1) : 0;
+  info->dft = copy.release();
+  info->dftLast = info->dft ? static_cast<std::int16_t>(count - 1) : 0;
   info->dftParam = param;
   info->dftFlag = flag;
   localDeleteIcon(info);
@@ -771,13 +783,12 @@ char QvMCast::GetDft(QvMCastInfo* info, std::int16_t* param, QvMCastDft** entrie
 
 std::int16_t QvMCast::RegAnc(std::int16_t id, QvMCastAnc* anchors, std::int16_t count, char type,
                              unsigned char* name) {
-  QvMCastInfo* info = localRegTarget(&id, name);
-  if (!info) return -1;
-  // A count below 1 allocates nothing: the member then has no path, so that
-  // no folding or lookup ever works on an empty path.
-  QvMCastAnc* copy = nullptr;
+  // The copy is made before the member is chosen (the anchors may be a
+  // member's own). A count below 1 allocates nothing: the member then has no
+  // path, so that no folding or lookup ever works on an empty path.
+  std::unique_ptr<QvMCastAnc[]> copy;
   if (anchors) {
-    copy = QvNewArray<QvMCastAnc>(count);
+    copy.reset(QvNewArray<QvMCastAnc>(count));
     if (copy) {
       for (std::int16_t i = 0; i < count; ++i) {
         copy[i].point = anchors[i].point;
@@ -785,9 +796,11 @@ std::int16_t QvMCast::RegAnc(std::int16_t id, QvMCastAnc* anchors, std::int16_t 
       }
     }
   }
+  QvMCastInfo* info = localRegTarget(&id, name);
+  if (!info) return -1;
   delete[] info->anc;
-  info->anc = copy;
-  info->ancLast = copy ? static_cast<std::int16_t>(count - 1) : 0;
+  info->anc = copy.release();
+  info->ancLast = info->anc ? static_cast<std::int16_t>(count - 1) : 0;
   if (type != 0) info->ancType = static_cast<signed char>(type);
   info->ancSelStart = -1;
   info->ancSelEnd = -1;
@@ -1523,11 +1536,11 @@ std::int16_t QvMCast::RegAColor(std::int16_t id, QvAColor* anim, char kind, std:
     if (id < 0) return -1;
     return localSearch(id) ? id : -1;
   }
-  QvMCastInfo* info = localRegTarget(&id, name);
-  if (!info) return -1;
   const int k = kind;
-  // The copy is made before the old one is destroyed, so that a member's own
-  // copy may be registered again. An animation of another kind gives none.
+  // The copy is made before the member is chosen and its old copy destroyed:
+  // anim may be a member's own copy, and a member made for a negative id
+  // replaces any member that had that id. An animation of another kind gives
+  // none.
   QvAColor* copy = nullptr;
   if (anim) {
     switch (k) {
@@ -1545,10 +1558,12 @@ std::int16_t QvMCast::RegAColor(std::int16_t id, QvAColor* anim, char kind, std:
         break;
     }
   }
-  // Taken before the old copy goes, since anim may be that copy.
+  std::unique_ptr<QvAColor> owned(copy);
   QvMCastList* animList = anim ? dynamic_cast<QvMCastList*>(anim) : nullptr;
+  QvMCastInfo* info = localRegTarget(&id, name);
+  if (!info) return -1;
   delete info->aColor[k];
-  info->aColor[k] = copy;
+  info->aColor[k] = owned.release();
   if (copy && info->start == -1) {
     info->start = startTime;
     info->end = Sub32(Add32(startTime, copy->Count()), 1);

@@ -63,8 +63,8 @@ TEST_F(QvMCastAttach, AllocationFailures) {
   EXPECT_EQ((Vals{cast.Start(S(0)), ListSize(*anim, &cast, S(0))}), (Vals{-1, 1}));
   for (int k = 2; k <= 6; ++k)  // inside the animation's own copy: a partial copy, no leak
     EXPECT_EQ(FailAt(k, [&] { return cast.RegAFrame(S(0), anim.get(), 10, nullptr, nullptr); }), 0);
-  EXPECT_EQ(FailAt(1, [&] { return cast.RegAFrame(S(-1), anim.get(), 10, nullptr, anim.get()); }),
-            -1);
+  // A member that cannot be made: -1.
+  EXPECT_EQ(FailAt(1, [&] { return cast.RegAFrame(S(-1), nullptr, 10, nullptr, nullptr); }), -1);
 
   // The own table: -1 at once, what was removed stays removed.
   tbColorTable table = GreyTable();
@@ -76,7 +76,7 @@ TEST_F(QvMCastAttach, AllocationFailures) {
   EXPECT_EQ(NameOf(cast, S(0)), "kept");
   EXPECT_EQ(FailAt(2, [&] { return cast.RegOrgCTable(S(0), &table, &pal, nullptr); }), -1);
   EXPECT_TRUE(r->orgCTable != nullptr && r->orgPal == nullptr);
-  EXPECT_EQ(FailAt(1, [&] { return cast.RegOrgCTable(S(-1), &table, nullptr, Txt("x")); }), -1);
+  EXPECT_EQ(FailAt(1, [&] { return cast.RegOrgCTable(S(-1), nullptr, nullptr, Txt("x")); }), -1);
   EXPECT_EQ(cast.Count(), 1);
 }
 

@@ -79,7 +79,7 @@ TEST_F(QvMCastColor, FailedCopyLeavesTheKindEmpty) {
             (Vals{1, -1, 1}));
   for (int k = 2; k <= 6; ++k)
     EXPECT_EQ(FailAt(k, [&] { return cast.RegAColor(S(0), &fade, 3, 5, nullptr, &fade); }), 0);
-  EXPECT_EQ(FailAt(1, [&] { return cast.RegAColor(S(-1), &fade, 3, 5, nullptr, &fade); }), -1);
+  EXPECT_EQ(FailAt(1, [&] { return cast.RegAColor(S(-1), nullptr, 3, 5, nullptr, nullptr); }), -1);
 }
 
 TEST_F(QvMCastColor, ChangesReachTheCopies) {

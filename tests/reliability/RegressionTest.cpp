@@ -79,5 +79,40 @@ TEST(Regression, MemberWithNegativeIdIsNotEnteredInAList) {
   EXPECT_EQ(store.Count(), 1);  // the animation's walk made no member
 }
 
+// Found by the API fuzzer: a registration for a negative id makes its member
+// with the store's next id, which replaces a member that was given that id
+// explicitly; when the source was that member's own copy (or entries), it
+// was read after being freed. The copies are now made first.
+TEST(Regression, RegistrationFromTheMemberItsNewMemberReplaces) {
+  QvAFrame anim;
+  ASSERT_EQ(anim.Reg(-1, 0, 0, 4, 4, 2, 2, 3), 0);
+  QvAFade fade;
+  QvMCastDft entries[2];
+  entries[1].pointA = tbPoint(7, 8);
+  CastProbe store;
+  const std::int16_t zero = 0;
+  ASSERT_EQ(store.New(0, nullptr), 1);  // id 0 given explicitly: the next id is still 0
+  store.RegAFrame(0, &anim, 0, nullptr, nullptr);
+  store.RegAColor(0, &fade, 3, 0, nullptr, nullptr);
+  store.RegDft(0, 1, entries, 2, 0, nullptr, nullptr);
+
+  EXPECT_EQ(store.RegAFrame(-1, store.AFrame(zero), 0, nullptr, nullptr), 0);
+  ASSERT_NE(store.AFrame(zero), nullptr);
+  EXPECT_EQ(store.AFrame(zero)->CountMFrame(), 3);
+  store.New(0, nullptr);
+  store.RegAColor(0, &fade, 3, 0, nullptr, nullptr);
+  EXPECT_EQ(store.RegAColor(-1, store.AFade(zero), 3, 0, nullptr, nullptr), 0);
+  EXPECT_NE(store.AFade(zero), nullptr);
+  store.New(0, nullptr);
+  store.RegDft(0, 1, entries, 2, 0, nullptr, nullptr);
+  QvMCastDft* own = nullptr;
+  std::int16_t count = 0;
+  ASSERT_EQ(store.GetDft(zero, nullptr, &own, &count, nullptr), 1);
+  EXPECT_EQ(store.RegDft(-1, 1, own, count, 0, nullptr, nullptr), 0);
+  ASSERT_EQ(store.GetDft(zero, nullptr, &own, &count, nullptr), 1);
+  EXPECT_EQ(own[1].pointA, tbPoint(7, 8));
+  EXPECT_EQ(store.Count(), 1);
+}
+
 }  // namespace
 }  // namespace reliability
