@@ -62,6 +62,15 @@ class Bytes {
     if (b < 40) return static_cast<std::int16_t>(static_cast<int>(b & 7) - 4);
     return static_cast<std::int16_t>(b & 31);
   }
+  // A place or anchor of a frame: like Small, but the far values stay within
+  // a few thousand pixels, since the animation's area spans them and every
+  // member showing it makes a world of that area.
+  std::int16_t Coord() {
+    const std::uint8_t b = U8();
+    if (b < 6) return static_cast<std::int16_t>(static_cast<int>(U16() % 4097) - 2048);
+    if (b < 72) return static_cast<std::int16_t>(static_cast<int>(b & 31) - 16);
+    return static_cast<std::int16_t>(b & 31);
+  }
   // A cast id: mostly 0 to 5, sometimes negative (a new member) or far off.
   std::int16_t Id() {
     const std::uint8_t b = U8();
@@ -656,7 +665,7 @@ void FrameOp(World& w, Bytes& in, std::uint8_t op) {
   switch (op % 16) {
     case 0:
     case 1:
-      f->Reg(index, in.Small(), in.Small(), in.Size(), in.Size(), in.Small(), in.Small(),
+      f->Reg(index, in.Coord(), in.Coord(), in.Size(), in.Size(), in.Coord(), in.Coord(),
              in.Small());
       break;
     case 2:
@@ -665,16 +674,16 @@ void FrameOp(World& w, Bytes& in, std::uint8_t op) {
     case 3:
       switch (in.U8() % 9) {
         case 0:
-          f->Set(index, in.Small(), in.Small(), in.Size(), in.Size(), in.Small(), in.Small());
+          f->Set(index, in.Coord(), in.Coord(), in.Size(), in.Size(), in.Coord(), in.Coord());
           break;
         case 1:
-          f->SetPos(index, in.Small(), in.Small());
+          f->SetPos(index, in.Coord(), in.Coord());
           break;
         case 2:
           f->SetSize(index, in.Size(), in.Size());
           break;
         case 3:
-          f->SetAnchor(index, in.Small(), in.Small());
+          f->SetAnchor(index, in.Coord(), in.Coord());
           break;
         case 4:
           f->SetInterval(index, in.Small());
@@ -745,7 +754,7 @@ void FrameOp(World& w, Bytes& in, std::uint8_t op) {
           const std::size_t n = static_cast<std::size_t>(iw > 0 && ih > 0 ? iw * ih : 1);
           std::vector<unsigned char> image(n, in.U8()), mask(n);
           for (std::size_t i = 0; i < n; ++i) mask[i] = (i % 3) ? 255 : 0;
-          f->SetImage(index, image.data(), mask.data(), iw, ih, in.Small(), in.Small());
+          f->SetImage(index, image.data(), mask.data(), iw, ih, in.Coord(), in.Coord());
         }
       }
       break;

@@ -29,7 +29,7 @@ run() {
   echo "Fuzzing $name for ${seconds}s"
   local log="$build/findings/$name.log"
   if ! "$build/qvmovie_${name}_fuzzer" -max_total_time="$seconds" -max_len="$max_len" \
-      -timeout=20 -rss_limit_mb=2048 -print_final_stats=1 \
+      -timeout=60 -rss_limit_mb=2048 -print_final_stats=1 \
       -artifact_prefix="$build/findings/$name-" "$corpus" > "$log" 2>&1; then
     tail -n 80 "$log" >&2
     echo "Fuzzer $name found a fault; reproduce with:" \
