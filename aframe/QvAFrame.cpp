@@ -2,6 +2,7 @@
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
+#include <immintrin.h>
 #endif
 
 #include <algorithm>
@@ -9,6 +10,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 
 #include "cast/QvMCast.h"
@@ -807,8 +809,41 @@ namespace {
 // are tested at a time: a run that is wholly opaque is copied as one block,
 // a wholly transparent one is skipped, and a mixed one is blended so that
 // the target keeps its byte wherever the mask is 0.
-void CopyMaskedRow(const unsigned char* s, const unsigned char* m, unsigned char* d, int w) {
-  int i = 0;
+#if defined(__x86_64__) && defined(__GNUC__)
+#define QV_HAVE_AVX2_ROWS 1
+// The same row copy for processors with AVX2 (chosen once at run time): 64
+// mask bytes tested at a time, then 32.
+__attribute__((target("avx2"))) void CopyMaskedRowAvx2(const unsigned char* s,
+                                                       const unsigned char* m, unsigned char* d,
+                                                       long w) {
+  long i = 0;
+  const __m256i zero = _mm256_setzero_si256();
+  for (; i + 64 <= w; i += 64) {
+    const __m256i m0 = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(m + i));
+    const __m256i m1 = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(m + i + 32));
+    const __m256i low = _mm256_min_epu8(m0, m1);
+    if (_mm256_movemask_epi8(_mm256_cmpeq_epi8(low, zero)) != 0) break;
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + i),
+                        _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + i)));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + i + 32),
+                        _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + i + 32)));
+  }
+  for (; i + 32 <= w; i += 32) {
+    const __m256i mv = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(m + i));
+    const __m256i clear = _mm256_cmpeq_epi8(mv, zero);
+    const unsigned bits = static_cast<unsigned>(_mm256_movemask_epi8(clear));
+    if (bits == 0xFFFFFFFFu) continue;
+    const __m256i sv = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + i));
+    __m256i* dp = reinterpret_cast<__m256i*>(d + i);
+    _mm256_storeu_si256(dp, bits == 0 ? sv : _mm256_blendv_epi8(sv, _mm256_loadu_si256(dp), clear));
+  }
+  for (; i < w; ++i)
+    if (m[i] != 0) d[i] = s[i];
+}
+#endif
+
+void CopyMaskedRow(const unsigned char* s, const unsigned char* m, unsigned char* d, long w) {
+  long i = 0;
 #if defined(__SSE2__)
   const __m128i zero = _mm_setzero_si128();
   // Opaque stretches first, 64 pixels at a time: the smallest of the 64 mask
@@ -889,8 +924,23 @@ void QvAFrame::localDrawImage(unsigned char* image, unsigned char* mask, std::in
     }
     return;
   }
+#ifdef QV_HAVE_AVX2_ROWS
+  // QV_ROW_COPY=sse2 in the environment keeps to the baseline rows (so that
+  // both can be tested on one machine).
+  static const bool avx2 =
+      __builtin_cpu_supports("avx2") &&
+      !(std::getenv("QV_ROW_COPY") && std::strcmp(std::getenv("QV_ROW_COPY"), "sse2") == 0);
+  auto* copyRow = avx2 ? CopyMaskedRowAvx2 : CopyMaskedRow;
+#else
+  auto* copyRow = CopyMaskedRow;
+#endif
+  if (w == imageRowBytes && w == dstRowBytes) {
+    // Rows back to back in the image and in the target: one long row.
+    copyRow(s, m, d, static_cast<long>(w) * h);
+    return;
+  }
   for (int row = 0; row < h; ++row) {
-    CopyMaskedRow(s, m, d, w);
+    copyRow(s, m, d, w);
     s += imageRowBytes;
     m += imageRowBytes;
     d += dstRowBytes;

@@ -58,7 +58,7 @@ void ReferenceDraw(QvAFrame& anim, unsigned char* dst, int dstRowBytes, int dstW
 
 TEST(QvAFrameFastPath, MaskedCopiesMatchPixelByPixelRendering) {
   std::mt19937 rng(20261123);
-  for (int round = 0; round < 400; ++round) {
+  for (int round = 0; round < 600; ++round) {
     const int w = 1 + static_cast<int>(rng() % 150);
     const int h = 1 + static_cast<int>(rng() % 40);
     std::vector<unsigned char> image(static_cast<std::size_t>(w * h)), mask(image.size());
@@ -75,8 +75,12 @@ TEST(QvAFrameFastPath, MaskedCopiesMatchPixelByPixelRendering) {
     const int ox = -static_cast<int>(rng() % (w + 1)), oy = -static_cast<int>(rng() % (h + 1));
     ASSERT_EQ(anim.SetImage(0, image.data(), mask.data(), S16(w), S16(h), S16(ox), S16(oy)), 1);
 
-    const int dw = 1 + static_cast<int>(rng() % 200), dh = 1 + static_cast<int>(rng() % 60);
-    const int rowBytes = dw + static_cast<int>(rng() % 5);
+    // Now and then target rows exactly as wide as the image rows, with the
+    // image at the left edge: rows back to back on both sides.
+    const bool flush = rng() % 4 == 0;
+    const int dw = flush ? w : 1 + static_cast<int>(rng() % 200);
+    const int dh = 1 + static_cast<int>(rng() % 60);
+    const int rowBytes = flush ? dw : dw + static_cast<int>(rng() % 5);
     std::vector<unsigned char> got(static_cast<std::size_t>(rowBytes * dh));
     for (auto& b : got) b = static_cast<unsigned char>(rng());
     std::vector<unsigned char> want = got;
@@ -84,7 +88,7 @@ TEST(QvAFrameFastPath, MaskedCopiesMatchPixelByPixelRendering) {
     QvPal pal;
     const bool withPal = rng() % 3 == 0;
     for (int c = 0; c < 256; ++c) pal.SetFlag(static_cast<unsigned char>(c), rng() % 2 ? 1 : 0);
-    const int x = static_cast<int>(rng() % (dw + 2 * w)) - w;
+    const int x = flush ? -ox : static_cast<int>(rng() % (dw + 2 * w)) - w;
     const int y = static_cast<int>(rng() % (dh + 2 * h)) - h;
     const int fill = rng() % 4 == 0 ? static_cast<int>(rng() % 256) : -1;
     const int wrap = static_cast<int>(rng() % 8);
