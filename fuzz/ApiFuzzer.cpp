@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <type_traits>
 #include <vector>
 
 #include "acolor/QvACycle.h"
@@ -197,6 +198,20 @@ struct World {
         return switcher.get();
       default:
         return fade.get();
+    }
+  }
+  // Calls f with the colour animation of the kind as its own class.
+  template <class F>
+  void WithKind(int kind, F f) {
+    switch (kind) {
+      case 0:
+        return f(*cycle);
+      case 1:
+        return f(*flash);
+      case 2:
+        return f(*switcher);
+      default:
+        return f(*fade);
     }
   }
   QvMCastList* ColourList(int kind) {
@@ -960,61 +975,17 @@ void ColourOp(World& w, Bytes& in, std::uint8_t op) {
     }
     case 5:
       // A copy into a fresh animation and into the host's own.
-      switch (kind) {
-        case 0: {
-          QvACycle other;
-          w.cycle->Dup(&other);
-          if (in.Bit()) other.Dup(w.cycle.get());
-          break;
-        }
-        case 1: {
-          QvAFlash other;
-          w.flash->Dup(&other);
-          if (in.Bit()) other.Dup(w.flash.get());
-          break;
-        }
-        case 2: {
-          QvASwitch other;
-          w.switcher->Dup(&other);
-          if (in.Bit()) other.Dup(w.switcher.get());
-          break;
-        }
-        default: {
-          QvAFade other;
-          w.fade->Dup(&other);
-          if (in.Bit()) other.Dup(w.fade.get());
-        }
-      }
+      w.WithKind(kind, [&](auto& anim) {
+        std::remove_reference_t<decltype(anim)> other;
+        anim.Dup(&other);
+        if (in.Bit()) other.Dup(&anim);
+      });
       break;
     case 6:
-      switch (kind) {
-        case 0:
-          w.cycle->UpdateMCast();
-          break;
-        case 1:
-          w.flash->UpdateMCast();
-          break;
-        case 2:
-          w.switcher->UpdateMCast();
-          break;
-        default:
-          w.fade->UpdateMCast();
-      }
+      w.WithKind(kind, [](auto& anim) { anim.UpdateMCast(); });
       break;
     case 7:
-      switch (kind) {
-        case 0:
-          w.cycle->DelFromMCast();
-          break;
-        case 1:
-          w.flash->DelFromMCast();
-          break;
-        case 2:
-          w.switcher->DelFromMCast();
-          break;
-        default:
-          w.fade->DelFromMCast();
-      }
+      w.WithKind(kind, [](auto& anim) { anim.DelFromMCast(); });
       break;
     case 8:
       a->SetMode(static_cast<char>(in.U8() % 4));
