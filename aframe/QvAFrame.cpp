@@ -48,7 +48,7 @@ inline std::int32_t Trunc(double d) {
 inline unsigned char* NewBuffer(std::int16_t width, std::int16_t height) {
   if (width < 1 || height < 1) return nullptr;
   return static_cast<unsigned char*>(
-      GlobalAlloc(0, static_cast<std::size_t>(width) * static_cast<std::size_t>(height)));
+      qv::GlobalAlloc(0, static_cast<std::size_t>(width) * static_cast<std::size_t>(height)));
 }
 
 }  // namespace
@@ -164,14 +164,14 @@ void QvAFrame::localResetRange() {
 
 void QvAFrame::localDeleteIcon(QvAFrameInfo* info) {
   if (info && info->icon) {
-    GlobalFree(info->icon);
+    qv::GlobalFree(info->icon);
     info->icon = nullptr;
   }
 }
 
 void QvAFrame::localDeleteOrgImage(QvAFrameInfo* info) {
   if (info->orgImage) {
-    GlobalFree(info->orgImage);
+    qv::GlobalFree(info->orgImage);
     info->orgImage = nullptr;
   }
   info->orgWidth = 0;
@@ -180,11 +180,11 @@ void QvAFrame::localDeleteOrgImage(QvAFrameInfo* info) {
 
 void QvAFrame::localDeleteImage(QvAFrameInfo* info) {
   if (info->image) {
-    GlobalFree(info->image);
+    qv::GlobalFree(info->image);
     info->image = nullptr;
   }
   if (info->mask) {
-    GlobalFree(info->mask);
+    qv::GlobalFree(info->mask);
     info->mask = nullptr;
   }
 }
@@ -598,7 +598,7 @@ char QvAFrame::SetImage(std::int16_t index, unsigned char* src, std::int16_t src
   if (!image) return 0;
   unsigned char* mask = NewBuffer(imageWidth, imageHeight);
   if (!mask) {
-    GlobalFree(image);
+    qv::GlobalFree(image);
     return 0;
   }
   f->image = image;
@@ -665,7 +665,7 @@ char QvAFrame::SetImage(std::int16_t index, unsigned char* image, unsigned char*
   if (!newImage) return 0;
   unsigned char* newMask = NewBuffer(imageWidth, imageHeight);
   if (!newMask) {
-    GlobalFree(newImage);
+    qv::GlobalFree(newImage);
     return 0;
   }
   const std::size_t bytes =
@@ -953,7 +953,7 @@ void QvAFrame::localDrawImage(unsigned char* dst, std::int16_t dstRowBytes, std:
                               std::int16_t scrollY, tbRect* frameRect) {
   QvAFrameInfo* f = curFrame;
   if (!f || !f->image || !f->mask || !dst) {
-    if (frameRect) SetRect(frameRect, 0, 0, 0, 0);
+    if (frameRect) qv::SetRect(frameRect, 0, 0, 0, 0);
     return;
   }
   const std::int16_t iw = f->imageWidth, ih = f->imageHeight;
@@ -961,7 +961,7 @@ void QvAFrame::localDrawImage(unsigned char* dst, std::int16_t dstRowBytes, std:
   const std::int16_t top = Add16(y, f->imageOffsetY);
   const std::int16_t right = Add16(left, iw);
   const std::int16_t bottom = Add16(top, ih);
-  if (frameRect) SetRect(frameRect, left, top, right, bottom);
+  if (frameRect) qv::SetRect(frameRect, left, top, right, bottom);
 
   // The target is dstHeight rows of dstWidth pixels, rows dstRowBytes apart;
   // a description that cannot be right (negative sizes, rows shorter than
@@ -1025,7 +1025,7 @@ char QvAFrame::localDrawPicture(tbGWorld* world, std::int16_t x, std::int16_t y,
   }
   region.OffsetRegion(destX, destY);
   tbRect target(destX, destY, Add16(destX, w), Add16(destY, h));
-  tb.CopyBits(pm, destPixMap, &world->bounds, &target, 0x00CC0020, &region);
+  qv::tb.CopyBits(pm, destPixMap, &world->bounds, &target, 0x00CC0020, &region);
   region.Dispose();
   return 1;
 }

@@ -47,9 +47,9 @@ struct World {
   explicit World(std::int16_t w, std::int16_t h) {
     tbRect bounds(0, 0, w, h);
     tbColorTable table(72);
-    tb.NewGWorld(&world, 8, &bounds, &table);
+    qv::tb.NewGWorld(&world, 8, &bounds, &table);
   }
-  ~World() { tb.DisposeGWorld(world); }
+  ~World() { qv::tb.DisposeGWorld(world); }
   World(const World&) = delete;
   World& operator=(const World&) = delete;
   tbGWorld* world = nullptr;

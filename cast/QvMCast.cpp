@@ -192,7 +192,7 @@ std::int16_t QvMCast::New(unsigned char* name) {
 }
 
 void QvMCast::localNew(QvMCastInfo* info, unsigned char* name) {
-  info->name = name ? tb.NewString(name) : nullptr;
+  info->name = name ? qv::tb.NewString(name) : nullptr;
   info->actFlag = 0;
   info->showFlag = 0;
   for (QvAColor*& a : info->aColor) a = nullptr;
@@ -245,7 +245,7 @@ void QvMCast::localEmpty(QvMCastInfo* info) {
   DelAnc(info);
   DelScroll(info, 0);
   if (info->orgGWorld) {
-    tb.DisposeGWorld(info->orgGWorld);
+    qv::tb.DisposeGWorld(info->orgGWorld);
     info->orgGWorld = nullptr;
   }
   QvFreeString(info->name);
@@ -308,7 +308,7 @@ char QvMCast::SetName(std::int16_t id, unsigned char* name) {
 void QvMCast::SetName(QvMCastInfo* info, unsigned char* name) {
   // The new handle is made before the old one is freed, so that a name may be
   // set from the member's own name text.
-  unsigned char** handle = name ? tb.NewString(name) : nullptr;
+  unsigned char** handle = name ? qv::tb.NewString(name) : nullptr;
   QvFreeString(info->name);
   info->name = handle;
 }
@@ -319,7 +319,7 @@ char QvMCast::GetName(std::int16_t id, unsigned char*** out) {
   QvMCastInfo* info = localSearch(id);
   if (!info) return 0;
   if (info->name) {
-    *out = tb.NewString(*info->name);
+    *out = qv::tb.NewString(*info->name);
     // A name that cannot be copied is reported as a failure.
     if (!*out) return 0;
   }
@@ -557,12 +557,12 @@ void QvMCast::localNewOrgGWorld(QvMCastInfo* info) {
   // An animation without frames has no area: the world made earlier stays.
   if (!info->aFrame->GetArea(&w, &h, &x, &y)) return;
   tbRect bounds;
-  SetRect(&bounds, 0, 0, w, h);
+  qv::SetRect(&bounds, 0, 0, w, h);
   if (info->orgGWorld) {
-    tb.DisposeGWorld(info->orgGWorld);
+    qv::tb.DisposeGWorld(info->orgGWorld);
     info->orgGWorld = nullptr;
   }
-  tb.NewGWorld(&info->orgGWorld, 8, &bounds, info->orgCTable);
+  qv::tb.NewGWorld(&info->orgGWorld, 8, &bounds, info->orgCTable);
 }
 
 std::int16_t QvMCast::RegDft(std::int16_t id, std::int16_t param, QvMCastDft* entries,
@@ -1273,12 +1273,12 @@ char QvMCast::DrawPicture(std::int16_t id, std::int32_t time, tbPixMap* dst, tbR
     tbColorTable* ct = CTable(id, t);
     if (!ct) return 0;
     if (info->orgGWorld) {
-      tb.DisposeGWorld(info->orgGWorld);
+      qv::tb.DisposeGWorld(info->orgGWorld);
       info->orgGWorld = nullptr;
     }
     tbRect bounds;
-    SetRect(&bounds, 0, 0, w, h);
-    if (!tb.NewGWorld(&info->orgGWorld, 8, &bounds, ct)) return 0;
+    qv::SetRect(&bounds, 0, 0, w, h);
+    if (!qv::tb.NewGWorld(&info->orgGWorld, 8, &bounds, ct)) return 0;
   } else if (!info->orgGWorld) {
     return 0;
   }
@@ -1353,17 +1353,17 @@ char QvMCast::GetAFrameArea(std::int16_t id, std::int32_t time, tbRect* area, ch
     case 0:
       l = Sum16(px, ox);
       t = Sum16(py, oy);
-      SetRect(result, l, t, Sum16(l, w), Sum16(t, h));
+      qv::SetRect(result, l, t, Sum16(l, w), Sum16(t, h));
       break;
     case 1:
       l = Sum16(px, ox);
       t = Sum16(py, Sum16(oy, oy));
-      SetRect(result, l, t, Sum16(l, w), Sum16(t, Sum16(h, h)));
+      qv::SetRect(result, l, t, Sum16(l, w), Sum16(t, Sum16(h, h)));
       break;
     case 2:
       l = Sum16(px, Sum16(ox, ox));
       t = Sum16(py, oy);
-      SetRect(result, l, t, Sum16(l, Sum16(w, w)), Sum16(t, h));
+      qv::SetRect(result, l, t, Sum16(l, Sum16(w, w)), Sum16(t, h));
       break;
     default:
       break;

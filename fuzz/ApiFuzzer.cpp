@@ -850,7 +850,7 @@ void FrameOp(World& w, Bytes& in, std::uint8_t op) {
       // Into an off-screen world, then masked into the pixel map.
       tbGWorld* world = nullptr;
       tbRect bounds(0, 0, 1 + in.U8() % 40, 1 + in.U8() % 30);
-      if (!tb.NewGWorld(&world, 8, &bounds, &w.table)) break;
+      if (!qv::tb.NewGWorld(&world, 8, &bounds, &w.table)) break;
       QvPal* pal = w.Pal(in);
       const std::int16_t fill = static_cast<std::int16_t>(static_cast<int>(in.U8()) - 1);
       const char wrap = static_cast<char>(in.U8() % 5);
@@ -861,7 +861,7 @@ void FrameOp(World& w, Bytes& in, std::uint8_t op) {
       } else {
         f->DrawMPicture(in.Small(), world, x, y, pal, fill, wrap, sx, sy, &w.map, dx, dy);
       }
-      tb.DisposeGWorld(world);
+      qv::tb.DisposeGWorld(world);
       break;
     }
     case 13: {

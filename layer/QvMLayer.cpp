@@ -431,7 +431,7 @@ void QvMLayer::DrawPicture(std::int32_t time, tbPixMap* pixMap, tbRect* rect) {
 char QvMLayer::NewComment(std::uint16_t size) {
   DelComment();
   if (size == 0) return 1;
-  void* block = GlobalAlloc(0, size);
+  void* block = qv::GlobalAlloc(0, size);
   if (block == nullptr) return 0;
   comment = static_cast<unsigned char*>(block);
   commentSize = size;
@@ -446,7 +446,7 @@ char QvMLayer::SetComment(unsigned char* data, std::uint16_t size) {
 
 void QvMLayer::DelComment() {
   if (comment == nullptr) return;
-  GlobalFree(comment);
+  qv::GlobalFree(comment);
   comment = nullptr;
   commentSize = 0;
 }

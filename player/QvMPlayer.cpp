@@ -42,7 +42,7 @@ QvMPlayer::~QvMPlayer() = default;
 
 std::int32_t QvMPlayer::nowTick() {
   static const double factor = TickFactor();
-  const std::uint64_t ms = GetTickCount();
+  const std::uint64_t ms = qv::GetTickCount();
   // The product is below 2^28, so the truncation always fits.
   const std::uint64_t ticks = static_cast<std::uint64_t>(static_cast<double>(ms) * factor);
   return S32(static_cast<std::uint32_t>(ticks));

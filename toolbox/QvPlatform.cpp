@@ -21,13 +21,9 @@ int allocationCount = 0;  // attempts since the last QvFailAllocation
 
 }  // namespace
 
-std::uint32_t GetTickCount() { return tickSource ? tickSource() : SystemTicks(); }
+namespace qv {
 
-QvTickSource QvSetTickSource(QvTickSource source) {
-  QvTickSource previous = tickSource;
-  tickSource = source;
-  return previous;
-}
+std::uint32_t GetTickCount() { return tickSource ? tickSource() : SystemTicks(); }
 
 void* GlobalAlloc(unsigned int /*flags*/, std::size_t bytes) {
   if (bytes == 0) return nullptr;
@@ -48,6 +44,14 @@ void SetRect(tbRect* rect, std::int32_t left, std::int32_t top, std::int32_t rig
   rect->top = top;
   rect->right = right;
   rect->bottom = bottom;
+}
+
+}  // namespace qv
+
+QvTickSource QvSetTickSource(QvTickSource source) {
+  QvTickSource previous = tickSource;
+  tickSource = source;
+  return previous;
 }
 
 void QvFailAllocation(int k) {

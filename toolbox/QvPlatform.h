@@ -12,7 +12,11 @@ class tbRect;
 
 // The millisecond count of the system, wrapping at 2^32.
 using QvTickSource = std::uint32_t (*)();
+
+namespace qv {
 std::uint32_t GetTickCount();
+}  // namespace qv
+
 // Installs a replacement millisecond source and returns the previous one
 // (null when the system clock was in use); a null source restores the
 // system clock.
@@ -22,11 +26,13 @@ QvTickSource QvSetTickSource(QvTickSource source);
 // blocks are always fixed memory, handed out zeroed. GlobalAlloc gives null on
 // failure (also for a size of 0, which is not counted as an attempt);
 // GlobalFree accepts null and gives null, like its namesake.
+namespace qv {
 void* GlobalAlloc(unsigned int flags, std::size_t bytes);
 void* GlobalFree(void* block);
 
 void SetRect(tbRect* rect, std::int32_t left, std::int32_t top, std::int32_t right,
              std::int32_t bottom);
+}  // namespace qv
 
 // Fault injection. QvFailAllocation(k) makes the k-th allocation attempt
 // counted from this call fail (k >= 1); 0 switches failing off. Every

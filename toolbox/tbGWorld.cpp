@@ -4,6 +4,6 @@
 
 // The world owns its pixel buffer.
 tbGWorld::~tbGWorld() {
-  GlobalFree(pixMap.base);
+  qv::GlobalFree(pixMap.base);
   pixMap.base = nullptr;
 }

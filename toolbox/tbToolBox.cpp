@@ -12,7 +12,9 @@
 #include "toolbox/tbRect.h"
 #include "toolbox/tbRegion.h"
 
+namespace qv {
 tbToolBox tb;
+}  // namespace qv
 
 namespace {
 
@@ -42,7 +44,7 @@ std::int16_t tbToolBox::NewGWorld(tbGWorld** world, std::int16_t depth, tbRect* 
   if (QvAllocationFails()) return 0;
   tbGWorld* made = new (std::nothrow) tbGWorld;
   if (!made) return 0;
-  void* pixels = GlobalAlloc(0, static_cast<std::size_t>(w) * static_cast<std::size_t>(h));
+  void* pixels = qv::GlobalAlloc(0, static_cast<std::size_t>(w) * static_cast<std::size_t>(h));
   if (!pixels) {
     delete made;
     return 0;
@@ -159,7 +161,7 @@ unsigned char** tbToolBox::NewString(unsigned char* text) {
   const std::size_t len = std::strlen(reinterpret_cast<const char*>(text));
   unsigned char** handle = QvNew<unsigned char*>();
   if (!handle) return nullptr;
-  void* block = GlobalAlloc(0, len + 1);
+  void* block = qv::GlobalAlloc(0, len + 1);
   if (!block) {
     delete handle;
     return nullptr;
@@ -171,6 +173,6 @@ unsigned char** tbToolBox::NewString(unsigned char* text) {
 
 void QvFreeString(unsigned char** handle) {
   if (!handle) return;
-  GlobalFree(*handle);
+  qv::GlobalFree(*handle);
   delete handle;
 }

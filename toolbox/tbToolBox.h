@@ -40,4 +40,7 @@ class tbToolBox {
 // allowed.
 void QvFreeString(unsigned char** handle);
 
+namespace qv {
+/// The library's one toolbox object.
 extern tbToolBox tb;
+}  // namespace qv

@@ -677,10 +677,10 @@ class AFramePictureTest : public AFrameDrawTest {
   void SetUp() override {
     AFrameDrawTest::SetUp();
     tbRect bounds(0, 0, 8, 6);
-    ASSERT_NE(tb.NewGWorld(&world, 8, &bounds, nullptr), 0);
+    ASSERT_NE(qv::tb.NewGWorld(&world, 8, &bounds, nullptr), 0);
   }
   void TearDown() override {
-    tb.DisposeGWorld(world);
+    qv::tb.DisposeGWorld(world);
     AFrameDrawTest::TearDown();
   }
   // Every destination pixel: `inside` gives the ones in (x0, y0) - (x1, y1).

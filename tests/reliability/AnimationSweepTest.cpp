@@ -262,7 +262,7 @@ TEST(AFrameSweep, CopiesAndDrawing) {
       SweepOp(name + (withPal ? " with a palette area" : ""), kFromImages, [=](Trial& t, Movie& m) {
         tbGWorld* world = nullptr;
         tbRect bounds(0, 0, 20, 16);
-        ASSERT_EQ(tb.NewGWorld(&world, 8, &bounds, &m.table), 1);
+        ASSERT_EQ(qv::tb.NewGWorld(&world, 8, &bounds, &m.table), 1);
         Canvas c(48, 32);
         QvPal* pal = withPal ? &m.pal : nullptr;
         t.Ok([&] {
@@ -270,7 +270,7 @@ TEST(AFrameSweep, CopiesAndDrawing) {
                         : m.frame->DrawAPicture(1, world, 10, 8, pal, withPal ? 3 : -1, 3, 2, 1,
                                                 &c.map, 4, 4);
         });
-        tb.DisposeGWorld(world);
+        qv::tb.DisposeGWorld(world);
       });
     }
   }

@@ -46,13 +46,13 @@ TEST(ToolboxSweep, Services) {
     tbGWorld* world = reinterpret_cast<tbGWorld*>(&t);
     tbRect bounds(0, 0, 17, 9);
     tbColorTable table(static_cast<std::int16_t>(72));
-    const bool ok = t.Ok([&] { return tb.NewGWorld(&world, 8, &bounds, &table); });
+    const bool ok = t.Ok([&] { return qv::tb.NewGWorld(&world, 8, &bounds, &table); });
     ASSERT_EQ(world != nullptr, ok);
     EXPECT_TRUE(!ok || world->PortPixMap()->Width() == 17);
-    tb.DisposeGWorld(world);
+    qv::tb.DisposeGWorld(world);
   });
   Sweep("tbToolBox::NewString", [](Trial& t) {
-    unsigned char** h = t([&] { return tb.NewString(Text("a member name")); });
+    unsigned char** h = t([&] { return qv::tb.NewString(Text("a member name")); });
     EXPECT_EQ(h == nullptr, t.faulted);
     EXPECT_STREQ(h ? reinterpret_cast<const char*>(*h) : "", h ? "a member name" : "");
     QvFreeString(h);

@@ -63,7 +63,7 @@ void CheckCopy(Buffer& src, Buffer& dst, tbRect s, tbRect d, tbRegion* rgn) {
   Buffer before = src;
   before.map = tbPixMap(before.px.data(), static_cast<std::int16_t>(src.row), src.map.Bounds());
   const std::vector<unsigned char> want = Expected(before, dst, s, d, rgn);
-  tb.CopyBits(&src.map, &dst.map, &s, &d, kSrcCopy, rgn);
+  qv::tb.CopyBits(&src.map, &dst.map, &s, &d, kSrcCopy, rgn);
   EXPECT_EQ(dst.px, want);
 }
 
@@ -119,10 +119,10 @@ TEST(CopyBitsTest, ClipsAtEveryEdgeAndCopiesOnlyInSrcCopyMode) {
   Buffer one(4, 4, 1), two(4, 4, 2);
   tbRect s(0, 0, 4, 4), d(s);
   tbRegion never;
-  tb.CopyBits(&one.map, &two.map, &s, &d, 0x00EE0086, nullptr);
-  tb.CopyBits(&one.map, &two.map, &s, &d, kSrcCopy, &never);
-  tb.CopyBits(nullptr, &two.map, &s, &d, kSrcCopy, nullptr);
-  tb.CopyBits(&one.map, &two.map, nullptr, &d, kSrcCopy, nullptr);
+  qv::tb.CopyBits(&one.map, &two.map, &s, &d, 0x00EE0086, nullptr);
+  qv::tb.CopyBits(&one.map, &two.map, &s, &d, kSrcCopy, &never);
+  qv::tb.CopyBits(nullptr, &two.map, &s, &d, kSrcCopy, nullptr);
+  qv::tb.CopyBits(&one.map, &two.map, nullptr, &d, kSrcCopy, nullptr);
   EXPECT_EQ(two.px, std::vector<unsigned char>(two.px.size(), 2));
 }
 
@@ -153,7 +153,7 @@ TEST(CopyBitsTest, NewGWorld) {
   table.SetCTTable(7, &c);
   tbRect bounds(0, 0, 5, 3);
   tbGWorld* w = nullptr;
-  ASSERT_EQ(tb.NewGWorld(&w, 8, &bounds, &table), 1);
+  ASSERT_EQ(qv::tb.NewGWorld(&w, 8, &bounds, &table), 1);
   ASSERT_NE(w, nullptr);
   tbPixMap* pm = w->PortPixMap();
   EXPECT_TRUE(w->bounds == bounds && pm->Bounds() == bounds && *w->CTable() == table);
@@ -161,19 +161,19 @@ TEST(CopyBitsTest, NewGWorld) {
             Ints({5, 15}));
   pm->TopAddr()[14] = 3;  // (4, 2); outside pixels read 0
   EXPECT_EQ(Ints({pm->Pixel(4, 2), pm->Pixel(5, 2), pm->Pixel(-1, 0)}), Ints({3, 0, 0}));
-  tb.DisposeGWorld(w);
-  tb.DisposeGWorld(nullptr);
-  ASSERT_EQ(tb.NewGWorld(&w, 8, &bounds, nullptr), 1);
+  qv::tb.DisposeGWorld(w);
+  qv::tb.DisposeGWorld(nullptr);
+  ASSERT_EQ(qv::tb.NewGWorld(&w, 8, &bounds, nullptr), 1);
   EXPECT_EQ(*w->CTable(), tbColorTable());
-  tb.DisposeGWorld(w);
+  qv::tb.DisposeGWorld(w);
   // Bad requests and failed allocations (the world, then its pixels) give no world.
   NoFailures guard;
   tbRect ok(0, 0, 4, 4);
-  EXPECT_EQ(tb.NewGWorld(&w, 8, nullptr, nullptr) + tb.NewGWorld(nullptr, 8, &ok, nullptr), 0);
+  EXPECT_EQ(qv::tb.NewGWorld(&w, 8, nullptr, nullptr) + qv::tb.NewGWorld(nullptr, 8, &ok, nullptr), 0);
   auto none = [&](short depth, tbRect b, int fail) {
     QvFailAllocation(fail);
     w = reinterpret_cast<tbGWorld*>(&ok);  // must be overwritten with null
-    return tb.NewGWorld(&w, depth, &b, nullptr) == 0 && w == nullptr &&
+    return qv::tb.NewGWorld(&w, depth, &b, nullptr) == 0 && w == nullptr &&
            (!fail || QvAllocationCount() == fail);
   };
   EXPECT_TRUE(none(16, ok, 0) && none(8, ok, 1) && none(8, ok, 2));

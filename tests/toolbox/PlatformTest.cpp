@@ -28,11 +28,11 @@ struct NoFailures {
 TEST(PlatformTest, TickSourcesInstallRestoreAndWrap) {
   EXPECT_EQ(QvSetTickSource(&FakeTicks), nullptr);  // the system clock was active
   fakeNow = 0xFFFFFFF0u;
-  const std::uint32_t start = GetTickCount();
+  const std::uint32_t start = qv::GetTickCount();
   fakeNow += 0x20u;  // wraps to 0x10; the difference survives
-  EXPECT_EQ((U{GetTickCount(), GetTickCount() - start}), (U{0x10u, 0x20u}));
+  EXPECT_EQ((U{qv::GetTickCount(), qv::GetTickCount() - start}), (U{0x10u, 0x20u}));
   EXPECT_EQ(QvSetTickSource(&OtherTicks), &FakeTicks);
-  EXPECT_EQ(GetTickCount(), 7u);
+  EXPECT_EQ(qv::GetTickCount(), 7u);
   EXPECT_EQ(QvSetTickSource(nullptr), &OtherTicks);
   EXPECT_EQ(QvSetTickSource(nullptr), nullptr);
 }
@@ -41,19 +41,19 @@ TEST(PlatformTest, AllocationsAreCountedAndOnlyTheKthFails) {
   NoFailures guard;
   QvFailAllocation(0);
   // A size of 0 is no attempt; blocks come zeroed.
-  EXPECT_TRUE(!GlobalAlloc(0, 0) && !QvNewArray<int>(0) && QvAllocationCount() == 0);
-  auto* p = static_cast<unsigned char*>(GlobalAlloc(0, 64));
+  EXPECT_TRUE(!qv::GlobalAlloc(0, 0) && !QvNewArray<int>(0) && QvAllocationCount() == 0);
+  auto* p = static_cast<unsigned char*>(qv::GlobalAlloc(0, 64));
   ASSERT_NE(p, nullptr);
   EXPECT_EQ(std::count(p, p + 64, 0), 64);
-  EXPECT_TRUE(!GlobalFree(p) && !GlobalFree(nullptr) && QvAllocationCount() == 1);
+  EXPECT_TRUE(!qv::GlobalFree(p) && !qv::GlobalFree(nullptr) && QvAllocationCount() == 1);
   QvFailAllocation(3);
-  void* a = GlobalAlloc(0, 4);
+  void* a = qv::GlobalAlloc(0, 4);
   int* b = QvNew<int>(5);
-  void* c = GlobalAlloc(0, 4);  // the third attempt
+  void* c = qv::GlobalAlloc(0, 4);  // the third attempt
   int* d = QvNewArray<int>(3);
   ASSERT_NE(b, nullptr);
   EXPECT_TRUE(a && !c && d && *b == 5 && QvAllocationCount() == 4);
-  GlobalFree(a);
+  qv::GlobalFree(a);
   delete b;
   delete[] d;
   QvFailAllocation(0);
@@ -64,21 +64,21 @@ TEST(PlatformTest, AllocationsAreCountedAndOnlyTheKthFails) {
 TEST(PlatformTest, SetRectAndNewString) {
   NoFailures guard;
   tbRect r;
-  SetRect(nullptr, 1, 2, 3, 4);  // ignored
-  EXPECT_EQ((SetRect(&r, -1, 2, 30, 40), r), tbRect(-1, 2, 30, 40));
+  qv::SetRect(nullptr, 1, 2, 3, 4);  // ignored
+  EXPECT_EQ((qv::SetRect(&r, -1, 2, 30, 40), r), tbRect(-1, 2, 30, 40));
   unsigned char text[] = "Cast 1", empty[] = "";
-  unsigned char** h = tb.NewString(text);
+  unsigned char** h = qv::tb.NewString(text);
   ASSERT_TRUE(h && *h && *h != text);
   EXPECT_STREQ(reinterpret_cast<char*>(*h), "Cast 1");
   QvFreeString(h);
   QvFreeString(nullptr);
-  EXPECT_EQ(tb.NewString(nullptr), nullptr);
-  h = tb.NewString(empty);
+  EXPECT_EQ(qv::tb.NewString(nullptr), nullptr);
+  h = qv::tb.NewString(empty);
   ASSERT_TRUE(h && (*h)[0] == 0);
   QvFreeString(h);
   for (int k = 1; k <= 2; ++k) {  // the handle, then the block
     QvFailAllocation(k);
-    EXPECT_EQ(tb.NewString(text), nullptr);
+    EXPECT_EQ(qv::tb.NewString(text), nullptr);
     EXPECT_EQ(QvAllocationCount(), k);
   }
 }

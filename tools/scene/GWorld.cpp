@@ -10,11 +10,11 @@ namespace qvscene {
 
 GWorld::GWorld(std::int16_t width, std::int16_t height, tbColorTable* table) {
   tbRect bounds(0, 0, width, height);
-  if (!tb.NewGWorld(&world_, 8, &bounds, table)) world_ = nullptr;
+  if (!qv::tb.NewGWorld(&world_, 8, &bounds, table)) world_ = nullptr;
 }
 
 GWorld::~GWorld() {
-  if (world_) tb.DisposeGWorld(world_);
+  if (world_) qv::tb.DisposeGWorld(world_);
 }
 
 tbPixMap* GWorld::PixMap() { return world_ ? world_->PortPixMap() : nullptr; }
