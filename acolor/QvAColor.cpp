@@ -9,7 +9,7 @@
 #include "toolbox/tbToolBox.h"
 
 QvAColor::QvAColor() : QvMPlayer(), cTable(nullptr), area(nullptr), errorFlags(0) {
-  cTable = QvNew<tbColorTable>(static_cast<std::int16_t>(72));
+  cTable = QvNew<tbColorTable>(tbColorTable::kStandard);
   if (!cTable) localAddError(static_cast<char>(noCTableError));
   localAddError(static_cast<char>(noAreaError));
 }

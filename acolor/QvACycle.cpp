@@ -5,8 +5,6 @@
 #include "toolbox/tbColorTable.h"
 
 namespace {
-// Kind code of a cycling animation on a cast member.
-constexpr char kKindCycle = 0;
 // Number of frames once an area is registered.
 constexpr std::int16_t kCycleFrames = 0x7FFF;
 }  // namespace
@@ -108,7 +106,7 @@ void QvACycle::DelFromMCast() {
   QvMCastList::DelAll();
 }
 
-void QvACycle::localUpdateMCast(QvMCastList* list) { localRegToMCast(this, kKindCycle, list); }
+void QvACycle::localUpdateMCast(QvMCastList* list) { localRegToMCast(this, kCycle, list); }
 
 char QvACycle::localRegArea(std::int16_t top, std::int16_t end) {
   QvACycleInfo* info = QvNew<QvACycleInfo>();

@@ -4,9 +4,6 @@
 #include "toolbox/tbColorTable.h"
 
 namespace {
-// Kind code of a fading animation on a cast member.
-constexpr char kKindFade = 3;
-
 // One component of the blend: from s toward g by the fraction f, on the
 // 16-bit scale, truncated toward the source and back down to 8 bits.
 unsigned char BlendComponent(unsigned char s, unsigned char g, double f) {
@@ -108,4 +105,4 @@ void QvAFade::DelFromMCast() {
   QvMCastList::DelAll();
 }
 
-void QvAFade::localUpdateMCast(QvMCastList* list) { localRegToMCast(this, kKindFade, list); }
+void QvAFade::localUpdateMCast(QvMCastList* list) { localRegToMCast(this, kFade, list); }

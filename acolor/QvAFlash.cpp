@@ -4,11 +4,6 @@
 #include "toolbox/tbColorTable.h"
 #include "toolbox/tbRGBColor.h"
 
-namespace {
-// Kind code of a flashing animation on a cast member.
-constexpr char kKindFlash = 1;
-}  // namespace
-
 QvAFlash::QvAFlash() : QvAColor(), QvMCastList(), count(3) {
   SetTop(0);
   SetEnd(2);
@@ -84,4 +79,4 @@ void QvAFlash::DelFromMCast() {
   QvMCastList::DelAll();
 }
 
-void QvAFlash::localUpdateMCast(QvMCastList* list) { localRegToMCast(this, kKindFlash, list); }
+void QvAFlash::localUpdateMCast(QvMCastList* list) { localRegToMCast(this, kFlash, list); }

@@ -5,9 +5,6 @@
 #include "toolbox/tbColorTable.h"
 
 namespace {
-// Kind code of a switching animation on a cast member.
-constexpr char kKindSwitch = 2;
-
 // Gives dst the size of src, then copies the entries 0 to that size.
 void CopyTable(tbColorTable* dst, tbColorTable* src) {
   dst->SetCTSize(src->CTSize());
@@ -132,4 +129,4 @@ void QvASwitch::DelFromMCast() {
   QvMCastList::DelAll();
 }
 
-void QvASwitch::localUpdateMCast(QvMCastList* list) { localRegToMCast(this, kKindSwitch, list); }
+void QvASwitch::localUpdateMCast(QvMCastList* list) { localRegToMCast(this, kSwitch, list); }

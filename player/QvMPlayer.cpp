@@ -197,7 +197,7 @@ void QvMPlayer::localStep(std::int16_t n) {
 
 void QvMPlayer::localResetFrameCur() {
   switch (mode) {
-    case 0:
+    case kPlayOnce:
       if (cur < top) {
         cur = top;
         stopFlag = 1;
@@ -208,7 +208,7 @@ void QvMPlayer::localResetFrameCur() {
         runFlag = 0;
       }
       break;
-    case 1: {
+    case kPlayBounce: {
       if (end == top) {
         cur = top;
         break;
@@ -232,7 +232,7 @@ void QvMPlayer::localResetFrameCur() {
       cur = static_cast<std::int32_t>(top + x);
       break;
     }
-    case 2: {
+    case kPlayLoop: {
       if (end == top) {
         cur = top;
         break;

@@ -1,26 +1,51 @@
+/// \file QvPal.h
+/// \brief QvPal, a palette area: a set of colour indices.
 #pragma once
 
 #include <cstdint>
 
-// A palette area: a set of colour indices. FlagNum() tells how many indices
-// the set covers (callers visit 0 to FlagNum() - 1); a new area covers 256
-// indices with none flagged.
+/// A palette area: a set of colour indices 0 to 255, each flagged in or out.
+/// FlagNum() tells how many indices the set covers: users visit indices 0 to
+/// FlagNum() - 1 and ignore the rest. A new area covers 256 indices with none
+/// flagged. Colour animations keep their own copy of the area they are given
+/// (QvAColor::RegArea()), so later changes to a host's area do not reach
+/// them.
 class QvPal {
  public:
+  /// An area covering 256 indices, none flagged.
   QvPal();
+  /// Copies the count and every flag.
   QvPal(const QvPal&) = default;
+  /// Copies the count and every flag. \return This area.
   QvPal& operator=(const QvPal&) = default;
+  /// Destroys the area; it owns nothing else.
   virtual ~QvPal();
 
-  // Copies the flags and count of src; a null src gives an empty area of 256.
+  /// Copies the flags and the count of another area.
+  ///
+  /// \param src The area to copy, read only; null makes this area empty (256
+  ///        indices covered, none flagged).
   void GetFlags(QvPal* src);
+  /// \param i A colour index.
+  /// \return 1 when index `i` is in the area, else 0.
   char Flag(unsigned char i) const { return flags[i]; }
+  /// \return How many indices the area covers, 0 to 256.
   std::int16_t FlagNum() const { return flagNum; }
 
+  /// Puts one index in or out of the area.
+  ///
+  /// \param index The colour index.
+  /// \param on Non-zero to put it in, 0 to take it out.
   void SetFlag(unsigned char index, char on);
-  // Sets the count of covered indices, kept within 0 to 256.
+  /// Sets how many indices the area covers.
+  ///
+  /// \param count The count, kept within 0 to 256.
   void SetFlagNum(std::int16_t count);
-  // Flags every index from first to last inclusive (a convenience for hosts).
+  /// Puts a run of indices in or out of the area (a convenience for hosts).
+  ///
+  /// \param first,last The run, inclusive; nothing happens when `last` is
+  ///        below `first`.
+  /// \param on Non-zero to put them in, 0 to take them out.
   void SetRange(unsigned char first, unsigned char last, char on);
 
  private:

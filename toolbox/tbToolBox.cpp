@@ -18,8 +18,6 @@ tbToolBox tb;
 
 namespace {
 
-constexpr std::uint32_t kSrcCopy = 0x00CC0020;
-
 // Releases a pixman region on every way out.
 struct RegionGuard {
   pixman_region32_t r;
@@ -35,7 +33,7 @@ std::int16_t tbToolBox::NewGWorld(tbGWorld** world, std::int16_t depth, tbRect* 
                                   tbColorTable* table) {
   if (!world) return 0;
   *world = nullptr;
-  if (depth != 8 || !bounds || bounds->left != 0 || bounds->top != 0) return 0;
+  if (depth != kDepth8 || !bounds || bounds->left != 0 || bounds->top != 0) return 0;
   const std::int32_t w = bounds->right;
   const std::int32_t h = bounds->bottom;
   if (w < 1 || h < 1 || w > 32767 || h > 32767) return 0;
@@ -44,7 +42,7 @@ std::int16_t tbToolBox::NewGWorld(tbGWorld** world, std::int16_t depth, tbRect* 
   if (QvAllocationFails()) return 0;
   tbGWorld* made = new (std::nothrow) tbGWorld;
   if (!made) return 0;
-  void* pixels = qv::GlobalAlloc(0, static_cast<std::size_t>(w) * static_cast<std::size_t>(h));
+  void* pixels = qv::GlobalAlloc(qv::kGlobalFixed, static_cast<std::size_t>(w) * static_cast<std::size_t>(h));
   if (!pixels) {
     delete made;
     return 0;
@@ -161,7 +159,7 @@ unsigned char** tbToolBox::NewString(unsigned char* text) {
   const std::size_t len = std::strlen(reinterpret_cast<const char*>(text));
   unsigned char** handle = QvNew<unsigned char*>();
   if (!handle) return nullptr;
-  void* block = qv::GlobalAlloc(0, len + 1);
+  void* block = qv::GlobalAlloc(qv::kGlobalFixed, len + 1);
   if (!block) {
     delete handle;
     return nullptr;
