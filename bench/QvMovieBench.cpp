@@ -46,8 +46,8 @@ std::unique_ptr<QvAFrame> OpaqueFrame(const std::vector<unsigned char>& picture,
 struct World {
   explicit World(std::int16_t w, std::int16_t h) {
     tbRect bounds(0, 0, w, h);
-    tbColorTable table(72);
-    qv::tb.NewGWorld(&world, 8, &bounds, &table);
+    tbColorTable table(tbColorTable::kStandard);
+    qv::tb.NewGWorld(&world, tbToolBox::kDepth8, &bounds, &table);
   }
   ~World() { qv::tb.DisposeGWorld(world); }
   World(const World&) = delete;
@@ -142,7 +142,7 @@ void BM_Transform256(benchmark::State& state) {
 BENCHMARK(BM_Transform256);
 
 tbColorTable Greys() {
-  tbColorTable table(72);
+  tbColorTable table(tbColorTable::kStandard);
   for (int i = 0; i < 256; ++i) {
     tbRGBColor c(static_cast<unsigned char>(i), static_cast<unsigned char>(i),
                  static_cast<unsigned char>(255 - i));
@@ -174,7 +174,7 @@ void BM_CycleCTable(benchmark::State& state) {
   QvACycle anim;
   QvPal pal = Area(16, 255);
   anim.RegArea(&pal);
-  anim.SetMode(2);
+  anim.SetMode(QvMPlayer::kPlayLoop);
   ColourBench(state, anim);
 }
 BENCHMARK(BM_CycleCTable);
@@ -200,7 +200,7 @@ void BM_SwitchCTable(benchmark::State& state) {
   QvASwitch anim;
   QvPal pal = Area(0, 255);
   anim.RegArea(&pal);
-  tbColorTable a = Greys(), b(72);
+  tbColorTable a = Greys(), b(tbColorTable::kStandard);
   anim.RegCTable(0, &a);
   anim.RegCTable(1, &b);
   ColourBench(state, anim);
@@ -215,18 +215,18 @@ struct ColourMember {
     id = cast.RegOrgCTable(-1, &table, &all, nullptr);
     QvPal water = Area(32, 63), sky = Area(64, 95), lamp = Area(96, 99);
     cycle.RegArea(&water);
-    cycle.SetMode(2);
+    cycle.SetMode(QvMPlayer::kPlayLoop);
     flash.RegArea(&lamp);
     sw.RegArea(&sky);
-    tbColorTable t1 = Greys(), t2(72);
+    tbColorTable t1 = Greys(), t2(tbColorTable::kStandard);
     sw.RegCTable(0, &t1);
     sw.RegCTable(1, &t2);
     fade.RegArea(&all);
     fade.SetCount(300);
-    cast.RegAColor(id, &cycle, 0, 0, nullptr, &cycle);
-    cast.RegAColor(id, &flash, 1, 0, nullptr, &flash);
-    cast.RegAColor(id, &sw, 2, 0, nullptr, &sw);
-    cast.RegAColor(id, &fade, 3, 0, nullptr, &fade);
+    cast.RegAColor(id, &cycle, QvAColor::kCycle, 0, nullptr, &cycle);
+    cast.RegAColor(id, &flash, QvAColor::kFlash, 0, nullptr, &flash);
+    cast.RegAColor(id, &sw, QvAColor::kSwitch, 0, nullptr, &sw);
+    cast.RegAColor(id, &fade, QvAColor::kFade, 0, nullptr, &fade);
     cast.SetStartEnd(id, 0, 1000);
   }
   QvACycle cycle;
@@ -265,7 +265,7 @@ void BM_LayerMoment(benchmark::State& state) {
   QvACycle cycle;
   QvPal water = Area(32, 63);
   cycle.RegArea(&water);
-  cycle.SetMode(2);
+  cycle.SetMode(QvMPlayer::kPlayLoop);
   tbColorTable table = Greys();
   QvPal area = Area(1, 255);
   QvMCast cast;
@@ -281,7 +281,7 @@ void BM_LayerMoment(benchmark::State& state) {
           tbPoint(static_cast<std::int32_t>(rng() % 640), static_cast<std::int32_t>(rng() % 480));
     cast.RegAnc(id, path, 8, 3, nullptr);
     if (i % 3 == 0) cast.RegScroll(id, 2, nullptr);
-    if (i % 4 == 0) cast.RegAColor(id, &cycle, 0, 0, nullptr, &cycle);
+    if (i % 4 == 0) cast.RegAColor(id, &cycle, QvAColor::kCycle, 0, nullptr, &cycle);
     cast.SetStartEnd(id, 0, 999);
     layers.RegCast(static_cast<std::int16_t>(i % 4), &cast, id, -1);
   }

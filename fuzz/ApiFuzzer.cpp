@@ -152,7 +152,7 @@ struct World {
   unsigned char pixels[kMapW * kMapH];
   tbPixMap map;
   QvPal pals[3];
-  tbColorTable table{static_cast<std::int16_t>(72)};
+  tbColorTable table{tbColorTable::kStandard};
 
   World() : map(pixels, kMapW, tbRect(0, 0, kMapW, kMapH)) {
     for (int i = 0; i < kPicW * kPicH; ++i) picture[i] = static_cast<unsigned char>((i * 37) >> 3);
@@ -850,7 +850,7 @@ void FrameOp(World& w, Bytes& in, std::uint8_t op) {
       // Into an off-screen world, then masked into the pixel map.
       tbGWorld* world = nullptr;
       tbRect bounds(0, 0, 1 + in.U8() % 40, 1 + in.U8() % 30);
-      if (!qv::tb.NewGWorld(&world, 8, &bounds, &w.table)) break;
+      if (!qv::tb.NewGWorld(&world, tbToolBox::kDepth8, &bounds, &w.table)) break;
       QvPal* pal = w.Pal(in);
       const std::int16_t fill = static_cast<std::int16_t>(static_cast<int>(in.U8()) - 1);
       const char wrap = static_cast<char>(in.U8() % 5);

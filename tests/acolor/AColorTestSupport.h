@@ -18,7 +18,7 @@ inline unsigned char B(int v) { return static_cast<unsigned char>(v); }
 // A table whose entry i is (r(i), g(i), b(i)), each taken to 8 bits.
 template <class F>
 tbColorTable Table(F rgb) {
-  tbColorTable t(static_cast<std::int16_t>(72));
+  tbColorTable t(tbColorTable::kStandard);
   for (int i = 0; i < 256; ++i) {
     const V c = rgb(i);
     tbRGBColor e(B(c[0]), B(c[1]), B(c[2]));

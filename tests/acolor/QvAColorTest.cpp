@@ -78,10 +78,10 @@ TEST(QvAColorBase, AreaOutputTableErrorBitsAndFiles) {
 
 // Behaviour shared by the four kinds; kKind is the code a kind passes to the cast store.
 template <class K>
-constexpr char kKind = std::is_same_v<K, QvACycle>    ? 0
-                       : std::is_same_v<K, QvAFlash>  ? 1
-                       : std::is_same_v<K, QvASwitch> ? 2
-                                                      : 3;
+constexpr char kKind = std::is_same_v<K, QvACycle>    ? QvAColor::kCycle
+                       : std::is_same_v<K, QvAFlash>  ? QvAColor::kFlash
+                       : std::is_same_v<K, QvASwitch> ? QvAColor::kSwitch
+                                                      : QvAColor::kFade;
 template <class K>
 struct QvAColorKinds : ::testing::Test {
   NoFailures guard;
@@ -139,7 +139,7 @@ TYPED_TEST(QvAColorKinds, NoTableWithoutAreaErrorFrameOrSource) {
 TYPED_TEST(QvAColorKinds, CurrentFrameIsTheClocksAndAllocatesNothing) {
   TypeParam k;
   this->Ready(k, 20);
-  k.SetMode(2);
+  k.SetMode(QvMPlayer::kPlayLoop);
   EXPECT_EQ(2, k.SetCur(2));
   ASSERT_NE(nullptr, k.CTable(2, &this->src));
   const tbColorTable two = *k.CTable();
@@ -170,7 +170,7 @@ TYPED_TEST(QvAColorKinds, AreaLimitsAndDup) {
   QvPal pal = RangePal(4, 6);
   pal.SetFlag(20, 1);
   pal.SetFlagNum(16);
-  a.SetMode(1);
+  a.SetMode(QvMPlayer::kPlayBounce);
   a.SetSpeed(20);
   this->Ready(a, 3);
   ASSERT_EQ(1, a.RegArea(&pal));
@@ -260,13 +260,14 @@ TEST(QvAColorMembersByKind, OperationsThatPassTheirChangeOn) {
       renews(&QvMCast::AFade, f, [&] { fade.RegArea(&pal); }),
       renews(&QvMCast::ACycle, c, [&] { cycle.SetSpeed(9); }),  // the speed does not pass itself on
       renews(&QvMCast::ACycle, c, [&] { cycle.UpdateMCast(); }),  // until the host asks for it
-      renews(&QvMCast::ACycle, c, [&] { cycle.SetMode(2); }),     // only the cycle's SetMode
-      renews(&QvMCast::AFade, f, [&] { fade.SetMode(1); }),
+      renews(&QvMCast::ACycle, c,
+             [&] { cycle.SetMode(QvMPlayer::kPlayLoop); }),  // only the cycle's SetMode
+      renews(&QvMCast::AFade, f, [&] { fade.SetMode(QvMPlayer::kPlayBounce); }),
       renews(&QvMCast::AFade, f, [&] { fade.RegColor(tbRGBColor(1, 2, 3)); }),
       renews(&QvMCast::AFade, f, [&] { fade.RegColor(65535, 0, 0); }),
       renews(&QvMCast::AFade, f, [&] { fade.SetCount(7); }),
-      renews(&QvMCast::AFlash, l, [&] { flash.SetMode(2); }),
-      renews(&QvMCast::ASwitch, s, [&] { sw.SetMode(2); }),
+      renews(&QvMCast::AFlash, l, [&] { flash.SetMode(QvMPlayer::kPlayLoop); }),
+      renews(&QvMCast::ASwitch, s, [&] { sw.SetMode(QvMPlayer::kPlayLoop); }),
       renews(&QvMCast::ASwitch, s, [&] { sw.RegCTable(0, &t); }),
       renews(&QvMCast::ASwitch, s, [&] { sw.RegCTable(0, &t); }),
       renews(&QvMCast::ASwitch, s, [&] { QvFailAllocation(1), sw.RegCTable(0, &t); }),

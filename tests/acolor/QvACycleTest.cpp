@@ -72,9 +72,9 @@ TEST(QvACycle, RotatesTheWorkedRangeInEveryMode) {
                c.Quad(-1) == "WXYZ"}),
             (V{32767, 0, 32766, 1, 1, 1}));
   EXPECT_EQ(c.Quad(5), "XYZW");
-  c.SetMode(1);
+  c.SetMode(QvMPlayer::kPlayBounce);
   EXPECT_EQ(c.Ranges() + " " + c.Quad(5) + " " + c.Quad(4), "10-13:1 ZWXY YZWX");
-  c.SetMode(2);
+  c.SetMode(QvMPlayer::kPlayLoop);
   EXPECT_EQ((V{c.Mode(), c.IsForward()}), (V{2, 1}));
   EXPECT_EQ(c.Quad(4) + " " + c.Quad(32763), "WXYZ XYZW");  // period 4
   c.SetCur(5);  // the current frame comes from the animation's clock, which wraps after 32766
@@ -116,7 +116,7 @@ TEST(QvACycle, RangesFollowTheArea) {
   Cycle c;  // a null area is an empty one; a new area replaces the ranges
   ASSERT_EQ(1, c.RegArea(nullptr));
   EXPECT_EQ((V{c.Count(), c.Error(), c.Ranges() == ""}), (V{32767, 0, 1}));
-  c.SetMode(1);
+  c.SetMode(QvMPlayer::kPlayBounce);
   QvPal b = RangePal(20, 21);
   b.SetRange(30, 40, 1);
   ASSERT_EQ(1, c.RegArea(&b));
@@ -140,7 +140,7 @@ TEST(QvACycle, AllocationFailures) {
   QvFailAllocation(2);
   EXPECT_EQ(1, c.RegArea(&pal));
   EXPECT_EQ(c.Ranges(), "- 7-9:0");
-  c.SetMode(2);
+  c.SetMode(QvMPlayer::kPlayLoop);
   EXPECT_EQ(c.Ranges() + "|" + c.Moved(1), "- 7-9:2|7=9 8=7 9=8");
   EXPECT_EQ(c.Count(), 32767);
 }

@@ -24,7 +24,7 @@ TEST(QvAFlash, PaintsTheAreaRedGreenBlueWhateverTheSource) {
       EXPECT_EQ(i <= 9 ? colours[n] : Entry(src, i), Entry(out, i)) << n << " " << i;
   }
   EXPECT_EQ((P{f.CTable(3, &src), f.CTable(-1, &src)}), (P{nullptr, nullptr}));
-  f.SetMode(2);
+  f.SetMode(QvMPlayer::kPlayLoop);
   f.SetCur(4);  // loops round to frame 1
   EXPECT_EQ(colours[1], Entry(f.CTable(&src), 0));
 }

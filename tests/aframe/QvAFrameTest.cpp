@@ -100,7 +100,7 @@ void MakeSource(QvAFrame& src) {
   src.Activate(1);
   src.SetImage(0, pic, 4, 4, 2);
   src.SetImage(1, pic, 4, 4, 2);
-  src.SetMode(2);
+  src.SetMode(QvMPlayer::kPlayLoop);
   src.SetSpeed(12);
 }
 
@@ -677,7 +677,7 @@ class AFramePictureTest : public AFrameDrawTest {
   void SetUp() override {
     AFrameDrawTest::SetUp();
     tbRect bounds(0, 0, 8, 6);
-    ASSERT_NE(qv::tb.NewGWorld(&world, 8, &bounds, nullptr), 0);
+    ASSERT_NE(qv::tb.NewGWorld(&world, tbToolBox::kDepth8, &bounds, nullptr), 0);
   }
   void TearDown() override {
     qv::tb.DisposeGWorld(world);

@@ -139,7 +139,7 @@ inline std::unique_ptr<QvAFade> MakeFade() {
 
 // A colour table whose entry i is (i, i, i).
 inline tbColorTable GreyTable() {
-  tbColorTable t(S(72));
+  tbColorTable t(tbColorTable::kStandard);
   for (int i = 0; i < 256; ++i) {
     const auto v = static_cast<unsigned char>(i);
     tbRGBColor c(v, v, v);

@@ -13,27 +13,27 @@ TEST_F(QvMCastColor, RegistrationAndRemovalByKind) {
   QvAFlash flash, flash2;
   QvASwitch sw;
   QvAFade fade;
-  EXPECT_EQ(cast.RegAColor(S(-1), &fade, 3, 100, Txt("fade"), nullptr), 0);
+  EXPECT_EQ(cast.RegAColor(S(-1), &fade, QvAColor::kFade, 100, Txt("fade"), nullptr), 0);
   ASSERT_NE(dynamic_cast<QvAFade*>(cast.AFade(S(0))), nullptr);
   EXPECT_NE(cast.AFade(S(0)), &fade);
   EXPECT_EQ(NameOf(cast, S(0)), "fade");
-  cast.RegAColor(S(0), &cycle, 0, 500, nullptr, nullptr);
-  cast.RegAColor(S(0), &flash, 1, 500, nullptr, nullptr);
-  cast.RegAColor(S(0), &sw, 2, 500, nullptr, nullptr);
+  cast.RegAColor(S(0), &cycle, QvAColor::kCycle, 500, nullptr, nullptr);
+  cast.RegAColor(S(0), &flash, QvAColor::kFlash, 500, nullptr, nullptr);
+  cast.RegAColor(S(0), &sw, QvAColor::kSwitch, 500, nullptr, nullptr);
   EXPECT_EQ((Vals{cast.Start(S(0)), cast.End(S(0)), cast.ActFlag(S(0))}), (Vals{100, 129, 0x00F}));
   // Kind 1 again replaces only the flash copy.
   QvAColor* cycleCopy = cast.ACycle(S(0));
   QvAColor* fadeCopy = cast.AFade(S(0));
   flash2.SetSpeed(S(12));
-  cast.RegAColor(S(0), &flash2, 1, 0, nullptr, nullptr);
+  cast.RegAColor(S(0), &flash2, QvAColor::kFlash, 0, nullptr, nullptr);
   EXPECT_TRUE(cast.ACycle(S(0)) == cycleCopy && cast.AFade(S(0)) == fadeCopy);
   EXPECT_EQ(cast.AFlash(S(0))->Speed(), 12);
 
   // An animation of another kind than the one named gives no copy and no
   // range; unknown kinds touch nothing and create no member.
   cast.New(nullptr);
-  EXPECT_EQ((Vals{cast.RegAColor(S(1), &fade, 2, 0, Txt("n"), nullptr), cast.IsAColor(S(1)),
-                  cast.Start(S(1))}),
+  EXPECT_EQ((Vals{cast.RegAColor(S(1), &fade, QvAColor::kSwitch, 0, Txt("n"), nullptr),
+                  cast.IsAColor(S(1)), cast.Start(S(1))}),
             (Vals{1, 0, -1}));
   cast.SetActFlag(S(0), 0x008u);
   cast.SetName(S(0), Txt("kept"));
@@ -52,21 +52,22 @@ TEST_F(QvMCastColor, RegistrationAndRemovalByKind) {
   cast.RegAFrame(S(1), anim.get(), 0, nullptr, nullptr);
   cast.RegOrgCTable(S(1), &table, nullptr, nullptr);
   EXPECT_EQ(cast.IsAColor(S(1)), 0);
-  cast.RegAColor(S(1), &flash, 1, 0, nullptr, &flash);
+  cast.RegAColor(S(1), &flash, QvAColor::kFlash, 0, nullptr, &flash);
   cast.SetActFlag(S(1), 0xFFFFFFFFu);
-  EXPECT_EQ((Vals{cast.IsAColor(S(1)), ListSize(flash), cast.DelAColor(S(1), 1),
+  EXPECT_EQ((Vals{cast.IsAColor(S(1)), ListSize(flash), cast.DelAColor(S(1), QvAColor::kFlash),
                   cast.IsAColor(S(1)), ListSize(flash), cast.Rec(S(1))->actFlag}),
             (Vals{1, 1, 1, 0, 0, 0x010}));
   EXPECT_EQ(cast.Rec(S(1))->lists[1], nullptr);
   // Removing a kind that is not there still trims the flags and the icon.
   ASSERT_NE(cast.Icon(S(1), S(8), S(8)), nullptr);
   cast.Rec(S(1))->actFlag = 0x3FFu;
-  EXPECT_EQ((Vals{cast.DelAColor(S(1), 2), cast.Rec(S(1))->actFlag}), (Vals{1, 0x010}));
+  EXPECT_EQ((Vals{cast.DelAColor(S(1), QvAColor::kSwitch), cast.Rec(S(1))->actFlag}),
+            (Vals{1, 0x010}));
   EXPECT_EQ(cast.Rec(S(1))->icon.Pic(), nullptr);
   // A null animation removes the copy, keeps the flags, records the list.
-  cast.RegAColor(S(1), &flash, 1, 0, nullptr, nullptr);
+  cast.RegAColor(S(1), &flash, QvAColor::kFlash, 0, nullptr, nullptr);
   cast.SetActFlag(S(1), 0x002u);
-  EXPECT_EQ((Vals{cast.RegAColor(S(1), nullptr, 1, 0, nullptr, &flash),
+  EXPECT_EQ((Vals{cast.RegAColor(S(1), nullptr, QvAColor::kFlash, 0, nullptr, &flash),
                   cast.AFlash(S(1)) == nullptr, cast.Rec(S(1))->actFlag, ListSize(flash)}),
             (Vals{1, 1, 0x002, 1}));
 }
@@ -74,19 +75,26 @@ TEST_F(QvMCastColor, RegistrationAndRemovalByKind) {
 TEST_F(QvMCastColor, FailedCopyLeavesTheKindEmpty) {
   QvAFade fade;
   cast.New(nullptr);
-  EXPECT_EQ(FailAt(1, [&] { return cast.RegAColor(S(0), &fade, 3, 5, nullptr, &fade); }), 0);
+  EXPECT_EQ(
+      FailAt(1, [&] { return cast.RegAColor(S(0), &fade, QvAColor::kFade, 5, nullptr, &fade); }),
+      0);
   EXPECT_EQ((Vals{cast.AFade(S(0)) == nullptr, cast.Start(S(0)), ListSize(fade)}),
             (Vals{1, -1, 1}));
   for (int k = 2; k <= 6; ++k)
-    EXPECT_EQ(FailAt(k, [&] { return cast.RegAColor(S(0), &fade, 3, 5, nullptr, &fade); }), 0);
-  EXPECT_EQ(FailAt(1, [&] { return cast.RegAColor(S(-1), nullptr, 3, 5, nullptr, nullptr); }), -1);
+    EXPECT_EQ(
+        FailAt(k, [&] { return cast.RegAColor(S(0), &fade, QvAColor::kFade, 5, nullptr, &fade); }),
+        0);
+  EXPECT_EQ(
+      FailAt(1,
+             [&] { return cast.RegAColor(S(-1), nullptr, QvAColor::kFade, 5, nullptr, nullptr); }),
+      -1);
 }
 
 TEST_F(QvMCastColor, ChangesReachTheCopies) {
   auto fade = MakeFade();
   fade->UpdateMCast();  // no members: nothing happens
-  cast.RegAColor(S(-1), fade.get(), 3, 0, Txt("a"), fade.get());
-  cast.RegAColor(S(-1), fade.get(), 3, 0, nullptr, fade.get());
+  cast.RegAColor(S(-1), fade.get(), QvAColor::kFade, 0, Txt("a"), fade.get());
+  cast.RegAColor(S(-1), fade.get(), QvAColor::kFade, 0, nullptr, fade.get());
   fade->SetSpeed(S(15));  // does not pass itself on
   EXPECT_EQ((Vals{cast.AFade(S(0))->Speed(), cast.AFade(S(1))->Speed()}), (Vals{30, 30}));
   fade->UpdateMCast();
@@ -143,7 +151,7 @@ TEST_F(QvMCastColor, DestroyedAnimationsLeaveTheirMembersDrawing) {
   for (int i = 0; i < 2; ++i) {
     cast.RegAFrame(S(-1), anim.get(), 0, nullptr, anim.get());
     cast.RegOrgCTable(S(i), &table, nullptr, nullptr);
-    cast.RegAColor(S(i), fade.get(), 3, 0, nullptr, fade.get());
+    cast.RegAColor(S(i), fade.get(), QvAColor::kFade, 0, nullptr, fade.get());
   }
   anim.reset();
   fade.reset();
@@ -154,7 +162,8 @@ TEST_F(QvMCastColor, DestroyedAnimationsLeaveTheirMembersDrawing) {
     EXPECT_EQ((Vals{cast.DrawPicture(S(i), 1, &screen.pixMap, &area), screen.At(8, 8)}),
               (Vals{1, FramePixel(0, 2, 1)}));
   }
-  EXPECT_EQ((Vals{cast.DelAColor(S(0), 3), cast.DelAFrame(S(1))}), (Vals{1, 1}));  // no list
+  EXPECT_EQ((Vals{cast.DelAColor(S(0), QvAColor::kFade), cast.DelAFrame(S(1))}),
+            (Vals{1, 1}));  // no list
 }
 
 // Stores, members and animations destroyed or changed in every order: no list
@@ -171,8 +180,8 @@ TEST_F(QvMCastColor, DestructionInEveryOrder) {
     auto cycle = std::make_unique<QvACycle>();
     QvMCastDft dft[1];
     store->RegAFrame(S(-1), anim.get(), 0, Txt("m"), anim.get());
-    store->RegAColor(S(0), fade.get(), 3, 0, Txt("m"), fade.get());
-    store->RegAColor(S(0), cycle.get(), 0, 0, Txt("m"), cycle.get());
+    store->RegAColor(S(0), fade.get(), QvAColor::kFade, 0, Txt("m"), fade.get());
+    store->RegAColor(S(0), cycle.get(), QvAColor::kCycle, 0, Txt("m"), cycle.get());
     store->RegDft(S(0), S(0), dft, S(1), 0, Txt("m"), &dftList);
     store->RegAFrame(S(-1), anim.get(), 0, nullptr, anim.get());
     ASSERT_EQ((Vals{store->Backup(S(0), backup.get()), ListSize(*anim)}), (Vals{1, 3}));
@@ -186,7 +195,7 @@ TEST_F(QvMCastColor, DestructionInEveryOrder) {
       if (step == 'e') store->Empty(S(0)), store->Empty(S(1)), backup->Empty(S(0));
       if (step == 'u' && anim) anim->SetInterval(S(0), S(5));
       if (step == 'u' && fade) fade->SetCount(S(4));
-      if (step == 'u' && cycle) cycle->SetMode(2);
+      if (step == 'u' && cycle) cycle->SetMode(QvMPlayer::kPlayLoop);
       QvAFrame* copy = backup && step == 'u' && anim ? backup->AFrame(S(0)) : nullptr;
       EXPECT_EQ(copy ? copy->CountMFrame() : 5, 5);
       const bool none = (!store && !backup) || step == 'd' || step == 'e';

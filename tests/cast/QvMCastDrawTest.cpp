@@ -109,7 +109,7 @@ TEST_F(QvMCastDraw, ColourTableChain) {
   QvAFade fade;
   for (QvAColor* a : std::initializer_list<QvAColor*>{&cycle, &flash, &sw, &fade}) a->RegArea(&pal);
   // A switch without tables computes nothing: its output is passed on.
-  cast.RegAColor(S(0), &sw, 2, 0, nullptr, nullptr);
+  cast.RegAColor(S(0), &sw, QvAColor::kSwitch, 0, nullptr, nullptr);
   ASSERT_NE(cast.CTable(S(0), 0), nullptr);
   EXPECT_TRUE(*cast.CTable(S(0), 0) == *cast.ASwitch(S(0))->CTable());
 
@@ -122,10 +122,10 @@ TEST_F(QvMCastDraw, ColourTableChain) {
   sw.RegCTable(S(1), &table);
   fade.RegColor(tbRGBColor(0, 255, 0));
   // Registered in another order than the chain's: cycle, flash, switch, fade.
-  cast.RegAColor(S(0), &fade, 3, 0, nullptr, &fade);
-  cast.RegAColor(S(0), &sw, 2, 0, nullptr, nullptr);
-  cast.RegAColor(S(0), &cycle, 0, 0, nullptr, nullptr);
-  cast.RegAColor(S(0), &flash, 1, 0, nullptr, nullptr);
+  cast.RegAColor(S(0), &fade, QvAColor::kFade, 0, nullptr, &fade);
+  cast.RegAColor(S(0), &sw, QvAColor::kSwitch, 0, nullptr, nullptr);
+  cast.RegAColor(S(0), &cycle, QvAColor::kCycle, 0, nullptr, nullptr);
+  cast.RegAColor(S(0), &flash, QvAColor::kFlash, 0, nullptr, nullptr);
   tbColorTable expected = table;
   for (QvAColor* a : std::initializer_list<QvAColor*>{&cycle, &flash, &sw, &fade}) {
     tbColorTable* step = a->CTable(S(1), &expected);
@@ -157,13 +157,13 @@ TEST_F(QvMCastDraw, EachCopysClockRunsAtItsOwnSpeed) {
   for (QvAColor* a : std::initializer_list<QvAColor*>{&fade, &slow, &flash}) a->RegArea(&pal);
   fade.RegColor(tbRGBColor(255, 0, 0));
   slow.SetSpeed(S(15));
-  cast.RegAColor(S(0), &fade, 3, 0, nullptr, nullptr);
+  cast.RegAColor(S(0), &fade, QvAColor::kFade, 0, nullptr, nullptr);
   EXPECT_EQ(*cast.CTable(S(0), 50)->CTTable(S(5)), tbRGBColor(5, 5, 5));
   EXPECT_EQ(*cast.CTable(S(0), 79)->CTTable(S(5)), tbRGBColor(255, 0, 0));
-  cast.RegAColor(S(0), &flash, 1, 0, nullptr, nullptr);
+  cast.RegAColor(S(0), &flash, QvAColor::kFlash, 0, nullptr, nullptr);
   ASSERT_NE(cast.CTable(S(0), 57), nullptr);
   EXPECT_EQ((Vals{cast.AFade(S(0))->Cur(), cast.AFlash(S(0))->Cur()}), (Vals{7, 2}));  // 7 in 0..2
-  cast.RegAColor(S(0), &slow, 3, 0, nullptr, nullptr);
+  cast.RegAColor(S(0), &slow, QvAColor::kFade, 0, nullptr, nullptr);
   ASSERT_NE(cast.CTable(S(0), 57), nullptr);
   EXPECT_EQ(cast.AFade(S(0))->Cur(), 3);
 }
@@ -257,7 +257,7 @@ TEST_F(QvMCastDraw, AllocationFailuresWhileDrawing) {
   QvAFade fade;
   QvPal pal = PalRange(1, 1);
   fade.RegArea(&pal);
-  cast.RegAColor(S(0), &fade, 3, 0, nullptr, nullptr);
+  cast.RegAColor(S(0), &fade, QvAColor::kFade, 0, nullptr, nullptr);
   for (int k = 1; k <= 8; ++k) FailAt(k, [&] { return Draw(1); });
   EXPECT_EQ(FailAt(1, [&] { return Draw(1); }), 0);  // the new world
   EXPECT_EQ(cast.Rec(S(0))->orgGWorld, nullptr);

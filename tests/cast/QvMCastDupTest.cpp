@@ -13,7 +13,7 @@ struct QvMCastDup : testing::Test {
     fade.RegArea(&area);
     cast.New(S(3), nullptr);
     EXPECT_EQ(cast.RegAFrame(S(3), anim.get(), 20, Txt("src"), anim.get()), 3);
-    cast.RegAColor(S(3), &fade, 3, 20, Txt("src"), &fade);
+    cast.RegAColor(S(3), &fade, QvAColor::kFade, 20, Txt("src"), &fade);
     cast.RegOrgCTable(S(3), &table, &pal, Txt("src"));
     QvMCastDft dft[2];
     dft[1].pointB = tbPoint(4, 5);

@@ -18,7 +18,7 @@ template <class K>
 void SweepConstructor(int kind) {
   Sweep(std::string(kKinds[kind]) + " constructor", [](Trial& t) {
     std::unique_ptr<K> a(t([] { return new K; }));
-    tbColorTable src(static_cast<std::int16_t>(72));
+    tbColorTable src(tbColorTable::kStandard);
     if (t.faulted) {
       // Without its output table the animation keeps its settings but never
       // computes a table.
@@ -86,7 +86,7 @@ TEST(AColorSweep, PerKind) {
 
 TEST(AColorSweep, Changes) {
   SweepOp("QvACycle::SetMode", kColour,
-          [](Trial& t, Movie& m) { t([&] { m.cycle->SetMode(1); }); });
+          [](Trial& t, Movie& m) { t([&] { m.cycle->SetMode(QvMPlayer::kPlayBounce); }); });
   SweepOp("QvAFade::RegColor", kColour,
           [](Trial& t, Movie& m) { t([&] { m.fade->RegColor(tbRGBColor(1, 2, 3)); }); });
   SweepOp("QvAFade::RegColor 16-bit", kColour,
@@ -262,7 +262,7 @@ TEST(AFrameSweep, CopiesAndDrawing) {
       SweepOp(name + (withPal ? " with a palette area" : ""), kFromImages, [=](Trial& t, Movie& m) {
         tbGWorld* world = nullptr;
         tbRect bounds(0, 0, 20, 16);
-        ASSERT_EQ(qv::tb.NewGWorld(&world, 8, &bounds, &m.table), 1);
+        ASSERT_EQ(qv::tb.NewGWorld(&world, tbToolBox::kDepth8, &bounds, &m.table), 1);
         Canvas c(48, 32);
         QvPal* pal = withPal ? &m.pal : nullptr;
         t.Ok([&] {

@@ -48,7 +48,8 @@ TEST(Regression, RegAFrameWithoutListEntryKeepsNoBackReference) {
 // Same fault through RegAColor (lists[0] to lists[3]).
 TEST(Regression, RegAColorWithoutListEntryKeepsNoBackReference) {
   QvAFade fade;
-  FailListEntry([&](QvMCast& s) { s.RegAColor(0, &fade, 3, 0, nullptr, &fade); }, &fade, 3);
+  FailListEntry([&](QvMCast& s) { s.RegAColor(0, &fade, QvAColor::kFade, 0, nullptr, &fade); },
+                &fade, 3);
 }
 
 // Same fault through RegDft (lists[5]).
@@ -93,15 +94,15 @@ TEST(Regression, RegistrationFromTheMemberItsNewMemberReplaces) {
   const std::int16_t zero = 0;
   ASSERT_EQ(store.New(0, nullptr), 1);  // id 0 given explicitly: the next id is still 0
   store.RegAFrame(0, &anim, 0, nullptr, nullptr);
-  store.RegAColor(0, &fade, 3, 0, nullptr, nullptr);
+  store.RegAColor(0, &fade, QvAColor::kFade, 0, nullptr, nullptr);
   store.RegDft(0, 1, entries, 2, 0, nullptr, nullptr);
 
   EXPECT_EQ(store.RegAFrame(-1, store.AFrame(zero), 0, nullptr, nullptr), 0);
   ASSERT_NE(store.AFrame(zero), nullptr);
   EXPECT_EQ(store.AFrame(zero)->CountMFrame(), 3);
   store.New(0, nullptr);
-  store.RegAColor(0, &fade, 3, 0, nullptr, nullptr);
-  EXPECT_EQ(store.RegAColor(-1, store.AFade(zero), 3, 0, nullptr, nullptr), 0);
+  store.RegAColor(0, &fade, QvAColor::kFade, 0, nullptr, nullptr);
+  EXPECT_EQ(store.RegAColor(-1, store.AFade(zero), QvAColor::kFade, 0, nullptr, nullptr), 0);
   EXPECT_NE(store.AFade(zero), nullptr);
   store.New(0, nullptr);
   store.RegDft(0, 1, entries, 2, 0, nullptr, nullptr);

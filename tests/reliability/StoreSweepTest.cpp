@@ -169,8 +169,10 @@ TEST(CastSweep, ColourCopies) {
     });
   }
   SweepOp("QvMCast::RegAColor new member", kEmpty | kColour, [](Trial& t, Movie& m) {
-    const std::int16_t r = t(
-        [&] { return m.cast->RegAColor(-1, m.fade.get(), 3, 100, Text("fading"), m.fade.get()); });
+    const std::int16_t r = t([&] {
+      return m.cast->RegAColor(-1, m.fade.get(), QvAColor::kFade, 100, Text("fading"),
+                               m.fade.get());
+    });
     EXPECT_TRUE(t.Failed(r < 0) || !m.cast->AFade(r) || m.cast->Start(r) == 100);
   });
 }

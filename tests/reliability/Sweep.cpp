@@ -59,7 +59,7 @@ void Build(Movie& m, unsigned level) {
   ASSERT_EQ(f.SetRot(2, 0.5), 1);
   ASSERT_EQ(f.Activate(1), 1);
   for (int kind = 0; kind < 4; ++kind) ASSERT_EQ(m.Colour(kind)->RegArea(&m.pal), 1);
-  m.cycle->SetMode(2);
+  m.cycle->SetMode(QvMPlayer::kPlayLoop);
   ASSERT_EQ(m.switcher->RegCTable(-1, &m.table), 1);
   tbColorTable other(m.table);
   tbRGBColor red(255, 0, 0);
@@ -92,7 +92,8 @@ void Build(Movie& m, unsigned level) {
         c.RegAColor(kColoured, m.Colour(kind), kind, 10, Text("coloured"), m.ColourList(kind)),
         kColoured);
   }
-  ASSERT_EQ(c.RegAColor(kTableOnly, m.fade.get(), 3, 0, Text("table"), m.fade.get()), kTableOnly);
+  ASSERT_EQ(c.RegAColor(kTableOnly, m.fade.get(), QvAColor::kFade, 0, Text("table"), m.fade.get()),
+            kTableOnly);
   if (level < kLayers) return;
 
   ASSERT_EQ(m.layers->RegCast(0, &c, kPlain, -1), 1);

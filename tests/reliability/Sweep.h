@@ -152,7 +152,7 @@ struct Movie {
 
   Level level = kEmpty;
   QvPal pal;                                          // indices 16 to 31
-  tbColorTable table{static_cast<std::int16_t>(72)};  // a ramp of distinct colours
+  tbColorTable table{tbColorTable::kStandard};        // a ramp of distinct colours
   static constexpr std::int16_t kPicW = 24, kPicH = 16;
   std::vector<unsigned char> picture = std::vector<unsigned char>(kPicW * kPicH);
 };

@@ -45,8 +45,9 @@ TEST(ToolboxSweep, Services) {
   Sweep("tbToolBox::NewGWorld", [](Trial& t) {
     tbGWorld* world = reinterpret_cast<tbGWorld*>(&t);
     tbRect bounds(0, 0, 17, 9);
-    tbColorTable table(static_cast<std::int16_t>(72));
-    const bool ok = t.Ok([&] { return qv::tb.NewGWorld(&world, 8, &bounds, &table); });
+    tbColorTable table(tbColorTable::kStandard);
+    const bool ok =
+        t.Ok([&] { return qv::tb.NewGWorld(&world, tbToolBox::kDepth8, &bounds, &table); });
     ASSERT_EQ(world != nullptr, ok);
     EXPECT_TRUE(!ok || world->PortPixMap()->Width() == 17);
     qv::tb.DisposeGWorld(world);

@@ -19,8 +19,6 @@ struct NoFailures {
   ~NoFailures() { QvFailAllocation(0); }
 };
 
-constexpr std::uint32_t kSrcCopy = 0x00CC0020;
-
 // A host buffer with its pixel map; rows are 3 bytes longer than wide.
 struct Buffer {
   int w, h, row;
@@ -63,7 +61,7 @@ void CheckCopy(Buffer& src, Buffer& dst, tbRect s, tbRect d, tbRegion* rgn) {
   Buffer before = src;
   before.map = tbPixMap(before.px.data(), static_cast<std::int16_t>(src.row), src.map.Bounds());
   const std::vector<unsigned char> want = Expected(before, dst, s, d, rgn);
-  qv::tb.CopyBits(&src.map, &dst.map, &s, &d, kSrcCopy, rgn);
+  qv::tb.CopyBits(&src.map, &dst.map, &s, &d, tbToolBox::kSrcCopy, rgn);
   EXPECT_EQ(dst.px, want);
 }
 
@@ -120,9 +118,9 @@ TEST(CopyBitsTest, ClipsAtEveryEdgeAndCopiesOnlyInSrcCopyMode) {
   tbRect s(0, 0, 4, 4), d(s);
   tbRegion never;
   qv::tb.CopyBits(&one.map, &two.map, &s, &d, 0x00EE0086, nullptr);
-  qv::tb.CopyBits(&one.map, &two.map, &s, &d, kSrcCopy, &never);
-  qv::tb.CopyBits(nullptr, &two.map, &s, &d, kSrcCopy, nullptr);
-  qv::tb.CopyBits(&one.map, &two.map, nullptr, &d, kSrcCopy, nullptr);
+  qv::tb.CopyBits(&one.map, &two.map, &s, &d, tbToolBox::kSrcCopy, &never);
+  qv::tb.CopyBits(nullptr, &two.map, &s, &d, tbToolBox::kSrcCopy, nullptr);
+  qv::tb.CopyBits(&one.map, &two.map, nullptr, &d, tbToolBox::kSrcCopy, nullptr);
   EXPECT_EQ(two.px, std::vector<unsigned char>(two.px.size(), 2));
 }
 
@@ -153,7 +151,7 @@ TEST(CopyBitsTest, NewGWorld) {
   table.SetCTTable(7, &c);
   tbRect bounds(0, 0, 5, 3);
   tbGWorld* w = nullptr;
-  ASSERT_EQ(qv::tb.NewGWorld(&w, 8, &bounds, &table), 1);
+  ASSERT_EQ(qv::tb.NewGWorld(&w, tbToolBox::kDepth8, &bounds, &table), 1);
   ASSERT_NE(w, nullptr);
   tbPixMap* pm = w->PortPixMap();
   EXPECT_TRUE(w->bounds == bounds && pm->Bounds() == bounds && *w->CTable() == table);
@@ -163,13 +161,15 @@ TEST(CopyBitsTest, NewGWorld) {
   EXPECT_EQ(Ints({pm->Pixel(4, 2), pm->Pixel(5, 2), pm->Pixel(-1, 0)}), Ints({3, 0, 0}));
   qv::tb.DisposeGWorld(w);
   qv::tb.DisposeGWorld(nullptr);
-  ASSERT_EQ(qv::tb.NewGWorld(&w, 8, &bounds, nullptr), 1);
+  ASSERT_EQ(qv::tb.NewGWorld(&w, tbToolBox::kDepth8, &bounds, nullptr), 1);
   EXPECT_EQ(*w->CTable(), tbColorTable());
   qv::tb.DisposeGWorld(w);
   // Bad requests and failed allocations (the world, then its pixels) give no world.
   NoFailures guard;
   tbRect ok(0, 0, 4, 4);
-  EXPECT_EQ(qv::tb.NewGWorld(&w, 8, nullptr, nullptr) + qv::tb.NewGWorld(nullptr, 8, &ok, nullptr), 0);
+  EXPECT_EQ(qv::tb.NewGWorld(&w, tbToolBox::kDepth8, nullptr, nullptr) +
+                qv::tb.NewGWorld(nullptr, tbToolBox::kDepth8, &ok, nullptr),
+            0);
   auto none = [&](short depth, tbRect b, int fail) {
     QvFailAllocation(fail);
     w = reinterpret_cast<tbGWorld*>(&ok);  // must be overwritten with null

@@ -95,7 +95,7 @@ TEST(ColorTableTest, ComponentsTablesAndSizes) {
   EXPECT_EQ(Ints({d.Red16(), d.Green16(), d.Blue16()}), Ints({257, 32896, 65535}));
   EXPECT_EQ(tbPoint(), tbPoint(0, 0));
   // Tables start black and full; sizes are clamped to 0 ... 255, indices wrap at 8 bits.
-  tbColorTable a, b(72), t;  // entry by entry and the size decide equality
+  tbColorTable a, b(tbColorTable::kStandard), t;  // entry by entry and the size decide equality
   EXPECT_EQ(Ints({a.CTSize(), b.CTSize()}), Ints({255, 255}));
   for (int i = 0; i < 256; ++i)
     ASSERT_EQ(*a.CTTable(static_cast<std::int16_t>(i)), tbRGBColor(0, 0, 0)) << i;

@@ -56,7 +56,7 @@ const std::vector<std::string>& HelpLines() {
   return lines;
 }
 
-Player::Player() { clock_.SetMode(2); }
+Player::Player() { clock_.SetMode(QvMPlayer::kPlayLoop); }
 
 Player::~Player() = default;
 

@@ -10,7 +10,7 @@ namespace qvscene {
 
 GWorld::GWorld(std::int16_t width, std::int16_t height, tbColorTable* table) {
   tbRect bounds(0, 0, width, height);
-  if (!qv::tb.NewGWorld(&world_, 8, &bounds, table)) world_ = nullptr;
+  if (!qv::tb.NewGWorld(&world_, tbToolBox::kDepth8, &bounds, table)) world_ = nullptr;
 }
 
 GWorld::~GWorld() {

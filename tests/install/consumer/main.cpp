@@ -24,7 +24,7 @@ int main() {
   QvMCast cast;
   unsigned char name[] = "sprite";
   short id = cast.RegAFrame(-1, &anim, 0, name, &anim);
-  tbColorTable table(72);
+  tbColorTable table(tbColorTable::kStandard);
   cast.RegOrgCTable(id, &table, nullptr, name);
 
   QvMLayer layers;
@@ -33,7 +33,7 @@ int main() {
 
   tbGWorld* world = nullptr;
   tbRect bounds(0, 0, 8, 4);
-  if (!qv::tb.NewGWorld(&world, 8, &bounds, &table)) return 1;
+  if (!qv::tb.NewGWorld(&world, tbToolBox::kDepth8, &bounds, &table)) return 1;
   tbRect area(0, 0, 8, 4);
   layers.DrawPicture(0, world->PortPixMap(), &area);
   // The anchor (top-left pixel) lands at the centre (4, 2).
@@ -45,7 +45,7 @@ int main() {
   }
   // A playing clock moves on the library's own millisecond count.
   QvMPlayer clock;
-  clock.SetMode(2);
+  clock.SetMode(QvMPlayer::kPlayLoop);
   clock.SetEnd(1000);
   clock.Play(60);
   const std::uint32_t start = qv::GetTickCount();
