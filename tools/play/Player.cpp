@@ -26,11 +26,11 @@ constexpr int kMaxLayerKeys = 10;
 
 const char* ModeName(char mode) {
   switch (mode) {
-    case 0:
+    case QvMPlayer::kPlayOnce:
       return "once";
-    case 1:
+    case QvMPlayer::kPlayBounce:
       return "bounce";
-    case 2:
+    case QvMPlayer::kPlayLoop:
       return "loop";
     default:
       return "free";

@@ -512,7 +512,7 @@ void SceneBuilder::ReadFrames(const json& member, const std::string& path,
                         static_cast<std::int16_t>(src->height)) != 0,
          "make the image of frame " + std::to_string(i));
   }
-  char mode = 2;
+  char mode = QvMPlayer::kPlayLoop;
   if (member.contains("mode")) {
     mode = static_cast<char>(
         check_.Choice(member["mode"], path + "/mode", {"once", "bounce", "loop"}));
@@ -575,14 +575,14 @@ void SceneBuilder::ReadColors(const json& v, const std::string& path, const tbCo
     const std::string cp = Checker::Child(path, i);
     if (!c.is_object()) check_.Fail(cp, "expected an object, found " + TypeName(c));
     if (!c.contains("kind")) check_.Fail(cp, "missing key \"kind\"");
-    // Kind codes of the cast store: 0 cycle, 1 flash, 2 switch, 3 fade.
+    // The choices stand in the order of the kind codes (QvAColor::kCycle ...).
     const int kind = check_.Choice(c["kind"], cp + "/kind", {"cycle", "flash", "switch", "fade"});
     switch (kind) {
-      case 0:
-      case 1:
+      case QvAColor::kCycle:
+      case QvAColor::kFlash:
         check_.Object(c, cp, {"kind", "area", "speed", "mode"}, {"area"});
         break;
-      case 2:
+      case QvAColor::kSwitch:
         check_.Object(c, cp, {"kind", "area", "speed", "mode", "tables"}, {"area", "tables"});
         break;
       default:
@@ -593,7 +593,7 @@ void SceneBuilder::ReadColors(const json& v, const std::string& path, const tbCo
       check_.Fail(cp + "/kind", "a member has at most one colour animation of each kind");
     seen[kind] = true;
     QvPal area = ReadArea(c["area"], cp + "/area", m->area);
-    char mode = kind == 3 ? 0 : 2;
+    char mode = kind == QvAColor::kFade ? QvMPlayer::kPlayOnce : QvMPlayer::kPlayLoop;
     if (c.contains("mode")) {
       mode = static_cast<char>(check_.Choice(c["mode"], cp + "/mode", {"once", "bounce", "loop"}));
     }
@@ -603,21 +603,21 @@ void SceneBuilder::ReadColors(const json& v, const std::string& path, const tbCo
     }
     std::unique_ptr<QvAColor> anim;
     QvMCastList* list = nullptr;
-    if (kind == 0) {
+    if (kind == QvAColor::kCycle) {
       auto a = std::make_unique<QvACycle>();
       a->SetMode(mode);
       a->SetSpeed(speed);
       Need(a->RegArea(&area) != 0, "register a palette area");
       list = a.get();
       anim = std::move(a);
-    } else if (kind == 1) {
+    } else if (kind == QvAColor::kFlash) {
       auto a = std::make_unique<QvAFlash>();
       a->SetMode(mode);
       a->SetSpeed(speed);
       Need(a->RegArea(&area) != 0, "register a palette area");
       list = a.get();
       anim = std::move(a);
-    } else if (kind == 2) {
+    } else if (kind == QvAColor::kSwitch) {
       auto a = std::make_unique<QvASwitch>();
       a->SetMode(mode);
       a->SetSpeed(speed);
@@ -674,10 +674,10 @@ void SceneBuilder::ReadColors(const json& v, const std::string& path, const tbCo
       cast->DelAColor(id, static_cast<char>(kind));
       Need(false, "register a colour animation");
     }
-    QvAColor* copy = kind == 0   ? cast->ACycle(id)
-                     : kind == 1 ? cast->AFlash(id)
-                     : kind == 2 ? cast->ASwitch(id)
-                                 : cast->AFade(id);
+    QvAColor* copy = kind == QvAColor::kCycle    ? cast->ACycle(id)
+                     : kind == QvAColor::kFlash  ? cast->AFlash(id)
+                     : kind == QvAColor::kSwitch ? cast->ASwitch(id)
+                                                 : cast->AFade(id);
     Need(copy != nullptr && copy->Error() == 0 && copy->Count() == own->Count(),
          "copy a colour animation");
     m->animated = true;
