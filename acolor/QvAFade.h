@@ -99,11 +99,11 @@ class QvAFade : public QvAColor, public QvMCastList {
 
   /// Passes a change on: every cast member in this animation's list
   /// receives a fresh copy (Dup()) in place of its old one, keeping its name
-  /// and start time (QvMCast::RegAColor() with kind QvAColor::kFade). Each setting
-  /// operation of the animation ends with this call; hosts call it only after
-  /// changing the clock (SetMode(), SetSpeed()) to renew the members' copies.
-  /// Allocates in the cast stores (a member whose copy cannot be made keeps
-  /// its old one, as QvMCast::RegAColor() documents).
+  /// and start time (QvMCast::RegAColor() with kind QvAColor::kFade). Each
+  /// setting operation of the animation ends with this call; hosts call it
+  /// themselves only after changing the clock (SetMode(), SetSpeed()) to renew the
+  /// members' copies. Allocates one copy per member; a member whose copy
+  /// cannot be allocated is left without a colour animation of this kind.
   void UpdateMCast();
   /// Detaches the animation: every cast member in its list receives a last
   /// copy that no longer follows the animation, and the list is emptied. The

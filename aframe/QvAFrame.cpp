@@ -1025,7 +1025,7 @@ char QvAFrame::localDrawPicture(tbGWorld* world, std::int16_t x, std::int16_t y,
   }
   region.OffsetRegion(destX, destY);
   tbRect target(destX, destY, Add16(destX, w), Add16(destY, h));
-  qv::tb.CopyBits(pm, destPixMap, &world->bounds, &target, tbToolBox::kSrcCopy, &region);
+  qv::tb.CopyBits(pm, destPixMap, &world->bounds, &target, 0x00CC0020, &region);
   region.Dispose();
   return 1;
 }

@@ -507,7 +507,7 @@ std::int16_t QvMCast::RegOrgCTable(std::int16_t id, tbColorTable* table, QvPal* 
   std::unique_ptr<tbColorTable> newTable;
   bool failed = false;
   if (table) {
-    newTable.reset(QvNew<tbColorTable>(tbColorTable::kStandard));
+    newTable.reset(QvNew<tbColorTable>(static_cast<std::int16_t>(72)));
     if (newTable) {
       for (std::int16_t i = 0; i <= 255; ++i) newTable->SetCTTable(i, table->CTTable(i));
     } else {
@@ -562,7 +562,7 @@ void QvMCast::localNewOrgGWorld(QvMCastInfo* info) {
     qv::tb.DisposeGWorld(info->orgGWorld);
     info->orgGWorld = nullptr;
   }
-  qv::tb.NewGWorld(&info->orgGWorld, tbToolBox::kDepth8, &bounds, info->orgCTable);
+  qv::tb.NewGWorld(&info->orgGWorld, 8, &bounds, info->orgCTable);
 }
 
 std::int16_t QvMCast::RegDft(std::int16_t id, std::int16_t param, QvMCastDft* entries,
@@ -1278,7 +1278,7 @@ char QvMCast::DrawPicture(std::int16_t id, std::int32_t time, tbPixMap* dst, tbR
     }
     tbRect bounds;
     qv::SetRect(&bounds, 0, 0, w, h);
-    if (!qv::tb.NewGWorld(&info->orgGWorld, tbToolBox::kDepth8, &bounds, ct)) return 0;
+    if (!qv::tb.NewGWorld(&info->orgGWorld, 8, &bounds, ct)) return 0;
   } else if (!info->orgGWorld) {
     return 0;
   }
