@@ -3,8 +3,8 @@
 // A disc and a square on layer 0 and a triangle on layer 1 overlap. The
 // program finds, for every pixel, the topmost member whose shape covers it,
 // flashes the member under a chosen point, and writes the members' icons.
-#include <qvmovie/QvMovie.h>
 #include <png.h>
+#include <qvmovie/QvMovie.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -96,14 +96,14 @@ int main(int argc, char** argv) {
     // A path of one anchor: the member stands there.
     QvMCastAnc at;
     at.point = places[i];
-    cast.RegAnc(id, &at, 1, 1, name);
+    cast.RegAnc(id, &at, 1, 1, name);  // 1: QvMCast::kAncClamp
     shapes[i].id = id;
   }
 
   QvMLayer layers;
   layers.New(0, 0);
   layers.New(1, 1);
-  layers.RegCast(0, &cast, shapes[0].id, -1);
+  layers.RegCast(0, &cast, shapes[0].id, -1);  // -1: QvMLayer::kFitNone
   layers.RegCast(0, &cast, shapes[1].id, -1);
   layers.RegCast(1, &cast, shapes[2].id, -1);
   // The members in drawing order; the topmost is the last.
@@ -115,7 +115,7 @@ int main(int argc, char** argv) {
   auto hit = [&](tbPoint p) -> std::int16_t {
     for (int i = 2; i >= 0; --i) {
       const std::int16_t id = order[i];
-      if (!cast.PtInAFrame(&p, id, moment, &area, 0)) continue;  // 0: square pixels
+      if (!cast.PtInAFrame(&p, id, moment, &area, 0)) continue;  // 0: QvMCast::kPixelsSquare
       // Inside the rectangle of the image shown at this moment (GetAFrameArea
       // puts the member's copy of the animation on the moment's frame); on
       // the shape where the image's mask is set and its pixel is not the
@@ -145,7 +145,7 @@ int main(int argc, char** argv) {
   if (!WritePng(out + "/hits.png", map.data(), kWidth, kHeight, base)) return 1;
 
   // The member under (100, 60) flashes red, green, blue, one colour per
-  // unit of movie time (kind 1: flash; mode 2: loop).
+  // unit of movie time, over and over.
   const tbPoint click(100, 60);
   const std::int16_t chosen = hit(click);
   if (chosen < 0) return 1;
@@ -154,10 +154,10 @@ int main(int argc, char** argv) {
   QvPal own;
   own.SetRange(colours[chosenIndex], colours[chosenIndex], 1);
   QvAFlash flash;
-  flash.SetMode(2);
+  flash.SetMode(2);  // QvMPlayer::kPlayLoop
   flash.RegArea(&own);
   unsigned char name[] = "chosen";
-  cast.RegAColor(chosen, &flash, 1, 0, name, &flash);
+  cast.RegAColor(chosen, &flash, 1, 0, name, &flash);  // 1: QvAColor::kFlash
   std::printf("member %d is under (100, 60)\n", static_cast<int>(chosen));
 
   std::vector<unsigned char> pixels(static_cast<std::size_t>(kWidth) * kHeight);

@@ -5,8 +5,8 @@
 // the same animation, is asked for moments 30..89 on the same layer, and
 // fitting moves it to 60..119, after the small one. It walks back from
 // right to left.
-#include <qvmovie/QvMovie.h>
 #include <png.h>
+#include <qvmovie/QvMovie.h>
 
 #include <cstdint>
 #include <cstdio>
@@ -116,11 +116,11 @@ int main(int argc, char** argv) {
   cast.SetStartEnd(landId, 0, 119);
 
   // The walk cycle: four frames of 3 clock frames each, anchored between
-  // the feet, looping (mode 2). The mode is set before the animation is
+  // the feet, looping. The mode is set before the animation is
   // attached, so the members' copies carry it.
   std::vector<unsigned char> sheet = WalkSheet();
   QvAFrame walk;
-  walk.SetMode(2);
+  walk.SetMode(2);  // QvMPlayer::kPlayLoop
   for (std::int16_t k = 0; k < 4; ++k) {
     const std::int16_t left = static_cast<std::int16_t>(k * kFrameW);
     walk.Reg(-1, left, 0, kFrameW, kFrameH, static_cast<std::int16_t>(left + kFrameW / 2),
@@ -150,21 +150,21 @@ int main(int argc, char** argv) {
   const std::int16_t smallId = cast.RegAFrame(-1, &walk, 0, smallName, &walk);
   cast.RegOrgCTable(smallId, &base, &opaque, smallName);
   cast.SetStartEnd(smallId, 0, 59);
-  cast.RegAnc(smallId, path, 19, 1, smallName);  // type 1: clamp at the ends
+  cast.RegAnc(smallId, path, 19, 1, smallName);  // 1: QvMCast::kAncClamp, stop at the ends
   cast.SetAncCount(smallId, 60.0);               // the whole path in 60 units
 
   const std::int16_t bigId = cast.RegAFrame(-1, &giant, 30, bigName, &giant);
   cast.RegOrgCTable(bigId, &base, &opaque, bigName);
-  cast.SetStartEnd(bigId, 30, 89);  // asked for 30..89: overlaps the walker
-  cast.RegAnc(bigId, back, 19, 1, bigName);
+  cast.SetStartEnd(bigId, 30, 89);           // asked for 30..89: overlaps the walker
+  cast.RegAnc(bigId, back, 19, 1, bigName);  // QvMCast::kAncClamp
   cast.SetAncCount(bigId, 60.0);
 
   QvMLayer layers;
-  layers.New(0, 0);  // index 0, the landscape
-  layers.New(1, 1);  // index 1, the walkers, drawn over it
-  layers.RegCast(0, &cast, landId, -1);  // -1: no fitting
+  layers.New(0, 0);                      // index 0, the landscape
+  layers.New(1, 1);                      // index 1, the walkers, drawn over it
+  layers.RegCast(0, &cast, landId, -1);  // -1: QvMLayer::kFitNone
   layers.RegCast(1, &cast, smallId, -1);
-  layers.RegCast(1, &cast, bigId, 0);    // 0: fit by moving into free time
+  layers.RegCast(1, &cast, bigId, 0);  // 0: QvMLayer::kFitMove, into free time
   std::printf("walker %d..%d, giant moved to %d..%d, movie ends at %d\n",
               static_cast<int>(cast.Start(smallId)), static_cast<int>(cast.End(smallId)),
               static_cast<int>(cast.Start(bigId)), static_cast<int>(cast.End(bigId)),

@@ -5,8 +5,8 @@
 // one place per frame toward the higher indices, so the stripes move down.
 // A fade darkens sky and water toward a night blue over the movie. The
 // pixels never change: each moment differs only in its colour table.
-#include <qvmovie/QvMovie.h>
 #include <png.h>
+#include <qvmovie/QvMovie.h>
 
 #include <cstdint>
 #include <cstdio>
@@ -20,9 +20,9 @@ constexpr std::int16_t kHeight = 120;
 constexpr std::int32_t kLength = 90;  // movie time 0..89, 3 seconds
 
 // Colour indices of the picture.
-constexpr unsigned char kRock = 2;     // 2..5: rock shades
-constexpr unsigned char kWater = 16;   // 16..31: water, cycled
-constexpr unsigned char kSky = 40;     // 40..47: sky, top to bottom
+constexpr unsigned char kRock = 2;    // 2..5: rock shades
+constexpr unsigned char kWater = 16;  // 16..31: water, cycled
+constexpr unsigned char kSky = 40;    // 40..47: sky, top to bottom
 constexpr unsigned char kGrass = 50;
 
 // Writes an 8-bit picture with its colour table as a palette PNG.
@@ -100,15 +100,15 @@ int main(int argc, char** argv) {
   const std::int16_t id = cast.RegAFrame(-1, &still, 0, name, &still);
   if (id < 0 || cast.RegOrgCTable(id, &base, nullptr, name) != id) return 1;
 
-  // The cycle: the water's sixteen indices, looping (mode 2), at the
+  // The cycle: the water's sixteen indices, looping, at the
   // default 30 frames per second, so one place per unit of movie time.
   QvPal water;
   water.SetRange(kWater, kWater + 15, 1);
   QvACycle cycle;
-  cycle.SetMode(2);  // loop
+  cycle.SetMode(2);  // QvMPlayer::kPlayLoop
   cycle.RegArea(&water);
   // The fade: sky and water toward night blue over the whole movie, then
-  // holding there (mode 0, play once, the default).
+  // holding there (QvMPlayer::kPlayOnce, the default).
   QvPal dusk;
   dusk.SetRange(kWater, kWater + 15, 1);
   dusk.SetRange(kSky, kSky + 7, 1);
@@ -116,14 +116,14 @@ int main(int argc, char** argv) {
   fade.RegArea(&dusk);
   fade.RegColor(tbRGBColor(10, 10, 50));
   fade.SetCount(kLength);
-  // Colour kinds: 0 cycle, 3 fade. On the member they chain in that order:
+  // On the member the kinds chain in the order cycle, flash, switch, fade:
   // the fade darkens the cycled colours.
-  if (cast.RegAColor(id, &cycle, 0, 0, name, &cycle) != id) return 1;
-  if (cast.RegAColor(id, &fade, 3, 0, name, &fade) != id) return 1;
+  if (cast.RegAColor(id, &cycle, 0, 0, name, &cycle) != id) return 1;  // 0: QvAColor::kCycle
+  if (cast.RegAColor(id, &fade, 3, 0, name, &fade) != id) return 1;    // 3: QvAColor::kFade
 
   QvMLayer layers;
   layers.New(0, 1);
-  layers.RegCast(0, &cast, id, -1);  // -1: no fitting
+  layers.RegCast(0, &cast, id, -1);  // -1: QvMLayer::kFitNone
 
   std::vector<unsigned char> pixels(static_cast<std::size_t>(kWidth) * kHeight);
   tbRect bounds(0, 0, kWidth, kHeight);
