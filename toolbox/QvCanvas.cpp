@@ -19,7 +19,8 @@ std::int16_t QvCanvas::New(std::int16_t w, std::int16_t h) {
   image = nullptr;
   rowBytes = width = height = 0;
   if (w < 1 || h < 1) return 0;
-  void* made = qv::GlobalAlloc(qv::kGlobalFixed, static_cast<std::size_t>(w) * static_cast<std::size_t>(h));
+  void* made =
+      qv::GlobalAlloc(qv::kGlobalFixed, static_cast<std::size_t>(w) * static_cast<std::size_t>(h));
   if (!made) return 0;
   block = static_cast<unsigned char*>(made);
   image = block;

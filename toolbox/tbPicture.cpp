@@ -25,7 +25,8 @@ char tbPicture::Set(const unsigned char* src, std::int16_t rowBytes, std::int16_
                     const tbColorTable* table) {
   Dispose();
   if (!src || w < 1 || h < 1 || rowBytes < w) return 0;
-  void* block = qv::GlobalAlloc(qv::kGlobalFixed, static_cast<std::size_t>(w) * static_cast<std::size_t>(h));
+  void* block =
+      qv::GlobalAlloc(qv::kGlobalFixed, static_cast<std::size_t>(w) * static_cast<std::size_t>(h));
   if (!block) return 0;
   pixels = static_cast<unsigned char*>(block);
   for (int y = 0; y < h; ++y) {

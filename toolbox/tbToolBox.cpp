@@ -42,7 +42,8 @@ std::int16_t tbToolBox::NewGWorld(tbGWorld** world, std::int16_t depth, tbRect* 
   if (QvAllocationFails()) return 0;
   tbGWorld* made = new (std::nothrow) tbGWorld;
   if (!made) return 0;
-  void* pixels = qv::GlobalAlloc(qv::kGlobalFixed, static_cast<std::size_t>(w) * static_cast<std::size_t>(h));
+  void* pixels =
+      qv::GlobalAlloc(qv::kGlobalFixed, static_cast<std::size_t>(w) * static_cast<std::size_t>(h));
   if (!pixels) {
     delete made;
     return 0;
