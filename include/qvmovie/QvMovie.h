@@ -8,7 +8,9 @@
 /// indexed colour. The host creates cast stores, layer stores and animations,
 /// places cast members in time on layers, attaches frame animations and
 /// colour animations to them, and draws any moment of the movie into an 8-bit
-/// pixel map.
+/// pixel map. The guide (the page "QvMovie for host developers") walks
+/// through the concepts in the order a host meets them, with examples; this
+/// reference documents every class, operation, field and constant.
 ///
 /// ## The classes by folder
 /// - **layer/**: QvMLayer, the timeline tracks: places cast members on
