@@ -593,7 +593,7 @@ void SceneBuilder::ReadColors(const json& v, const std::string& path, const tbCo
       check_.Fail(cp + "/kind", "a member has at most one colour animation of each kind");
     seen[kind] = true;
     QvPal area = ReadArea(c["area"], cp + "/area", m->area);
-    char mode = kind == QvAColor::kFade ? QvMPlayer::kPlayOnce : QvMPlayer::kPlayLoop;
+    char mode = kind == 3 ? 0 : 2;
     if (c.contains("mode")) {
       mode = static_cast<char>(check_.Choice(c["mode"], cp + "/mode", {"once", "bounce", "loop"}));
     }
