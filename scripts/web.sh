@@ -20,15 +20,22 @@ export NODE_PATH=/usr/share/nodejs${NODE_PATH:+:$NODE_PATH}
 
 sudo=""
 if [ "$(id -u)" != 0 ]; then sudo="sudo"; fi
+# Emscripten keeps its prebuilt system libraries in a cache it writes to;
+# a user who cannot write there works on a copy.
+cache=$(em-config CACHE)
+if [ ! -w "$cache" ]; then
+  [ -d "$web/emcache" ] || { mkdir -p "$web" && cp -r "$cache" "$web/emcache"; }
+  export EM_CACHE=$web/emcache
+fi
 
 pixman=$web/pixman
 if [ ! -f "$pixman/lib/libpixman-1.a" ]; then
   src=$web/pixman-src
   rm -rf "$src" && mkdir -p "$src/parts" "$src/lists/partial"
-  # The source package, through a scratch apt configuration that adds the
-  # deb-src entries beside the system's deb ones.
+  # The source package, through a scratch apt configuration that has a
+  # deb-src entry for each of the system's deb ones.
   for f in /etc/apt/sources.list.d/*.sources; do
-    [ -f "$f" ] && sed 's/^Types: deb$/Types: deb deb-src/' "$f" >"$src/parts/$(basename "$f")"
+    [ -f "$f" ] && sed 's/^Types: deb$/Types: deb-src/' "$f" >"$src/parts/$(basename "$f")"
   done
   if [ -f /etc/apt/sources.list ]; then
     sed -n 's/^deb \(.*\)/deb-src \1/p' /etc/apt/sources.list >"$src/parts/src.list"
@@ -36,7 +43,8 @@ if [ ! -f "$pixman/lib/libpixman-1.a" ]; then
   apt=(-o Dir::Etc::SourceList=/dev/null -o "Dir::Etc::SourceParts=$src/parts"
        -o "Dir::State::Lists=$src/lists" -o APT::Sandbox::User=root)
   $sudo apt-get "${apt[@]}" -qq update
-  # Only the upstream tarball is needed; a missing Debian diff is no failure.
+  # Only the upstream tarball is needed: a Debian diff that cannot be
+  # fetched (apt then reports an error) does not matter.
   (cd "$src" && $sudo apt-get "${apt[@]}" -qq source --download-only pixman) || true
   tarball=$(ls "$src"/pixman_*.orig.tar.* 2>/dev/null | head -n 1)
   if [ -z "$tarball" ]; then
@@ -65,7 +73,7 @@ CROSS
   done
   meson setup "$src/build" "$src"/pixman-*/ --cross-file "$src/cross.txt" \
     --prefix "$pixman" --libdir lib --default-library static --buildtype release \
-    -Dc_args=-O2 "${off[@]}"
+    -Dc_args='-O2 -w' "${off[@]}"
   ninja -C "$src/build" -j"$(nproc)" install
   rm -rf "$src"
 fi
