@@ -49,7 +49,54 @@ Rgb ReadRgb(const std::string& path) {
   return out;
 }
 
+// Every scale x scale block of the screenshot is one pixel of the render
+// tool's picture, in its colour.
+void ExpectEnlarged(const std::string& shot, const std::string& png, int scale) {
+  const Rgb page = ReadRgb(shot), ref = ReadRgb(png);
+  ASSERT_EQ(tooltest::Ints(page.width, page.height),
+            tooltest::Ints(ref.width * scale, ref.height * scale));
+  int wrong = 0;
+  for (int y = 0; y < page.height; ++y) {
+    for (int x = 0; x < page.width; ++x) {
+      if (std::memcmp(page.At(x, y), ref.At(x / scale, y / scale), 3) != 0 && wrong++ < 5) {
+        ADD_FAILURE() << "canvas (" << x << ", " << y << ") differs from pixel (" << x / scale
+                      << ", " << y / scale << ")";
+      }
+    }
+  }
+  EXPECT_EQ(wrong, 0);
+}
+
 std::string Quote(const std::string& s) { return "'" + s + "'"; }
+
+// The render tool's exit status, a space and what it wrote.
+std::string RenderTool(const std::string& args, const TempDir& dir, const std::string& env = "") {
+  const auto r = RunCommand(env + " " + QV_RENDER_TOOL + " " + args, dir);
+  return std::to_string(r.exitCode) + " " + r.text;
+}
+
+// A bad scene is reported as by every output of the render tool; an engine
+// for the browser that is not there is a failure of the run. Neither leaves
+// a page or a part of one.
+TEST(HtmlExport, BadSceneOrMissingEngineLeavesNoPage) {
+  TempDir dir;
+  tooltest::WriteTinyPictures(dir);
+  const std::string bad = tooltest::Replace(tooltest::TinySceneText(), "zoom", "zom");
+  tooltest::WriteText(dir / "bad.json", bad);
+  const std::string badRun = RenderTool(dir / "bad.json --html " + dir / "out.html", dir);
+  EXPECT_TRUE(tooltest::Contains(badRun, "2 qvmovie-render: " + dir / "bad.json:" +
+                                             std::to_string(tooltest::LineOfText(bad, "zom")) +
+                                             ": /members/0/frames/0/zom: unknown key"))
+      << badRun;
+  tooltest::WriteText(dir / "tiny.json", tooltest::TinySceneText());
+  fs::create_directory(dir / "empty");
+  const std::string missing =
+      RenderTool(dir / "tiny.json --html " + dir / "out.html", dir, "QVMOVIE_WEB_DIR=" + dir / "empty");
+  EXPECT_EQ(missing.substr(0, 2), "1 ");
+  EXPECT_TRUE(tooltest::Contains(missing, "the engine for the browser is not built")) << missing;
+  EXPECT_FALSE(fs::exists(dir / "out.html"));
+  EXPECT_FALSE(dir.HasPartial());
+}
 
 // The demo's page, made once for all tests.
 class WebPage : public ::testing::Test {
@@ -75,9 +122,10 @@ class WebPage : public ::testing::Test {
 
   // Runs browser.py on the page with the address fragment; false (and the
   // browser's complaint in the test's output) when it failed.
-  static bool Browse(const std::string& fragment, const std::string& args) {
+  static bool Browse(const std::string& fragment, const std::string& args,
+                     const std::string& page = page_) {
     const auto r = RunCommand("python3 " + Quote(QV_BROWSER_PY) + " " + Quote(QV_CHROMIUM) + " " +
-                                  Quote("file://" + page_ + "#" + fragment) + " " + args,
+                                  Quote("file://" + page + "#" + fragment) + " " + args,
                               *dir_);
     if (r.exitCode != 0) ADD_FAILURE() << r.text;
     return r.exitCode == 0;
@@ -129,18 +177,7 @@ TEST_F(WebPage, CanvasMatchesTheRenderToolAtFixedMoments) {
                            "319))' " +
                            hits));
     ASSERT_EQ(Render("--png-at " + std::to_string(t) + " " + png), "");
-    const Rgb page = ReadRgb(shot), ref = ReadRgb(png);
-    ASSERT_EQ(tooltest::Ints(page.width, page.height), tooltest::Ints(ref.width * 2, ref.height * 2));
-    int wrong = 0;
-    for (int y = 0; y < page.height; ++y) {
-      for (int x = 0; x < page.width; ++x) {
-        if (std::memcmp(page.At(x, y), ref.At(x / 2, y / 2), 3) != 0 && wrong++ < 5) {
-          ADD_FAILURE() << "canvas (" << x << ", " << y << ") differs from pixel (" << x / 2
-                        << ", " << y / 2 << ")";
-        }
-      }
-    }
-    EXPECT_EQ(wrong, 0);
+    ExpectEnlarged(shot, png, 2);
     for (const auto& name : ReadJson(hits)) EXPECT_EQ(names.count(name.get<std::string>()), 1u) << name;
   }
 }
@@ -190,6 +227,29 @@ TEST_F(WebPage, PlaysAtTheEnginesSpeedWithItsColours) {
     tables.insert(c.second);
   }
   EXPECT_GE(tables.size(), 5u);  // the fade moves on every few moments
+}
+
+// Names and text that mean something in HTML reach the engine unchanged:
+// the page of the tiny scene whose member is called "</script><!--m" names
+// it on a click, and its moment 3, four times enlarged, is the render
+// tool's (the cycle of indices 4 to 7 three steps on).
+TEST_F(WebPage, TinySceneWithMarkupInItsNames) {
+  const std::string name = "</script><!--m";
+  std::string text = tooltest::TinySceneText();
+  text = tooltest::Replace(tooltest::Replace(text, "\"m\",", "\"" + name + "\","), "[\"m\"]",
+                           "[\"" + name + "\"]");
+  tooltest::WriteTinyPictures(*dir_);
+  tooltest::WriteText(*dir_ / "tiny.json", text);
+  const std::string page = *dir_ / "tiny.html", shot = *dir_ / "tiny-shot.png";
+  ASSERT_EQ(RenderTool(*dir_ / "tiny.json --html " + page + " --png-at 3 " + (*dir_ / "tiny3.png"),
+                   *dir_),
+            "0 ");
+  ASSERT_TRUE(Browse("t=3&s=4",
+                     "--wait-for 'window.qvPage && qvPage.ready && qvPage.moment() === 3' --shot " +
+                         shot + " --eval 'qvPage.hit(7, 3)' " + (*dir_ / "hit.json"),
+                     page));
+  EXPECT_EQ(ReadJson(*dir_ / "hit.json"), name);
+  ExpectEnlarged(shot, *dir_ / "tiny3.png", 4);
 }
 
 }  // namespace
