@@ -211,8 +211,8 @@ EMSCRIPTEN_KEEPALIVE void qvw_draw(int t) {
   m.scene->DrawMoment(t, pm);
   const std::size_t w = static_cast<std::size_t>(m.scene->Width());
   for (std::int32_t y = 0; y < m.scene->Height(); ++y) {
-    std::memcpy(m.pixels.data() + y * w, pm->TopAddr() + static_cast<std::ptrdiff_t>(y) * pm->Offset(),
-                w);
+    std::memcpy(m.pixels.data() + y * w,
+                pm->TopAddr() + static_cast<std::ptrdiff_t>(y) * pm->Offset(), w);
   }
   tbColorTable table;
   m.scene->Palette(t, &table);
@@ -229,9 +229,7 @@ EMSCRIPTEN_KEEPALIVE const unsigned char* qvw_pixels() {
   return gMovie ? gMovie->pixels.data() : nullptr;
 }
 /// Its 256 colours, each as the four bytes r, g, b, 255.
-EMSCRIPTEN_KEEPALIVE const std::uint32_t* qvw_colors() {
-  return gMovie ? gMovie->colors : nullptr;
-}
+EMSCRIPTEN_KEEPALIVE const std::uint32_t* qvw_colors() { return gMovie ? gMovie->colors : nullptr; }
 
 /// Name of the topmost member whose frame covers movie pixel (x, y) in the
 /// moment drawn last (layers from the top down, on each the member placed

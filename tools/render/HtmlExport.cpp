@@ -34,8 +34,7 @@ bool ReadFile(const std::string& path, std::string* text, std::string* error) {
 }
 
 std::string Base64(const std::vector<unsigned char>& bytes) {
-  static const char kDigits[] =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  static const char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
   std::string out;
   out.reserve((bytes.size() + 2) / 3 * 4);
   for (std::size_t i = 0; i < bytes.size(); i += 3) {
@@ -103,10 +102,17 @@ std::string EscapeHtml(const std::string& text) {
   std::string out;
   for (char c : text) {
     switch (c) {
-      case '<': out += "&lt;"; break;
-      case '>': out += "&gt;"; break;
-      case '&': out += "&amp;"; break;
-      default: out += c;
+      case '<':
+        out += "&lt;";
+        break;
+      case '>':
+        out += "&gt;";
+        break;
+      case '&':
+        out += "&amp;";
+        break;
+      default:
+        out += c;
     }
   }
   return out;
@@ -120,8 +126,7 @@ std::string WebEngineDir() {
 }
 
 bool WriteHtml(const std::string& path, const std::string& scene,
-               const qvscene::LoadOptions& options, const std::string& webDir,
-               std::string* error) {
+               const qvscene::LoadOptions& options, const std::string& webDir, std::string* error) {
   std::string page, engineJs, engineWasm, sceneText;
   const std::string dir = webDir.empty() || webDir.back() == '/' ? webDir : webDir + "/";
   if (webDir.empty() || !ReadFile(dir + "page.html", &page, error) ||
@@ -169,11 +174,12 @@ bool WriteHtml(const std::string& path, const std::string& scene,
   for (std::size_t at = json.find("</"); at != std::string::npos; at = json.find("</", at + 3))
     json.replace(at, 2, "<\\/");
   std::string html;
-  if (!Fill(page,
-            {{"@QV_TITLE@", EscapeHtml(title)},
-             {"@QV_DATA@", "<script type=\"application/json\" id=\"qv-data\">" + json + "</script>"},
-             {"@QV_ENGINE@", "<script>" + engineJs + "</script>"}},
-            &html, error)) {
+  if (!Fill(
+          page,
+          {{"@QV_TITLE@", EscapeHtml(title)},
+           {"@QV_DATA@", "<script type=\"application/json\" id=\"qv-data\">" + json + "</script>"},
+           {"@QV_ENGINE@", "<script>" + engineJs + "</script>"}},
+          &html, error)) {
     return false;
   }
 

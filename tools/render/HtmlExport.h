@@ -18,7 +18,6 @@ std::string WebEngineDir();
 // are read again. False with the reason in error when a file of the engine
 // is missing or the page cannot be written.
 bool WriteHtml(const std::string& path, const std::string& scene,
-               const qvscene::LoadOptions& options, const std::string& webDir,
-               std::string* error);
+               const qvscene::LoadOptions& options, const std::string& webDir, std::string* error);
 
 }  // namespace qvrender

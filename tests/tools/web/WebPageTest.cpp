@@ -90,8 +90,8 @@ TEST(HtmlExport, BadSceneOrMissingEngineLeavesNoPage) {
       << badRun;
   tooltest::WriteText(dir / "tiny.json", tooltest::TinySceneText());
   fs::create_directory(dir / "empty");
-  const std::string missing =
-      RenderTool(dir / "tiny.json --html " + dir / "out.html", dir, "QVMOVIE_WEB_DIR=" + dir / "empty");
+  const std::string missing = RenderTool(dir / "tiny.json --html " + dir / "out.html", dir,
+                                         "QVMOVIE_WEB_DIR=" + dir / "empty");
   EXPECT_EQ(missing.substr(0, 2), "1 ");
   EXPECT_TRUE(tooltest::Contains(missing, "the engine for the browser is not built")) << missing;
   EXPECT_FALSE(fs::exists(dir / "out.html"));
@@ -108,9 +108,9 @@ class WebPage : public ::testing::Test {
     RunCommand(std::string(QV_DEMO_ASSETS_TOOL) + " " + assets, *dir_);
     scene_ = std::string(QV_EXAMPLES_DIR) + "/demo.json";
     page_ = *dir_ / "demo.html";
-    made_ = RunCommand(std::string(QV_RENDER_TOOL) + " " + scene_ + " --pictures " + assets +
-                           " --html " + page_,
-                       *dir_);
+    made_ = RunCommand(
+        std::string(QV_RENDER_TOOL) + " " + scene_ + " --pictures " + assets + " --html " + page_,
+        *dir_);
   }
   static void TearDownTestSuite() { dir_.reset(); }
   static bool Configured() { return fs::exists(std::string(QV_WEB_BUILD_DIR) + "/CMakeCache.txt"); }
@@ -178,7 +178,8 @@ TEST_F(WebPage, CanvasMatchesTheRenderToolAtFixedMoments) {
                            hits));
     ASSERT_EQ(Render("--png-at " + std::to_string(t) + " " + png), "");
     ExpectEnlarged(shot, png, 2);
-    for (const auto& name : ReadJson(hits)) EXPECT_EQ(names.count(name.get<std::string>()), 1u) << name;
+    for (const auto& name : ReadJson(hits))
+      EXPECT_EQ(names.count(name.get<std::string>()), 1u) << name;
   }
 }
 
@@ -215,17 +216,20 @@ TEST_F(WebPage, PlaysAtTheEnginesSpeedWithItsColours) {
 
   std::string args;
   for (const auto& c : colors) {
-    args += " --png-at " + std::to_string(c.first) + " " + (*dir_ / ("p" + std::to_string(c.first) + ".png"));
+    args += " --png-at " + std::to_string(c.first) + " " +
+            (*dir_ / ("p" + std::to_string(c.first) + ".png"));
   }
   ASSERT_EQ(Render(args), "");
   std::set<std::string> tables;
   for (const auto& c : colors) {
     qvscene::Picture p;
     std::string error;
-    ASSERT_TRUE(qvscene::ReadIndexedPng(*dir_ / ("p" + std::to_string(c.first) + ".png"), &p, &error));
+    ASSERT_TRUE(
+        qvscene::ReadIndexedPng(*dir_ / ("p" + std::to_string(c.first) + ".png"), &p, &error));
     char hex[256 * 6 + 1];
     for (int i = 0; i < 256; ++i)
-      std::snprintf(hex + 6 * i, 7, "%02x%02x%02x", p.palette[i][0], p.palette[i][1], p.palette[i][2]);
+      std::snprintf(hex + 6 * i, 7, "%02x%02x%02x", p.palette[i][0], p.palette[i][1],
+                    p.palette[i][2]);
     EXPECT_EQ(c.second, hex) << "moment " << c.first;
     tables.insert(c.second);
   }
@@ -245,7 +249,7 @@ TEST_F(WebPage, TinySceneWithMarkupInItsNames) {
   tooltest::WriteText(*dir_ / "tiny.json", text);
   const std::string page = *dir_ / "tiny.html", shot = *dir_ / "tiny-shot.png";
   ASSERT_EQ(RenderTool(*dir_ / "tiny.json --html " + page + " --png-at 3 " + (*dir_ / "tiny3.png"),
-                   *dir_),
+                       *dir_),
             "0 ");
   ASSERT_TRUE(Browse("t=3&s=4",
                      "--wait-for 'window.qvPage && qvPage.ready && qvPage.moment() === 3' --shot " +
