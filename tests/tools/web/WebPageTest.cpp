@@ -10,6 +10,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -120,11 +123,14 @@ class WebPage : public ::testing::Test {
     ASSERT_EQ(made_.exitCode, 0) << made_.text;
   }
 
-  // Runs browser.py on the page with the address fragment; false (and the
+  // Runs browser.py on the page with the address fragment, in the browser
+  // QV_CHROMIUM names (default: chromium on the PATH); false (and the
   // browser's complaint in the test's output) when it failed.
   static bool Browse(const std::string& fragment, const std::string& args,
                      const std::string& page = page_) {
-    const auto r = RunCommand("python3 " + Quote(QV_BROWSER_PY) + " " + Quote(QV_CHROMIUM) + " " +
+    const char* chromium = std::getenv("QV_CHROMIUM");
+    const auto r = RunCommand("python3 " + Quote(QV_BROWSER_PY) + " " +
+                                  Quote(chromium && *chromium ? chromium : "chromium") + " " +
                                   Quote("file://" + page + "#" + fragment) + " " + args,
                               *dir_);
     if (r.exitCode != 0) ADD_FAILURE() << r.text;
