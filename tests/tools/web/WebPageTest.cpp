@@ -189,6 +189,22 @@ TEST_F(WebPage, CanvasMatchesTheRenderToolAtFixedMoments) {
   }
 }
 
+// The player's keys, pressed on the page paused at moment 110: right,
+// right, left is one moment on (the step is 2); + + is four times the speed;
+// M turns the loop into playing once; O shows the overlay; space plays.
+TEST_F(WebPage, KeysOfThePlayer) {
+  const std::string state = *dir_ / "keys.json";
+  ASSERT_TRUE(Browse("t=110",
+                     "--keys 'ArrowRight,ArrowRight,ArrowLeft,+,+,m,o' --sleep 0.3 --eval "
+                     "'[qvPage.moment(), qvPage.speed(), qvPage.mode(), qvPage.overlay()]' " +
+                         state));
+  EXPECT_EQ(ReadJson(state), nlohmann::json::parse(R"([112, 60, "once", true])"));
+  ASSERT_TRUE(Browse("t=110", "--keys End --sleep 0.3 --eval 'qvPage.moment()' " + state));
+  EXPECT_EQ(ReadJson(state), 238);
+  ASSERT_TRUE(Browse("t=110", "--keys Home,' ' --sleep 0.5 --eval 'qvPage.moment()' " + state));
+  EXPECT_GT(ReadJson(state).get<int>(), 0);  // playing from the first moment
+}
+
 // Playing from moment 210 for three seconds, over the end of the movie and
 // round to its start: every moment the page drew is where the engine's
 // clock puts it (the scene's step of 2 units of 1/30 s makes 15 moments a

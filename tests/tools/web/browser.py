@@ -2,11 +2,12 @@
 """Opens a page in headless Chromium and reports on it through the DevTools
 protocol (over --remote-debugging-pipe, so nothing but Python is needed).
 
-  browser.py CHROMIUM URL [--size WxH] [--wait-for EXPR] [--sleep S]
-             [--shot OUT.png] [--eval EXPR OUT.json]...
+  browser.py CHROMIUM URL [--size WxH] [--wait-for EXPR] [--keys K1,K2,...]
+             [--sleep S] [--shot OUT.png] [--eval EXPR OUT.json]...
 
 Loads URL, waits until the JavaScript expression of --wait-for is true
-(default: window.qvPage && qvPage.ready), sleeps S seconds, then writes a
+(default: window.qvPage && qvPage.ready), presses the keys (names of
+KeyboardEvent.key: ArrowRight, Home, m, +), sleeps S seconds, then writes a
 screenshot of the page's canvas (#screen) to OUT.png and the JSON value of
 each --eval expression to its file. Exit status 0 on success, 1 on failure.
 """
@@ -94,6 +95,7 @@ def main(argv):
         return 1
     chromium, url = argv[1], argv[2]
     width, height, wait_for, sleep, shot, evals = 1000, 800, "window.qvPage && qvPage.ready", 0, None, []
+    keys = []
     i = 3
     while i < len(argv):
         if argv[i] == "--size":
@@ -101,6 +103,9 @@ def main(argv):
             i += 2
         elif argv[i] == "--wait-for":
             wait_for = argv[i + 1]
+            i += 2
+        elif argv[i] == "--keys":
+            keys = argv[i + 1].split(",")
             i += 2
         elif argv[i] == "--sleep":
             sleep = float(argv[i + 1])
@@ -124,6 +129,9 @@ def main(argv):
                 error = browser.evaluate("window.qvPage ? qvPage.error : 'no page'")
                 raise RuntimeError("waited in vain for %s (%s)" % (wait_for, error))
             time.sleep(0.05)
+        for key in keys:
+            for kind in ("keyDown", "keyUp"):
+                browser.call("Input.dispatchKeyEvent", {"type": kind, "key": key})
         time.sleep(sleep)
         if shot:
             rect = browser.evaluate(
