@@ -112,8 +112,10 @@ EMSCRIPTEN_KEEPALIVE int qvw_open(const char* name, const char* text) {
     m->scene = qvscene::LoadSceneText(name, text);
   } catch (const std::exception& e) {
     gError = e.what();
+    qvweb::ClearPictures();
     return 0;
   }
+  qvweb::ClearPictures();
   tbColorTable base = m->scene->BasePalette();
   m->world = std::make_unique<qvscene::GWorld>(m->scene->Width(), m->scene->Height(), &base);
   if (!m->world->Ok()) {
@@ -130,13 +132,13 @@ EMSCRIPTEN_KEEPALIVE int qvw_open(const char* name, const char* text) {
   m->index = m->clock.SetCur(0);
   m->shown = m->scene->From();
   gMovie = std::move(m);
-  qvweb::ClearPictures();
   return 1;
 }
 
 /// The reason the last qvw_open failed.
 EMSCRIPTEN_KEEPALIVE const char* qvw_error() { return gError.c_str(); }
 
+/// Size of the movie in pixels (0 before a movie is open).
 EMSCRIPTEN_KEEPALIVE int qvw_width() { return gMovie ? gMovie->scene->Width() : 0; }
 EMSCRIPTEN_KEEPALIVE int qvw_height() { return gMovie ? gMovie->scene->Height() : 0; }
 /// Number of moments (from, from + step, ... to).
@@ -162,6 +164,8 @@ EMSCRIPTEN_KEEPALIVE int qvw_advance() {
   return 1;
 }
 
+/// Plays on from the current moment (from the first when playing once
+/// had reached the end).
 EMSCRIPTEN_KEEPALIVE void qvw_play() {
   if (!gMovie) return;
   if (gMovie->clock.Mode() == 0 && gMovie->index >= gMovie->count - 1)
@@ -169,6 +173,7 @@ EMSCRIPTEN_KEEPALIVE void qvw_play() {
   gMovie->clock.Play(gMovie->clock.Speed());
 }
 
+/// Stops at the current moment.
 EMSCRIPTEN_KEEPALIVE void qvw_pause() {
   if (gMovie) gMovie->clock.Pause();
 }
