@@ -191,7 +191,8 @@ TEST_F(WebPage, CanvasMatchesTheRenderToolAtFixedMoments) {
 
 // The player's keys, pressed on the page paused at moment 110: right,
 // right, left is one moment on (the step is 2); + + is four times the speed;
-// M turns the loop into playing once; O shows the overlay; space plays.
+// M turns the loop into playing once; O shows the overlay; space plays;
+// a click names the member under the mouse.
 TEST_F(WebPage, KeysOfThePlayer) {
   const std::string state = *dir_ / "keys.json";
   ASSERT_TRUE(Browse("t=110",
@@ -201,6 +202,16 @@ TEST_F(WebPage, KeysOfThePlayer) {
   EXPECT_EQ(ReadJson(state), nlohmann::json::parse(R"([112, 60, "once", true])"));
   ASSERT_TRUE(Browse("t=110", "--keys End --sleep 0.3 --eval 'qvPage.moment()' " + state));
   EXPECT_EQ(ReadJson(state), 238);
+  // A click at page pixel (321, 41) of the twice enlarged movie is on its
+  // pixel (160, 20): the status names what the engine's hit test finds there.
+  ASSERT_TRUE(Browse("t=110&s=2",
+                     "--click 321,41 --sleep 0.3 --eval "
+                     "'[document.getElementById(\"status\").textContent, qvPage.hit(160, 20)]' " +
+                         state));
+  const nlohmann::json clicked = ReadJson(state);
+  EXPECT_NE(clicked[1], "");
+  EXPECT_TRUE(tooltest::Contains(clicked[0], "(160, 20): " + clicked[1].get<std::string>()))
+      << clicked;
   ASSERT_TRUE(Browse("t=110", "--keys Home,' ' --sleep 0.5 --eval 'qvPage.moment()' " + state));
   EXPECT_GT(ReadJson(state).get<int>(), 0);  // playing from the first moment
 }

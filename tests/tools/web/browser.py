@@ -3,11 +3,12 @@
 protocol (over --remote-debugging-pipe, so nothing but Python is needed).
 
   browser.py CHROMIUM URL [--size WxH] [--wait-for EXPR] [--keys K1,K2,...]
-             [--sleep S] [--shot OUT.png] [--eval EXPR OUT.json]...
+             [--click X,Y] [--sleep S] [--shot OUT.png] [--eval EXPR OUT.json]...
 
 Loads URL, waits until the JavaScript expression of --wait-for is true
 (default: window.qvPage && qvPage.ready), presses the keys (names of
-KeyboardEvent.key: ArrowRight, Home, m, +), sleeps S seconds, then writes a
+KeyboardEvent.key: ArrowRight, Home, m, +), clicks at page pixel (X, Y),
+sleeps S seconds, then writes a
 screenshot of the page's canvas (#screen) to OUT.png and the JSON value of
 each --eval expression to its file. Exit status 0 on success, 1 on failure.
 """
@@ -95,7 +96,7 @@ def main(argv):
         return 1
     chromium, url = argv[1], argv[2]
     width, height, wait_for, sleep, shot, evals = 1000, 800, "window.qvPage && qvPage.ready", 0, None, []
-    keys = []
+    keys, clicks = [], []
     i = 3
     while i < len(argv):
         if argv[i] == "--size":
@@ -106,6 +107,9 @@ def main(argv):
             i += 2
         elif argv[i] == "--keys":
             keys = argv[i + 1].split(",")
+            i += 2
+        elif argv[i] == "--click":
+            clicks.append([float(v) for v in argv[i + 1].split(",")])
             i += 2
         elif argv[i] == "--sleep":
             sleep = float(argv[i + 1])
@@ -132,6 +136,10 @@ def main(argv):
         for key in keys:
             for kind in ("keyDown", "keyUp"):
                 browser.call("Input.dispatchKeyEvent", {"type": kind, "key": key})
+        for x, y in clicks:
+            for kind in ("mousePressed", "mouseReleased"):
+                browser.call("Input.dispatchMouseEvent", {"type": kind, "x": x, "y": y,
+                                                          "button": "left", "clickCount": 1})
         time.sleep(sleep)
         if shot:
             rect = browser.evaluate(
