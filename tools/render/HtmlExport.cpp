@@ -138,8 +138,9 @@ bool WriteHtml(const std::string& path, const std::string& scene,
     return false;
   }
   if (!ReadFile(scene, &sceneText, error)) return false;
-  if (engineJs.find("</script") != std::string::npos) {
-    *error = "qvmovie-engine.js cannot be embedded (it holds </script)";
+  if (engineJs.find("</script") != std::string::npos ||
+      engineJs.find("<!--") != std::string::npos) {
+    *error = "qvmovie-engine.js cannot be embedded (it holds </script or <!--)";
     return false;
   }
 
@@ -169,10 +170,18 @@ bool WriteHtml(const std::string& path, const std::string& scene,
   }
   data["engine"] = Pack(engineWasm.data(), engineWasm.size());
 
-  // "</" inside the JSON would end its script element; "<\/" means the same.
-  std::string json = data.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-  for (std::size_t at = json.find("</"); at != std::string::npos; at = json.find("</", at + 3))
-    json.replace(at, 2, "<\\/");
+  // Inside a script element "</script" ends it and "<!--" changes how the
+  // rest is read: every "<" (in JSON only found in strings) is written as
+  // the escape "\u003c", which means the same.
+  const std::string dumped = data.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+  std::string json;
+  json.reserve(dumped.size());
+  for (char c : dumped) {
+    if (c == '<')
+      json += "\\u003c";
+    else
+      json += c;
+  }
   std::string html;
   if (!Fill(
           page,

@@ -270,11 +270,11 @@ TEST_F(WebPage, PlaysAtTheEnginesSpeedWithItsColours) {
 }
 
 // Names and text that mean something in HTML reach the engine unchanged:
-// the page of the tiny scene whose member is called "</script><!--m" names
-// it on a click, and its moment 3, four times enlarged, is the render
+// the page of the tiny scene whose member is called "<!--<script></script>m"
+// names it on a click, and its moment 3, four times enlarged, is the render
 // tool's (the cycle of indices 4 to 7 three steps on).
 TEST_F(WebPage, TinySceneWithMarkupInItsNames) {
-  const std::string name = "</script><!--m";
+  const std::string name = "<!--<script></script>m";
   std::string text = tooltest::TinySceneText();
   text = tooltest::Replace(tooltest::Replace(text, "\"m\",", "\"" + name + "\","), "[\"m\"]",
                            "[\"" + name + "\"]");

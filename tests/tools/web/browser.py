@@ -38,7 +38,7 @@ class Browser:
             [chromium, "--headless", "--no-sandbox", "--disable-gpu",
              "--remote-debugging-pipe", "--user-data-dir=" + self.profile,
              "--force-device-scale-factor=1", "--force-color-profile=srgb",
-             "--hide-scrollbars", "--no-first-run", "--mute-audio",
+             "--hide-scrollbars", "--no-first-run", "--mute-audio", "--disable-dev-shm-usage",
              "--window-size=%d,%d" % (width, height), "about:blank"],
             close_fds=False, preexec_fn=child_fds,
             stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
