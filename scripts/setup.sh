@@ -6,6 +6,10 @@ set -euo pipefail
 packages=(cmake g++ make pkg-config doxygen libgtest-dev libgmock-dev libbenchmark-dev
           libpixman-1-dev libpng-dev libgif-dev nlohmann-json3-dev
           clang libclang-rt-14-dev valgrind libsdl2-dev xvfb xauth)
+# The engine for the browser and its tests (scripts/web.sh sets QV_WEB=1).
+if [ "${QV_WEB:-0}" = 1 ]; then
+  packages+=(emscripten meson ninja-build python3 chromium)
+fi
 missing=()
 for p in "${packages[@]}"; do
   if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed"; then

@@ -21,6 +21,9 @@ count() {
 
 cmake -S . -B build -DCMAKE_BUILD_TYPE=RelWithDebInfo
 cmake --build build -j"$jobs"
+# The engine in WebAssembly beside the build (build/web), for the tests of
+# the pages of qvmovie-render --html in headless Chromium.
+bash scripts/web.sh build
 run_ctest build
 
 cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DQV_SANITIZE=ON

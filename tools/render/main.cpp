@@ -17,6 +17,7 @@
 
 #include "render/ContactSheet.h"
 #include "render/GifWriter.h"
+#include "render/HtmlExport.h"
 #include "scene/MovieTime.h"
 #include "scene/PngIO.h"
 #include "scene/SceneError.h"
@@ -31,7 +32,7 @@ constexpr int kExitUsage = 2;
 const char kUsage[] =
     "Usage: qvmovie-render SCENE [-o OUT.gif] [--png-at T OUT.png]...\n"
     "                      [--sheet OUT.png [--sheet-times T1,T2,...]]\n"
-    "                      [--scale N] [--pictures DIR] [--quiet]\n"
+    "                      [--html OUT.html] [--scale N] [--pictures DIR] [--quiet]\n"
     "\n"
     "Renders the movie that the scene file SCENE describes.\n"
     "\n"
@@ -43,6 +44,9 @@ const char kUsage[] =
     "  --sheet OUT.png        a contact sheet (RGB PNG) of several moments\n"
     "  --sheet-times LIST     comma-separated times for the sheet; default: six\n"
     "                         moments spread over the output range\n"
+    "  --html OUT.html        one self-contained web page that plays the movie in\n"
+    "                         a browser (the engine in WebAssembly, the scene and\n"
+    "                         its pictures embedded)\n"
     "  --scale N              enlarge every output N times (1 to 8), each pixel\n"
     "                         becoming an N x N block\n"
     "  --pictures DIR         resolve relative picture file names against DIR\n"
@@ -96,6 +100,7 @@ struct Options {
   std::string gif;
   std::vector<std::pair<std::int32_t, std::string>> pngs;
   std::string sheet;
+  std::string html;
   bool sheetTimesGiven = false;
   std::vector<std::int32_t> sheetTimes;
   std::string pictures;
@@ -150,6 +155,9 @@ Options ParseArgs(int argc, char** argv) {
         throw Usage{"--scale: '" + v + "' is not a whole number from 1 to 8"};
       }
       o.scale = v[0] - '0';
+    } else if (a == "--html") {
+      if (!o.html.empty()) throw Usage{"--html given twice"};
+      o.html = value(i, a);
     } else if (a == "--pictures") {
       o.pictures = value(i, a);
     } else if (a == "-q" || a == "--quiet") {
@@ -164,8 +172,8 @@ Options ParseArgs(int argc, char** argv) {
   }
   if (o.help) return o;
   if (o.scene.empty()) throw Usage{"no scene file given"};
-  if (o.gif.empty() && o.pngs.empty() && o.sheet.empty()) {
-    throw Usage{"no output given (use -o, --png-at or --sheet)"};
+  if (o.gif.empty() && o.pngs.empty() && o.sheet.empty() && o.html.empty()) {
+    throw Usage{"no output given (use -o, --png-at, --sheet or --html)"};
   }
   if (o.sheetTimesGiven && o.sheet.empty()) throw Usage{"--sheet-times needs --sheet"};
   // The same file must not be asked for twice.
@@ -173,6 +181,7 @@ Options ParseArgs(int argc, char** argv) {
   if (!o.gif.empty()) outs.push_back(o.gif);
   for (const auto& p : o.pngs) outs.push_back(p.second);
   if (!o.sheet.empty()) outs.push_back(o.sheet);
+  if (!o.html.empty()) outs.push_back(o.html);
   for (std::size_t i = 0; i < outs.size(); ++i) {
     for (std::size_t j = i + 1; j < outs.size(); ++j) {
       if (outs[i] == outs[j]) throw Usage{"output '" + outs[i] + "' given twice"};
@@ -364,6 +373,12 @@ int Run(const Options& o) {
       progress.Update(++done, "rendering moment");
     }
     if (!qvscene::WriteRgbPng(temp, sheet.Sheet(), &error)) return Fail(kExitRender, error);
+  }
+  if (!o.html.empty()) {
+    std::string temp;
+    if (!outputs.Add(o.html, &temp, &error)) return Fail(kExitRender, error);
+    if (!qvrender::WriteHtml(temp, o.scene, load, qvrender::WebEngineDir(), &error))
+      return Fail(kExitRender, error);
   }
   progress.Done();
   if (!outputs.Commit(&error)) return Fail(kExitRender, error);

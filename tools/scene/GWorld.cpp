@@ -1,5 +1,6 @@
 #include "scene/GWorld.h"
 
+#include <cstddef>
 #include <cstring>
 
 #include "toolbox/tbGWorld.h"

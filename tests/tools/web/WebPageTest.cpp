@@ -1,0 +1,295 @@
+// The page of `qvmovie-render --html` in a real browser (headless Chromium,
+// driven through its DevTools protocol by browser.py): the canvas at fixed
+// moments against the render tool's pictures of the same moments, pixel for
+// pixel and colour for colour, and the running page against the engine's
+// speed and colour tables. Skipped when the WebAssembly build (scripts/web.sh)
+// was not configured beside this build.
+
+#include <png.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "../ToolTestUtil.h"
+
+namespace {
+
+using tooltest::RunCommand;
+using tooltest::TempDir;
+namespace fs = std::filesystem;
+
+// Any PNG decoded to 8-bit RGB by libpng itself (palettes expanded).
+struct Rgb {
+  int width = 0, height = 0;
+  std::vector<unsigned char> pixels;
+  const unsigned char* At(int x, int y) const {
+    return &pixels[(static_cast<std::size_t>(y) * width + x) * 3];
+  }
+};
+
+Rgb ReadRgb(const std::string& path) {
+  png_image image{};
+  image.version = PNG_IMAGE_VERSION;
+  Rgb out;
+  if (!png_image_begin_read_from_file(&image, path.c_str())) return out;
+  image.format = PNG_FORMAT_RGB;
+  out.pixels.resize(PNG_IMAGE_SIZE(image));
+  if (!png_image_finish_read(&image, nullptr, out.pixels.data(), 0, nullptr)) return out;
+  out.width = static_cast<int>(image.width);
+  out.height = static_cast<int>(image.height);
+  return out;
+}
+
+// Every scale x scale block of the screenshot is one pixel of the render
+// tool's picture, in its colour.
+void ExpectEnlarged(const std::string& shot, const std::string& png, int scale) {
+  const Rgb page = ReadRgb(shot), ref = ReadRgb(png);
+  ASSERT_EQ(tooltest::Ints(page.width, page.height),
+            tooltest::Ints(ref.width * scale, ref.height * scale));
+  int wrong = 0;
+  for (int y = 0; y < page.height; ++y) {
+    for (int x = 0; x < page.width; ++x) {
+      if (std::memcmp(page.At(x, y), ref.At(x / scale, y / scale), 3) != 0 && wrong++ < 5) {
+        ADD_FAILURE() << "canvas (" << x << ", " << y << ") differs from pixel (" << x / scale
+                      << ", " << y / scale << ")";
+      }
+    }
+  }
+  EXPECT_EQ(wrong, 0);
+}
+
+std::string Quote(const std::string& s) { return "'" + s + "'"; }
+
+// The render tool's exit status, a space and what it wrote.
+std::string RenderTool(const std::string& args, const TempDir& dir, const std::string& env = "") {
+  const auto r = RunCommand(env + " " + QV_RENDER_TOOL + " " + args, dir);
+  return std::to_string(r.exitCode) + " " + r.text;
+}
+
+// A bad scene is reported as by every output of the render tool; an engine
+// for the browser that is not there is a failure of the run. Neither leaves
+// a page or a part of one.
+TEST(HtmlExport, BadSceneOrMissingEngineLeavesNoPage) {
+  TempDir dir;
+  tooltest::WriteTinyPictures(dir);
+  const std::string bad = tooltest::Replace(tooltest::TinySceneText(), "zoom", "zom");
+  tooltest::WriteText(dir / "bad.json", bad);
+  const std::string badRun = RenderTool(dir / "bad.json --html " + dir / "out.html", dir);
+  EXPECT_TRUE(tooltest::Contains(badRun, "2 qvmovie-render: " + dir / "bad.json:" +
+                                             std::to_string(tooltest::LineOfText(bad, "zom")) +
+                                             ": /members/0/frames/0/zom: unknown key"))
+      << badRun;
+  tooltest::WriteText(dir / "tiny.json", tooltest::TinySceneText());
+  fs::create_directory(dir / "empty");
+  const std::string missing = RenderTool(dir / "tiny.json --html " + dir / "out.html", dir,
+                                         "QVMOVIE_WEB_DIR=" + dir / "empty");
+  EXPECT_EQ(missing.substr(0, 2), "1 ");
+  EXPECT_TRUE(tooltest::Contains(missing, "the engine for the browser is not built")) << missing;
+  EXPECT_FALSE(fs::exists(dir / "out.html"));
+  EXPECT_FALSE(dir.HasPartial());
+}
+
+// The demo's page, made once for all tests.
+class WebPage : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    if (!Configured()) return;
+    dir_ = std::make_unique<TempDir>();
+    const std::string assets = *dir_ / "assets";
+    RunCommand(std::string(QV_DEMO_ASSETS_TOOL) + " " + assets, *dir_);
+    scene_ = std::string(QV_EXAMPLES_DIR) + "/demo.json";
+    page_ = *dir_ / "demo.html";
+    made_ = RunCommand(
+        std::string(QV_RENDER_TOOL) + " " + scene_ + " --pictures " + assets + " --html " + page_,
+        *dir_);
+  }
+  static void TearDownTestSuite() { dir_.reset(); }
+  static bool Configured() { return fs::exists(std::string(QV_WEB_BUILD_DIR) + "/CMakeCache.txt"); }
+
+  void SetUp() override {
+    if (!Configured()) GTEST_SKIP() << "the WebAssembly build is not configured (scripts/web.sh)";
+    ASSERT_EQ(made_.exitCode, 0) << made_.text;
+  }
+
+  // Runs browser.py on the page with the address fragment, in the browser
+  // QV_CHROMIUM names (default: chromium on the PATH); false (and the
+  // browser's complaint in the test's output) when it failed.
+  static bool Browse(const std::string& fragment, const std::string& args,
+                     const std::string& page = page_) {
+    const char* chromium = std::getenv("QV_CHROMIUM");
+    const auto r = RunCommand("python3 " + Quote(QV_BROWSER_PY) + " " +
+                                  Quote(chromium && *chromium ? chromium : "chromium") + " " +
+                                  Quote("file://" + page + "#" + fragment) + " " + args,
+                              *dir_);
+    if (r.exitCode != 0) ADD_FAILURE() << r.text;
+    return r.exitCode == 0;
+  }
+  static nlohmann::json ReadJson(const std::string& path) {
+    return nlohmann::json::parse(tooltest::Slurp(path));
+  }
+  static std::string Render(const std::string& args) {
+    const auto r = RunCommand(std::string(QV_RENDER_TOOL) + " " + scene_ + " --pictures " +
+                                  (*dir_ / "assets") + " " + args,
+                              *dir_);
+    return r.exitCode == 0 ? std::string() : r.text;
+  }
+
+  static std::unique_ptr<TempDir> dir_;
+  static std::string scene_, page_;
+  static tooltest::RunResult made_;
+};
+
+std::unique_ptr<TempDir> WebPage::dir_;
+std::string WebPage::scene_, WebPage::page_;
+tooltest::RunResult WebPage::made_;
+
+TEST_F(WebPage, IsOneSmallFile) {
+  const std::string html = tooltest::Slurp(page_);
+  EXPECT_LE(html.size(), 400u * 1024u);
+  // Nothing is fetched: no script, style or picture from elsewhere.
+  EXPECT_FALSE(tooltest::Contains(html, "<script src"));
+  EXPECT_FALSE(tooltest::Contains(html, "<link"));
+  EXPECT_FALSE(tooltest::Contains(html, "<img"));
+}
+
+// #t=T&s=2: moment T paused, twice enlarged. Every 2 x 2 block of the
+// canvas is one pixel of the render tool's moment, in its colour; and a
+// click anywhere names a member of the scene.
+TEST_F(WebPage, CanvasMatchesTheRenderToolAtFixedMoments) {
+  std::set<std::string> names;
+  const nlohmann::json scene = ReadJson(scene_);
+  for (const auto& m : scene["members"]) names.insert(m["name"].get<std::string>());
+  for (const int t : {0, 110, 238}) {
+    SCOPED_TRACE("moment " + std::to_string(t));
+    const std::string shot = *dir_ / ("shot" + std::to_string(t) + ".png");
+    const std::string png = *dir_ / ("render" + std::to_string(t) + ".png");
+    const std::string hits = *dir_ / ("hits" + std::to_string(t) + ".json");
+    ASSERT_TRUE(Browse("t=" + std::to_string(t) + "&s=2",
+                       "--wait-for 'window.qvPage && qvPage.ready && qvPage.moment() === " +
+                           std::to_string(t) + "' --shot " + shot +
+                           " --eval '[0, 80, 160, 240, 319].map((x) => qvPage.hit(x, x * 199 / "
+                           "319))' " +
+                           hits));
+    ASSERT_EQ(Render("--png-at " + std::to_string(t) + " " + png), "");
+    ExpectEnlarged(shot, png, 2);
+    for (const auto& name : ReadJson(hits))
+      EXPECT_EQ(names.count(name.get<std::string>()), 1u) << name;
+  }
+}
+
+// The player's keys, pressed on the page paused at moment 110: right,
+// right, left is one moment on (the step is 2); + + is four times the speed;
+// M turns the loop into playing once; O shows the overlay; space plays;
+// a click names the member under the mouse.
+TEST_F(WebPage, KeysOfThePlayer) {
+  const std::string state = *dir_ / "keys.json";
+  ASSERT_TRUE(Browse("t=110",
+                     "--keys 'ArrowRight,ArrowRight,ArrowLeft,+,+,m,o' --sleep 0.3 --eval "
+                     "'[qvPage.moment(), qvPage.speed(), qvPage.mode(), qvPage.overlay()]' " +
+                         state));
+  EXPECT_EQ(ReadJson(state), nlohmann::json::parse(R"([112, 60, "once", true])"));
+  ASSERT_TRUE(Browse("t=110", "--keys End --sleep 0.3 --eval 'qvPage.moment()' " + state));
+  EXPECT_EQ(ReadJson(state), 238);
+  // A click at page pixel (321, 41) of the twice enlarged movie is on its
+  // pixel (160, 20): the status names what the engine's hit test finds there.
+  ASSERT_TRUE(Browse("t=110&s=2",
+                     "--click 321,41 --sleep 0.3 --eval "
+                     "'[document.getElementById(\"status\").textContent, qvPage.hit(160, 20)]' " +
+                         state));
+  const nlohmann::json clicked = ReadJson(state);
+  EXPECT_NE(clicked[1], "");
+  EXPECT_TRUE(tooltest::Contains(clicked[0], "(160, 20): " + clicked[1].get<std::string>()))
+      << clicked;
+  ASSERT_TRUE(Browse("t=110", "--keys Home,' ' --sleep 0.5 --eval 'qvPage.moment()' " + state));
+  EXPECT_GT(ReadJson(state).get<int>(), 0);  // playing from the first moment
+}
+
+// Playing from moment 210 for three seconds, over the end of the movie and
+// round to its start: every moment the page drew is where the engine's
+// clock puts it (the scene's step of 2 units of 1/30 s makes 15 moments a
+// second; the loop does not drift), and its colours are the render tool's
+// colour table of that moment (the dusk fade, then the water's cycle).
+TEST_F(WebPage, PlaysAtTheEnginesSpeedWithItsColours) {
+  const std::string log = *dir_ / "log.json", speed = *dir_ / "speed.json";
+  const std::string started = *dir_ / "started.json";
+  ASSERT_TRUE(Browse("t=210&play&log&s=1", "--sleep 3 --eval qvPage.log " + log +
+                                               " --eval 'qvPage.speed()' " + speed +
+                                               " --eval qvPage.started " + started));
+  const nlohmann::json entries = ReadJson(log), start = ReadJson(started);
+  const nlohmann::json scene = ReadJson(scene_);
+  const int fps = 30 / scene["output"]["step"].get<int>();
+  ASSERT_EQ(ReadJson(speed).get<int>(), fps);
+  ASSERT_GE(entries.size(), 20u);  // about 45 in three seconds
+  // Where the clock puts the moment at each drawing, counted from the
+  // moment and the millisecond at which playing started.
+  const double ms0 = start["ms"].get<double>();
+  const int index0 = start["index"].get<int>();
+  const int count = static_cast<int>(scene["output"]["to"].get<int>() / 2 + 1);
+  EXPECT_EQ(index0, 210 / 2);
+  std::map<int, std::string> colors;  // moment -> colour table as hex
+  for (const auto& e : entries) {
+    const double expected = index0 + (e["ms"].get<double>() - ms0) * fps / 1000.0;
+    const double behind = std::remainder(expected - e["index"].get<int>(), count);
+    EXPECT_LE(std::fabs(behind), 2.0) << e["ms"];
+    colors[e["t"].get<int>()] = e["colors"].get<std::string>();
+  }
+  EXPECT_GE(colors.size(), 20u);  // most moments were drawn
+
+  std::string args;
+  for (const auto& c : colors) {
+    args += " --png-at " + std::to_string(c.first) + " " +
+            (*dir_ / ("p" + std::to_string(c.first) + ".png"));
+  }
+  ASSERT_EQ(Render(args), "");
+  std::set<std::string> tables;
+  for (const auto& c : colors) {
+    qvscene::Picture p;
+    std::string error;
+    ASSERT_TRUE(
+        qvscene::ReadIndexedPng(*dir_ / ("p" + std::to_string(c.first) + ".png"), &p, &error));
+    char hex[256 * 6 + 1];
+    for (int i = 0; i < 256; ++i)
+      std::snprintf(hex + 6 * i, 7, "%02x%02x%02x", p.palette[i][0], p.palette[i][1],
+                    p.palette[i][2]);
+    EXPECT_EQ(c.second, hex) << "moment " << c.first;
+    tables.insert(c.second);
+  }
+  EXPECT_GE(tables.size(), 5u);  // the fade moves on every few moments
+}
+
+// Names and text that mean something in HTML reach the engine unchanged:
+// the page of the tiny scene whose member is called "<!--<script></script>m"
+// names it on a click, and its moment 3, four times enlarged, is the render
+// tool's (the cycle of indices 4 to 7 three steps on).
+TEST_F(WebPage, TinySceneWithMarkupInItsNames) {
+  const std::string name = "<!--<script></script>m";
+  std::string text = tooltest::TinySceneText();
+  text = tooltest::Replace(tooltest::Replace(text, "\"m\",", "\"" + name + "\","), "[\"m\"]",
+                           "[\"" + name + "\"]");
+  tooltest::WriteTinyPictures(*dir_);
+  tooltest::WriteText(*dir_ / "tiny.json", text);
+  const std::string page = *dir_ / "tiny.html", shot = *dir_ / "tiny-shot.png";
+  ASSERT_EQ(RenderTool(*dir_ / "tiny.json --html " + page + " --png-at 3 " + (*dir_ / "tiny3.png"),
+                       *dir_),
+            "0 ");
+  ASSERT_TRUE(Browse("t=3&s=4",
+                     "--wait-for 'window.qvPage && qvPage.ready && qvPage.moment() === 3' --shot " +
+                         shot + " --eval 'qvPage.hit(7, 3)' " + (*dir_ / "hit.json"),
+                     page));
+  EXPECT_EQ(ReadJson(*dir_ / "hit.json"), name);
+  ExpectEnlarged(shot, *dir_ / "tiny3.png", 4);
+}
+
+}  // namespace
