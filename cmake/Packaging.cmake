@@ -1,6 +1,6 @@
 # Debian packages, made in the build directory with
 #
-#   cpack -G DEB
+#   cpack -G DEB        (or: cmake --build . --target package)
 #
 # one per install component: libqvmovie0 (the shared library), libqvmovie-dev
 # (headers, the link name, CMake and pkg-config files) and qvmovie-tools (the
@@ -9,10 +9,10 @@
 # (package dpkg-dev); the dev and tools packages depend on libqvmovie0 of the
 # same version.
 
+set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME qvmovie)
 set(CPACK_PACKAGE_VENDOR "QvMovie")
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
 set(CPACK_PACKAGE_CONTACT "QvMovie developers <qvmovie@localhost>")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
@@ -36,26 +36,23 @@ set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 string(CONCAT CPACK_COMPONENT_LIBRARY_DESCRIPTION
-  "${PROJECT_DESCRIPTION}: shared library\n"
-  "The animation engine of an 8-bit indexed-colour paint program: cast\n"
-  "members with frame and colour animations, placed in time on layers and\n"
-  "drawn into 8-bit pixel maps.")
+  "The shared library. The animation engine of an 8-bit indexed-colour paint\n"
+  "program: cast members with frame and colour animations, placed in time on\n"
+  "layers and drawn into 8-bit pixel maps.")
 
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME libqvmovie-dev)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
 set(CPACK_COMPONENT_DEV_DEPENDS library)
 string(CONCAT CPACK_COMPONENT_DEV_DESCRIPTION
-  "${PROJECT_DESCRIPTION}: development files\n"
-  "Headers, the link name, the CMake package (find_package(QvMovie)) and\n"
-  "the pkg-config file (qvmovie) of the QvMovie library.")
+  "Development files: headers, the link name, the CMake package\n"
+  "(find_package(QvMovie)) and the pkg-config file (qvmovie).")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME qvmovie-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION graphics)
 set(CPACK_COMPONENT_TOOLS_DEPENDS library)
 string(CONCAT CPACK_COMPONENT_TOOLS_DESCRIPTION
-  "${PROJECT_DESCRIPTION}: tools and examples\n"
-  "qvmovie-render draws a scene file into an animated GIF or PNG pictures;\n"
-  "qvmovie-play plays it in a window. With the example scenes, their\n"
-  "pictures and the scene format's description.")
+  "Tools and examples: qvmovie-render draws a scene file into an animated\n"
+  "GIF or PNG pictures; qvmovie-play plays it in a window. With the example\n"
+  "scenes, their pictures and the scene format's description.")
 
 include(CPack)
