@@ -1,11 +1,37 @@
 #!/usr/bin/env bash
-# Renders the demo movie: installs what is missing, builds the tools, makes
-# the demo's source pictures and renders examples/demo.json to out/demo.gif.
+# Renders the example movies: installs what is missing (scripts/setup.sh),
+# configures and builds the library and the tools in the repository's build/
+# folder, and renders every scene of examples/ to an animated GIF.
+#
+#   scripts/demo.sh [OUT_DIR]
+#
+# OUT_DIR (default: out/ in the repository; a relative path is taken from the
+# current folder) receives demo.gif, falls.gif, ... Prints one line per GIF;
+# the build's output goes to build/demo-build.log and is shown only when the
+# build fails. Afterwards "cmake --install build --prefix P" installs the
+# library and the tools.
 set -euo pipefail
-cd "$(dirname "$0")/.."
-bash scripts/setup.sh
+root=$(cd "$(dirname "$0")/.." && pwd)
+out=${1:-$root/out}
+bash "$root/scripts/setup.sh"
 
-cmake -S . -B build -DCMAKE_BUILD_TYPE=RelWithDebInfo
-cmake --build build -j"$(nproc)" --target qvmovie-render qvmovie-demo-assets
-bash tools/render-demo.sh build out/demo.gif
-echo "Rendered out/demo.gif"
+build=$root/build
+log=$build/demo-build.log
+mkdir -p "$build"
+# The tools an install holds: the renderer, and the player when SDL2 is there.
+targets=(qvmovie-render)
+if pkg-config --exists sdl2; then targets+=(qvmovie-play); fi
+if ! { cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo &&
+       cmake --build "$build" -j"$(nproc)" --target "${targets[@]}"; } >"$log" 2>&1; then
+  cat "$log"
+  echo "demo: the build failed (log: $log)" >&2
+  exit 1
+fi
+echo "Built ${targets[*]} in $build"
+
+mkdir -p "$out"
+for scene in "$root"/examples/*.json; do
+  name=$(basename "$scene" .json)
+  "$build/tools/qvmovie-render" "$scene" -q -o "$out/$name.gif"
+  echo "Rendered $out/$name.gif"
+done

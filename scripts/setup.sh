@@ -1,11 +1,15 @@
 #!/usr/bin/env bash
-# Installs the Debian packages the build, the tests and the tools need, when
-# they are missing. Safe to run again: it installs nothing that is present.
+# Installs the Debian packages the build, the tests, the tools and the Debian
+# packaging need, when they are missing. Safe to run again: it installs
+# nothing that is present. Prints one line naming what it installs, nothing
+# when everything is there.
+#   scripts/setup.sh
 set -euo pipefail
 
 packages=(cmake g++ make pkg-config doxygen libgtest-dev libgmock-dev libbenchmark-dev
           libpixman-1-dev libpng-dev libgif-dev nlohmann-json3-dev
-          clang libclang-rt-14-dev valgrind libsdl2-dev xvfb xauth)
+          clang libclang-rt-14-dev valgrind libsdl2-dev xvfb xauth
+          dpkg-dev man-db)
 # The engine for the browser and its tests (scripts/web.sh sets QV_WEB=1).
 if [ "${QV_WEB:-0}" = 1 ]; then
   packages+=(emscripten meson ninja-build python3 chromium)

@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
-# Generates the demo's pictures and renders the demo scene to an animated GIF.
+# Renders the demo scene to an animated GIF (the README's picture too).
 #
 #   tools/render-demo.sh BUILD_DIR [OUT.gif [STILL.png]]
 #
-# BUILD_DIR is a build directory in which the targets qvmovie-render and
-# qvmovie-demo-assets are built. The pictures go to BUILD_DIR/demo-assets;
-# the GIF to OUT.gif (default out/demo.gif). With STILL.png, moment 110 of
-# the demo is also written there, twice enlarged (the README's picture).
+# BUILD_DIR is a build directory in which the target qvmovie-render is built.
+# The GIF goes to OUT.gif (default out/demo.gif); with STILL.png, moment 110
+# of the demo is also written there, twice enlarged (the README's picture).
+# Relative paths are taken from the current folder.
 set -euo pipefail
 
 if [ $# -lt 1 ] || [ $# -gt 3 ]; then
@@ -17,10 +17,9 @@ build=$1
 out=${2:-out/demo.gif}
 root=$(cd "$(dirname "$0")/.." && pwd)
 
-"$build/tools/qvmovie-demo-assets" "$build/demo-assets"
-"$build/tools/qvmovie-render" "$root/examples/demo.json" --pictures "$build/demo-assets" -o "$out"
+mkdir -p "$(dirname "$out")"
+"$build/tools/qvmovie-render" "$root/examples/demo.json" -q -o "$out"
 if [ $# -eq 3 ]; then
-  "$build/tools/qvmovie-render" "$root/examples/demo.json" --pictures "$build/demo-assets" \
-    --scale 2 --png-at 110 "$3"
+  "$build/tools/qvmovie-render" "$root/examples/demo.json" -q --scale 2 --png-at 110 "$3"
 fi
 echo "wrote $out"

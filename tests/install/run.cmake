@@ -37,3 +37,39 @@ separate_arguments(flags UNIX_COMMAND "${flags}")
 run(c++ -std=c++17 ${SOURCE_DIR}/tests/install/consumer/main.cpp ${flags}
     -Wl,-rpath,${prefix}/lib -o ${WORK_DIR}/consumer-pc)
 run(${WORK_DIR}/consumer-pc)
+
+# The tools with their manual pages, examples and documentation; the
+# installed tree moved elsewhere, the render tool run from a third folder on
+# every installed example with no library path set: it finds the library
+# through its relative runtime path.
+if(WITH_TOOLS)
+  foreach(f bin/qvmovie-render share/man/man1/qvmovie-render.1 share/doc/qvmovie/SCENE.md
+            share/doc/qvmovie/README.md share/qvmovie/examples/demo.json
+            share/qvmovie/examples/falls.json share/qvmovie/examples/falls.png)
+    if(NOT EXISTS ${prefix}/${f})
+      message(FATAL_ERROR "not installed: ${f}")
+    endif()
+  endforeach()
+  set(moved ${WORK_DIR}/moved/elsewhere)
+  file(MAKE_DIRECTORY ${WORK_DIR}/moved ${WORK_DIR}/cwd)
+  file(RENAME ${prefix} ${moved})
+  file(GLOB scenes ${moved}/share/qvmovie/examples/*.json)
+  foreach(scene IN LISTS scenes)
+    get_filename_component(name ${scene} NAME_WE)
+    execute_process(COMMAND ${CMAKE_COMMAND} -E env --unset=LD_LIBRARY_PATH
+                            ${moved}/bin/qvmovie-render ${scene} -q -o ${name}.gif
+                    WORKING_DIRECTORY ${WORK_DIR}/cwd RESULT_VARIABLE rc ERROR_VARIABLE err)
+    if(NOT rc EQUAL 0 OR NOT EXISTS ${WORK_DIR}/cwd/${name}.gif)
+      message(FATAL_ERROR "moved install: qvmovie-render ${scene} failed (${rc}): ${err}")
+    endif()
+  endforeach()
+  # The runtime path is relative: the build tree's library is not what it found.
+  find_program(readelf readelf)
+  if(readelf)
+    execute_process(COMMAND ${readelf} -d ${moved}/bin/qvmovie-render OUTPUT_VARIABLE dynamic)
+    string(REGEX MATCH "R(UN)?PATH[^\n]*" path_line "${dynamic}")
+    if(NOT path_line MATCHES "\\[\\$ORIGIN/../lib\\]")
+      message(FATAL_ERROR "installed qvmovie-render: '${path_line}', expected [$ORIGIN/../lib]")
+    endif()
+  endif()
+endif()

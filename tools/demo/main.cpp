@@ -1,6 +1,8 @@
-// qvmovie-demo-assets: draws the indexed pictures of the demo scene
-// (examples/demo.json) into a directory. Everything is computed here; all
-// pictures share one 256-colour palette, laid out as follows:
+// qvmovie-demo-assets: draws the indexed pictures of the example scenes
+// (examples/demo.json and examples/falls.json) into a directory; the copies
+// in examples/ were made by it, and a test checks that it still makes the
+// same bytes. Everything is computed here; all pictures of the demo share
+// one 256-colour palette, laid out as follows:
 //
 //     0        transparent key of the sprites (black)
 //     1 - 15   the walking figure: outline, skin, shirt, trousers, hair, greys
@@ -17,7 +19,10 @@
 //   136 - 138  sign board and pole
 
 #include <sys/stat.h>
+
+#include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -369,6 +374,133 @@ Picture Moon() {
   return p;
 }
 
+// The falls scene (examples/falls.json): one picture, still but for its
+// colours, in the manner of the colour-cycling landscapes of 8-bit paint
+// programs. Its own palette:
+//
+//     0        black
+//     1 - 24   sky, top to horizon
+//    25 - 31   far mountains
+//    32 - 47   falling water and foam (cycled fast: the water falls)
+//    48 - 59   ripples of the pool, one ring of blues (cycled: they spread)
+//    72 - 87   flames (cycled: they rise)
+//    88 - 95   stars (cycled slowly: they twinkle)
+//    96 - 111  rock of the cliff
+//   112 - 119  grass and bushes of the banks
+//   120 - 123  logs of the fire
+void MakeFallsPalette(Picture* p) {
+  for (int i = 0; i < 256; ++i) SetColor(p, i, {0, 0, 0});
+  for (int i = 0; i < 24; ++i) {
+    const double t = i / 23.0;
+    SetColor(p, 1 + i,
+             t < 0.6 ? Mix({12, 14, 44}, {84, 56, 120}, t / 0.6)
+                     : Mix({84, 56, 120}, {236, 132, 86}, (t - 0.6) / 0.4));
+  }
+  for (int i = 0; i < 7; ++i) SetColor(p, 25 + i, Mix({40, 30, 72}, {92, 62, 108}, i / 6.0));
+  // Streaks of light and dark water, so that their motion shows.
+  const int water[16] = {250, 226, 196, 160, 124, 104, 132, 182,
+                         238, 204, 150, 112, 92,  120, 170, 214};
+  for (int i = 0; i < 16; ++i) {
+    const int v = water[i];
+    SetColor(p, 32 + i, {v * 3 / 4, v * 7 / 8, std::min(255, v + 20)});
+  }
+  for (int i = 0; i < 12; ++i) {
+    const double t = (1.0 - std::cos(2.0 * kPi * i / 12.0)) / 2.0;
+    SetColor(p, 48 + i, Mix({14, 36, 86}, {70, 130, 190}, t));
+  }
+  const Rgb flame[16] = {{255, 250, 210}, {255, 236, 130}, {255, 212, 80}, {252, 176, 48},
+                         {246, 136, 32},  {228, 96, 24},   {190, 60, 20},  {130, 34, 18},
+                         {204, 72, 22},   {244, 128, 30},  {255, 196, 64}, {255, 230, 120},
+                         {250, 160, 40},  {220, 84, 22},   {160, 44, 18},  {240, 116, 28}};
+  for (int i = 0; i < 16; ++i) SetColor(p, 72 + i, flame[i]);
+  const int star[8] = {0, 40, 100, 170, 255, 170, 100, 40};
+  for (int i = 0; i < 8; ++i)
+    SetColor(p, 88 + i, Mix({40, 44, 92}, {255, 255, 240}, star[i] / 255.0));
+  for (int i = 0; i < 16; ++i) SetColor(p, 96 + i, Mix({34, 28, 38}, {138, 116, 112}, i / 15.0));
+  for (int i = 0; i < 8; ++i) SetColor(p, 112 + i, Mix({10, 30, 24}, {58, 96, 52}, i / 7.0));
+  const Rgb logs[4] = {{40, 24, 16}, {72, 44, 26}, {104, 66, 38}, {150, 96, 52}};
+  for (int i = 0; i < 4; ++i) SetColor(p, 120 + i, logs[i]);
+  p->paletteCount = 256;
+}
+
+// A fixed pseudo-random number in [0, 1) for a pixel.
+double Noise(int x, int y) {
+  std::uint32_t h =
+      static_cast<std::uint32_t>(x) * 374761393u + static_cast<std::uint32_t>(y) * 668265263u;
+  h = (h ^ (h >> 13)) * 1274126177u;
+  h = (h ^ (h >> 16)) * 2246822519u;
+  return ((h ^ (h >> 13)) & 0xffffu) / 65536.0;
+}
+
+int Wrap(int v, int n) { return ((v % n) + n) % n; }
+
+Picture Falls() {
+  Picture p;
+  p.width = 320;
+  p.height = 200;
+  p.pixels.assign(320 * 200, 0);
+  MakeFallsPalette(&p);
+  const double fallX0 = 138, fallX1 = 176, fallTop = 58, poolTop = 150;
+  for (int y = 0; y < 200; ++y) {
+    for (int x = 0; x < 320; ++x) {
+      // Sky with stars, then the far mountains.
+      int c = Shade(1, 24, y / 120.0, x, y);
+      if (y < 80 && Noise(x, y) < 0.012) c = 88 + static_cast<int>(Noise(y, x) * 8);
+      const double far = 92 - 14 * std::sin(x / 37.0 + 0.8) - 7 * std::sin(x / 13.0);
+      if (y >= far) c = Shade(25, 7, (y - far) / 40.0, x, y);
+      // The cliff, its top edge rough, the water cut into it.
+      const double cliffTop = 54 + 6 * std::sin(x / 17.0) + 3 * std::sin(x / 5.3) +
+                              (x < 100 ? (100 - x) * 0.9 : 0) + (x > 215 ? (x - 215) * 1.1 : 0);
+      if (y >= cliffTop && x > 30 && x < 300) {
+        const double light = 0.75 - (y - cliffTop) / 160.0 + 0.25 * std::sin(x / 9.0 + y / 23.0) +
+                             (Noise(x / 3, y / 2) - 0.5) * 0.35;
+        c = Shade(96, 16, light, x, y);
+      }
+      const double wobble = 1.5 * std::sin(y / 11.0);
+      if (y >= fallTop && y < poolTop + 4 && x >= fallX0 + wobble - (y - fallTop) * 0.08 &&
+          x <= fallX1 + wobble + (y - fallTop) * 0.08) {
+        // Falling water: farther down, each colour spans more rows, so the
+        // water speeds up as it falls; each column starts at its own place.
+        const double t = (y - fallTop) / (poolTop - fallTop);
+        const double s = (poolTop - fallTop) / 2.0 * std::log(1.0 + 2.0 * t);
+        c = 32 + Wrap(static_cast<int>(s) + static_cast<int>(Noise(x, 7) * 16), 16);
+      }
+      // The pool: rings around the foot of the falls, banks to the sides.
+      const double bankL = 70 - (y - poolTop) * 1.2 + 4 * std::sin(y / 3.0);
+      const double bankR = 232 + (y - poolTop) * 1.5 + 3 * std::sin(y / 4.0);
+      if (y >= poolTop) {
+        if (x < bankL || x > bankR) {
+          c = Shade(112, 8, 0.8 - (y - poolTop) / 70.0 + (Noise(x, y) - 0.5) * 0.5, x, y);
+        } else {
+          const double dx = x - (fallX0 + fallX1) / 2, dy = (y - poolTop + 2) * 3.2;
+          const double d = std::sqrt(dx * dx + dy * dy);
+          c = 48 + Wrap(static_cast<int>(d / 2.5), 12);
+          if (d < 26 + 6 * Noise(x, y)) c = 32 + static_cast<int>(Noise(x, y) * 16);  // foam
+        }
+      }
+      Put(&p, x, y, c);
+    }
+  }
+  // The campfire on the right bank: logs, then flames whose colours rise.
+  const double fx = 272, base = 176;
+  for (int k = -1; k <= 1; k += 2)
+    Line(&p, fx - 12 * k, base + 4, fx + 10 * k, base - 2, 4, 121 + (k > 0));
+  Line(&p, fx - 3, base + 5, fx + 4, base - 4, 3.5, 123);
+  for (int y = static_cast<int>(base - 34); y < base; ++y) {
+    const double t = (base - y) / 34.0;  // 0 at the logs, 1 at the tip
+    const double half = 10 * std::pow(std::sin(kPi * (0.15 + 0.85 * t)), 0.7) * (1.0 - 0.35 * t);
+    for (int x = static_cast<int>(fx - half); x <= fx + half; ++x) {
+      const double edge = std::fabs(x - fx) / (half + 0.01);
+      if (edge > 0.75 && Noise(x, y) < edge - 0.5) continue;
+      Put(&p, x, y,
+          72 + Wrap(static_cast<int>(base - y) / 2 + static_cast<int>(Noise(x, 3) * 6) +
+                        static_cast<int>(edge * 4),
+                    16));
+    }
+  }
+  return p;
+}
+
 bool Save(const std::string& dir, const char* name, const Picture& p) {
   std::string error;
   const std::string path = dir + "/" + name;
@@ -385,7 +517,8 @@ int main(int argc, char** argv) {
   if (argc != 2 || std::strcmp(argv[1], "--help") == 0 || std::strcmp(argv[1], "-h") == 0) {
     std::fprintf(argc == 2 ? stdout : stderr,
                  "Usage: qvmovie-demo-assets DIR\n"
-                 "Writes the indexed PNG pictures of the demo scene into DIR.\n");
+                 "Writes the indexed PNG pictures of the example scenes (demo.json,\n"
+                 "falls.json) into DIR: the pictures committed in examples/.\n");
     return argc == 2 ? 0 : 2;
   }
   const std::string dir = argv[1];
@@ -400,6 +533,6 @@ int main(int argc, char** argv) {
                   Save(dir, "hills.png", Hills()) && Save(dir, "water.png", Water()) &&
                   Save(dir, "walker.png", Walker()) && Save(dir, "lighthouse.png", Lighthouse()) &&
                   Save(dir, "sign.png", Sign()) && Save(dir, "sun.png", Sun()) &&
-                  Save(dir, "moon.png", Moon());
+                  Save(dir, "moon.png", Moon()) && Save(dir, "falls.png", Falls());
   return ok ? 0 : 1;
 }

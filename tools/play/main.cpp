@@ -52,8 +52,24 @@ const char kUsage[] =
     "+/- speed, M once/bounce/loop, F frame by frame, 1-9 and 0 toggle layers,\n"
     "O overlay (moment, fps, draw time), H help, R reload, Q or Esc quit.\n"
     "Click on the picture to name the member there; drag on the timeline bar to\n"
-    "scrub. Exit status: 0 success, 1 failure (no window, writing failed),\n"
-    "2 bad usage or bad input.\n";
+    "scrub. Exit status: 0 success, 1 failure (no window system, writing failed),\n"
+    "2 bad usage or bad input. Without a window system (no DISPLAY nor\n"
+    "WAYLAND_DISPLAY) only --frames with --screenshot runs, drawing off screen.\n";
+
+const char kNoWindowSystem[] =
+    "no window system to show the movie in (neither DISPLAY nor WAYLAND_DISPLAY is set);\n"
+    "  run it in a desktop session, or render the scene with qvmovie-render instead\n"
+    "  (--frames N --screenshot OUT.png draws without a screen)";
+
+// True when an X server or a Wayland compositor is named in the environment,
+// or the console can be drawn on directly (a Linux virtual terminal).
+bool HasWindowSystem() {
+  for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY"}) {
+    const char* value = std::getenv(name);
+    if (value && *value) return true;
+  }
+  return isatty(STDIN_FILENO) && access("/dev/dri/card0", R_OK | W_OK) == 0;
+}
 
 struct Usage {
   std::string message;
@@ -266,12 +282,27 @@ int Run(const Options& o) {
   if (o.atGiven) player.GoTo(player.IndexOf(o.at));
   if (o.overlay) player.SetOverlay(true);
 
+  // Without a window system SDL falls back to drawing off screen, where a
+  // player would run unseen until killed: only the headless run (--frames
+  // with --screenshot) or an explicitly chosen SDL_VIDEODRIVER may go on.
+  const bool headless = o.frames > 0 && !o.screenshot.empty();
+  const char* chosenDriver = std::getenv("SDL_VIDEODRIVER");
+  const bool driverChosen = chosenDriver && *chosenDriver;
+  if (!headless && !driverChosen && !HasWindowSystem()) return Fail(kExitRender, kNoWindowSystem);
   if (SDL_Init(SDL_INIT_VIDEO) != 0) {
     return Fail(kExitRender, std::string("cannot open a window: ") + SDL_GetError());
   }
   struct SdlQuit {
     ~SdlQuit() { SDL_Quit(); }
   } sdlQuit;
+  const char* driver = SDL_GetCurrentVideoDriver();
+  if (!headless && !driverChosen && driver &&
+      (std::strcmp(driver, "offscreen") == 0 || std::strcmp(driver, "dummy") == 0)) {
+    const char* display = std::getenv("DISPLAY");
+    return Fail(kExitRender, std::string("cannot reach the window system (DISPLAY='") +
+                                 (display ? display : "") +
+                                 "'): SDL found no video driver but the off-screen one");
+  }
 
   const int rows = static_cast<int>(player.Members().size());
   int scale = o.scale;
