@@ -43,7 +43,8 @@ std::string Fixed(double v, int digits) {
 }
 
 std::string SpeedText(double steps, int speed) {
-  const double deviation = (speed - steps) / steps * 100.0;
+  double deviation = (speed - steps) / steps * 100.0;
+  if (std::fabs(deviation) < 0.05) deviation = 0.0;
   return Fixed(steps, 2) + " steps/s runs at " + std::to_string(speed) + " (" +
          (deviation >= 0 ? "+" : "") + Fixed(deviation, 1) + "%)";
 }
@@ -52,7 +53,52 @@ ojson Range(int first, int last) {
   return first == last ? ojson(first) : ojson::array({first, last});
 }
 
+// JSON text that a person can read: values that fit on a line stay on one.
+void Write(const ojson& v, int indent, std::string* out) {
+  const std::string flat = v.dump();
+  if (flat.size() + static_cast<std::size_t>(indent) <= 100 || !v.is_structured() ||
+      v.empty()) {
+    *out += flat;
+    return;
+  }
+  const std::string pad(static_cast<std::size_t>(indent) + 2, ' ');
+  const bool object = v.is_object();
+  // An array of short flat values: as many on a line as fit.
+  bool flatItems = !object;
+  for (const ojson& item : v) flatItems = flatItems && item.dump().size() <= 40;
+  if (flatItems) {
+    std::string line;
+    *out += "[\n";
+    for (std::size_t i = 0; i < v.size(); ++i) {
+      const std::string item = v[i].dump() + (i + 1 < v.size() ? "," : "");
+      if (!line.empty() && pad.size() + line.size() + 1 + item.size() > 100) {
+        *out += pad + line + "\n";
+        line.clear();
+      }
+      line += (line.empty() ? "" : " ") + item;
+    }
+    *out += pad + line + "\n" + std::string(static_cast<std::size_t>(indent), ' ') + "]";
+    return;
+  }
+  *out += object ? "{\n" : "[\n";
+  bool first = true;
+  for (auto it = v.begin(); it != v.end(); ++it) {
+    if (!first) *out += ",\n";
+    first = false;
+    *out += pad;
+    if (object) *out += ojson(it.key()).dump() + ": ";
+    Write(it.value(), indent + 2, out);
+  }
+  *out += "\n" + std::string(static_cast<std::size_t>(indent), ' ') + (object ? "}" : "]");
+}
+
 }  // namespace
+
+std::string SceneText(const ImportedScene& scene) {
+  std::string text;
+  Write(scene.scene, 0, &text);
+  return text + "\n";
+}
 
 int NearestSpeed(double stepsPerSecond) {
   if (!(stepsPerSecond > 0)) return 1;
@@ -379,7 +425,7 @@ bool WriteImportedScene(const ImportedScene& scene, const std::string& scenePath
   temps.push_back(scenePath + suffix);
   {
     std::ofstream f(temps.back(), std::ios::binary | std::ios::trunc);
-    f << scene.scene.dump(2) << "\n";
+    f << SceneText(scene);
     f.close();
     if (!f) {
       *error = "cannot write '" + temps.back() + "': " + std::strerror(errno);

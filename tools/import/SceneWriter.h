@@ -43,6 +43,10 @@ ImportedScene SceneFromIlbm(const IlbmImage& image, const std::string& base);
 ImportedScene SceneFromGif(const GifAnimation& anim, const std::string& base);
 
 
+/// The scene file's text: JSON indented by two spaces, each value that
+/// fits on a line of 100 characters kept on one.
+std::string SceneText(const ImportedScene& scene);
+
 /// Writes the scene to scenePath and its pictures beside it, each under a
 /// temporary name renamed only when all are complete; missing parent
 /// directories are made. On failure nothing is left behind, error is set
