@@ -31,7 +31,12 @@ class FormatError : public std::runtime_error {
 };
 
 /// The most pixels of one decoded picture (or of all decoded GIF frames
-/// together); larger files are refused before anything is allocated.
+/// together); larger files are refused before anything is allocated. The
+/// fuzzer builds with a smaller bound (QV_IMPORT_MAX_PIXELS).
+#ifdef QV_IMPORT_MAX_PIXELS
+constexpr std::uint64_t kMaxPixels = QV_IMPORT_MAX_PIXELS;
+#else
 constexpr std::uint64_t kMaxPixels = 64u * 1024u * 1024u;
+#endif
 
 }  // namespace qvimport

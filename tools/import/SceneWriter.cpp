@@ -26,8 +26,9 @@ constexpr int kMaxOutputSide = 4096;
 constexpr int kMaxFrames = 10000;
 constexpr int kMaxIntervals = 32767;
 constexpr int kMaxTables = 256;
-// An imported picture's movie lasts the longest period of its active ranges,
-// at most this many units (20 s).
+// An imported picture's movie lasts until all active ranges are back at the
+// start, or the longest period of them when that takes longer than this many
+// units (20 s).
 constexpr int kMaxStillLength = 600;
 
 std::string Hex(const unsigned char* rgb) {
@@ -126,6 +127,7 @@ ImportedScene SceneFromIlbm(const IlbmImage& image, const std::string& base) {
   ojson onLayer = ojson::array({"picture"});
 
   int length = 1;
+  int longest = 1;
   for (const ColorRange& r : image.ranges) {
     const std::string label = r.kind + " " + std::to_string(r.number);
     std::string name = r.kind + std::to_string(r.number);
@@ -212,8 +214,12 @@ ImportedScene SceneFromIlbm(const IlbmImage& image, const std::string& base) {
     members.push_back(member);
     if (active) {
       onLayer.push_back(name);
+      // The movie lasts until every range is back where it started, when
+      // that is soon enough; otherwise the longest period.
       const int period = static_cast<int>(std::ceil(cells * 30.0 / speed));
-      length = std::max(length, std::min(period, kMaxStillLength));
+      const long long both = std::lcm(static_cast<long long>(length), static_cast<long long>(period));
+      longest = std::max(longest, std::min(period, kMaxStillLength));
+      length = both <= kMaxStillLength ? static_cast<int>(both) : longest;
     }
   }
 

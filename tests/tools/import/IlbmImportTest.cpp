@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <nlohmann/json.hpp>
 
 #include "ImportTestUtil.h"
@@ -187,6 +188,30 @@ TEST(IlbmReader, SceneReaderTakesIlbmPictures) {
   const RunResult r = Render(dir / "s.json --png-at 0 " + dir / "o.png -q", dir);
   EXPECT_EQ(r.exitCode, 2);
   EXPECT_TRUE(Contains(r.text, "/pictures/p: '" + dir / "p.iff': chunk FORM at byte 4")) << r.text;
+}
+
+}  // namespace
+
+namespace {
+
+// The example scenes in the repository are what the import makes of the
+// example files, and they load.
+TEST(ImportExamples, CommittedScenesAreWhatTheImportMakes) {
+  const std::string examples = std::string(QV_EXAMPLES_DIR) + "/import/";
+  TempDir dir;
+  for (const char* name : {"waterfall", "ball"}) {
+    SCOPED_TRACE(name);
+    const std::string source = examples + name + (std::string(name) == "ball" ? ".gif" : ".lbm");
+    const RunResult r = Import("-q " + source + " -o " + dir / (std::string(name) + ".json"), dir);
+    ASSERT_EQ(r.exitCode, 0) << r.text;
+    EXPECT_EQ(tooltest::Slurp(dir / (std::string(name) + ".json")),
+              tooltest::Slurp(examples + name + ".json"));
+    const qvscene::Picture made = ReadPng(dir / (std::string(name) + ".png"));
+    const qvscene::Picture kept = ReadPng(examples + name + ".png");
+    EXPECT_TRUE(made.pixels == kept.pixels);
+    EXPECT_EQ(0, std::memcmp(made.palette, kept.palette, sizeof made.palette));
+    EXPECT_NO_THROW(qvscene::LoadScene(examples + name + ".json"));
+  }
 }
 
 }  // namespace
