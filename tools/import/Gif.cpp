@@ -289,7 +289,8 @@ GifAnimation ReadGif(const unsigned char* data, std::size_t size) {
       const int starts[4] = {0, 4, 2, 1};
       const int steps[4] = {8, 8, 4, 2};
       for (int pass = 0; pass < 4; ++pass) {
-        for (int y = starts[pass]; y < h; y += steps[pass]) rowOf[static_cast<std::size_t>(r++)] = y;
+        for (int y = starts[pass]; y < h; y += steps[pass])
+          rowOf[static_cast<std::size_t>(r++)] = y;
       }
     } else {
       for (int y = 0; y < h; ++y) rowOf[static_cast<std::size_t>(y)] = y;
@@ -297,9 +298,8 @@ GifAnimation ReadGif(const unsigned char* data, std::size_t size) {
 
     if (fresh) {
       // Nothing drawn yet: the screen starts in the background colour.
-      const unsigned char* c = transparent >= 0 && transparent < pal->count
-                                   ? pal->rgb[transparent]
-                                   : background;
+      const unsigned char* c =
+          transparent >= 0 && transparent < pal->count ? pal->rgb[transparent] : background;
       for (std::size_t i = 0; i < screenPixels; ++i) std::memcpy(&canvas[3 * i], c, 3);
       fresh = false;
     }
@@ -328,9 +328,8 @@ GifAnimation ReadGif(const unsigned char* data, std::size_t size) {
     anim.frames.push_back(std::move(frame));
 
     if (disposal == 2) {
-      const unsigned char* c = transparent >= 0 && transparent < pal->count
-                                   ? pal->rgb[transparent]
-                                   : background;
+      const unsigned char* c =
+          transparent >= 0 && transparent < pal->count ? pal->rgb[transparent] : background;
       for (int y = top; y < top + h && y < anim.height; ++y) {
         for (int x = left; x < left + w && x < anim.width; ++x) {
           std::memcpy(&canvas[(static_cast<std::size_t>(y) * anim.width + x) * 3], c, 3);

@@ -156,9 +156,8 @@ ColorRange ReadDrng(const Chunk& c, int number, const qvscene::Picture& pic,
     }
   }
   if (outside > 0) {
-    notes->push_back(label + std::to_string(outside) +
-                     " cells outside the range " + std::to_string(r.low) + "-" +
-                     std::to_string(r.high) + " left out");
+    notes->push_back(label + std::to_string(outside) + " cells outside the range " +
+                     std::to_string(r.low) + "-" + std::to_string(r.high) + " left out");
   }
   int empty = 0;
   for (const RangeCell& cell : r.cells) empty += cell.hasColor ? 0 : 1;
@@ -181,8 +180,9 @@ IlbmImage ReadIlbm(const unsigned char* data, std::size_t size) {
     throw FormatError("file header", 0, "not an IFF file (no FORM)");
   }
   if (!LooksLikeIlbm(data, size)) {
-    throw FormatError("chunk FORM", 8, "not an ILBM or PBM picture (FORM type " +
-                                           ChunkName(data + 8).substr(6) + ")");
+    throw FormatError(
+        "chunk FORM", 8,
+        "not an ILBM or PBM picture (FORM type " + ChunkName(data + 8).substr(6) + ")");
   }
   IlbmImage img;
   img.chunky = std::memcmp(data + 8, "PBM ", 4) == 0;
@@ -256,8 +256,7 @@ IlbmImage ReadIlbm(const unsigned char* data, std::size_t size) {
     throw FormatError("chunk BMHD", b + 9, "unknown masking " + std::to_string(h.masking));
   }
   if (h.compression > 1) {
-    throw FormatError("chunk BMHD", b + 10,
-                      "unknown compression " + std::to_string(h.compression));
+    throw FormatError("chunk BMHD", b + 10, "unknown compression " + std::to_string(h.compression));
   }
   if (camg & 0x800) {
     throw FormatError("chunk CAMG", b, "hold-and-modify (HAM) pictures are not indexed");
@@ -315,8 +314,8 @@ IlbmImage ReadIlbm(const unsigned char* data, std::size_t size) {
       for (int p = 0; p < h.planes; ++p) {
         const unsigned char* plane = row + planeBytes * static_cast<std::size_t>(p);
         for (int x = 0; x < h.width; ++x) {
-          out[x] = static_cast<unsigned char>(out[x] |
-                                              (((plane[x >> 3] >> (7 - (x & 7))) & 1) << p));
+          out[x] =
+              static_cast<unsigned char>(out[x] | (((plane[x >> 3] >> (7 - (x & 7))) & 1) << p));
         }
       }
       if (maskPlane) {

@@ -57,8 +57,7 @@ ojson Range(int first, int last) {
 // JSON text that a person can read: values that fit on a line stay on one.
 void Write(const ojson& v, int indent, std::string* out) {
   const std::string flat = v.dump();
-  if (flat.size() + static_cast<std::size_t>(indent) <= 100 || !v.is_structured() ||
-      v.empty()) {
+  if (flat.size() + static_cast<std::size_t>(indent) <= 100 || !v.is_structured() || v.empty()) {
     *out += flat;
     return;
   }
@@ -144,7 +143,8 @@ ImportedScene SceneFromIlbm(const IlbmImage& image, const std::string& base) {
     const bool active = r.active && moves;
     const int speed = NearestSpeed(r.stepsPerSecond);
     std::string line = label + ": indices " + std::to_string(low) + "-" + std::to_string(high);
-    if (r.kind == "DRNG") line = label + ": cells " + std::to_string(low) + "-" + std::to_string(high);
+    if (r.kind == "DRNG")
+      line = label + ": cells " + std::to_string(low) + "-" + std::to_string(high);
     line += r.reverse ? ", backward, " : ", forward, ";
     line += moves ? SpeedText(r.stepsPerSecond, speed) : "no rate (speed 1)";
     if (!active) line += ", switched off (on no layer)";
@@ -185,7 +185,8 @@ ImportedScene SceneFromIlbm(const IlbmImage& image, const std::string& base) {
         ++shown;
       }
       if (shown == 0) {
-        out.report.push_back(label + ": no cell names a register, the range changes nothing: left out");
+        out.report.push_back(label +
+                             ": no cell names a register, the range changes nothing: left out");
         continue;
       }
       for (int i = 0; i < 256; ++i) {
@@ -217,7 +218,8 @@ ImportedScene SceneFromIlbm(const IlbmImage& image, const std::string& base) {
       // The movie lasts until every range is back where it started, when
       // that is soon enough; otherwise the longest period.
       const int period = static_cast<int>(std::ceil(cells * 30.0 / speed));
-      const long long both = std::lcm(static_cast<long long>(length), static_cast<long long>(period));
+      const long long both =
+          std::lcm(static_cast<long long>(length), static_cast<long long>(period));
       longest = std::max(longest, std::min(period, kMaxStillLength));
       length = both <= kMaxStillLength ? static_cast<int>(both) : longest;
     }
@@ -277,8 +279,8 @@ ImportedScene SceneFromGif(const GifAnimation& anim, const std::string& base) {
   }
   const std::int64_t total = start;
   out.report.push_back("length " + Fixed(centis / 100.0, 2) + " s in 1/100 s, " +
-                       std::to_string(total) + " units of 1/30 s (" +
-                       Fixed(total / 30.0, 2) + " s)");
+                       std::to_string(total) + " units of 1/30 s (" + Fixed(total / 30.0, 2) +
+                       " s)");
   if (lifted > 0) {
     out.report.push_back(std::to_string(lifted) +
                          " frames shorter than 1/30 s are shown for 1/30 s");
@@ -377,13 +379,14 @@ ImportedScene SceneFromGif(const GifAnimation& anim, const std::string& base) {
       while (u >= frameEnd) frameEnd += intervals[static_cast<std::size_t>(++k)];
       names.push_back("colors" + std::to_string(tableOf[static_cast<std::size_t>(k)] + 1));
     }
-    member["colors"] = ojson::array(
-        {{{"kind", "switch"}, {"area", ojson::array({ojson::array({0, 255})})},
-          {"speed", 30 / g}, {"tables", names}}});
+    member["colors"] = ojson::array({{{"kind", "switch"},
+                                      {"area", ojson::array({ojson::array({0, 255})})},
+                                      {"speed", 30 / g},
+                                      {"tables", names}}});
   }
 
-  ojson output = {{"width", anim.width}, {"height", anim.height}, {"to", total - 1},
-                  {"palette", "frames"}};
+  ojson output = {
+      {"width", anim.width}, {"height", anim.height}, {"to", total - 1}, {"palette", "frames"}};
   if (total > 20000) output["step"] = (total + 19999) / 20000;
   output["loop"] = anim.loops < 0 ? 0 : anim.loops;
   if (anim.loops < 0) {

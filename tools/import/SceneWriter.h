@@ -16,9 +16,9 @@ namespace qvimport {
 /// the pictures it names (file names relative to the scene file) and the
 /// lines that tell the user what was made and what was left out.
 struct ImportedScene {
-  nlohmann::ordered_json scene;                                  ///< the scene file's content
+  nlohmann::ordered_json scene;                                    ///< the scene file's content
   std::vector<std::pair<std::string, qvscene::Picture>> pictures;  ///< file name, picture
-  std::vector<std::string> report;                               ///< one line each, for stdout
+  std::vector<std::string> report;                                 ///< one line each, for stdout
 };
 
 /// The frames per second a colour animation runs at for a rate of
@@ -41,7 +41,6 @@ ImportedScene SceneFromIlbm(const IlbmImage& image, const std::string& base);
 /// its frame ("base-colors-N.png"). Throws FormatError when the animation
 /// cannot be a scene (too many frames, too long, too wide).
 ImportedScene SceneFromGif(const GifAnimation& anim, const std::string& base);
-
 
 /// The scene file's text: JSON indented by two spaces, each value that
 /// fits on a line of 100 characters kept on one.

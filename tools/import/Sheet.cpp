@@ -73,7 +73,8 @@ int SheetColumns(int frames, int width, int height) {
   const int maxColumns = std::min(frames, 32767 / width);
   if (maxColumns < 1) return 0;
   // About square: columns * width near rows * height.
-  int columns = static_cast<int>(std::ceil(std::sqrt(static_cast<double>(frames) * height / width)));
+  int columns =
+      static_cast<int>(std::ceil(std::sqrt(static_cast<double>(frames) * height / width)));
   columns = std::max(1, std::min(columns, maxColumns));
   const int rows = (frames + columns - 1) / columns;
   if (static_cast<long long>(rows) * height > 32767) {

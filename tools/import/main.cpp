@@ -119,8 +119,7 @@ int main(int argc, char** argv) {
 
   // Never write over the input.
   for (const auto& p : scene.pictures) {
-    const std::filesystem::path target =
-        std::filesystem::path(output).parent_path() / p.first;
+    const std::filesystem::path target = std::filesystem::path(output).parent_path() / p.first;
     if (std::filesystem::equivalent(target, input, ec)) {
       std::fprintf(stderr, "qvmovie-import: %s: the picture %s would replace the input\n",
                    input.c_str(), target.string().c_str());
@@ -138,7 +137,8 @@ int main(int argc, char** argv) {
     return kExitWrite;
   }
   if (!quiet) {
-    for (const std::string& line : scene.report) std::printf("%s: %s\n", input.c_str(), line.c_str());
+    for (const std::string& line : scene.report)
+      std::printf("%s: %s\n", input.c_str(), line.c_str());
     std::printf("%s: wrote %s and %zu picture%s\n", input.c_str(), output.c_str(),
                 scene.pictures.size(), scene.pictures.size() == 1 ? "" : "s");
   }

@@ -97,13 +97,18 @@ void WriteFrames(const TempDir& dir, int count, int shades) {
         }
         f.pixels.insert(f.pixels.end(),
                         {static_cast<unsigned char>(square ? 250 : 20 + s * 3 + k * 7),
-                         static_cast<unsigned char>(square ? 200 : shades > 16 ? 40 : 40 + (x / 6) * 10),
+                         static_cast<unsigned char>(square        ? 200
+                                                    : shades > 16 ? 40
+                                                                  : 40 + (x / 6) * 10),
                          static_cast<unsigned char>(square ? 10 : 90 + s)});
       }
     }
     WritePpm(dir / ("f" + std::to_string(k) + ".ppm"), f);
     ASSERT_EQ(RunCommand("(pamtogif " + dir / ("f" + std::to_string(k) + ".ppm") + " > " +
-                             dir / ("f" + std::to_string(k) + ".gif") + ")", dir).exitCode, 0);
+                             dir / ("f" + std::to_string(k) + ".gif") + ")",
+                         dir)
+                  .exitCode,
+              0);
   }
 }
 
@@ -118,7 +123,9 @@ class GifEncoders : public ::testing::Test {
   std::string Frames(const char* option, std::initializer_list<int> delays) {
     std::string s;
     int k = 0;
-    for (int d : delays) s += std::string(" ") + option + std::to_string(d) + " " + dir / ("f" + std::to_string(k++) + ".gif");
+    for (int d : delays)
+      s += std::string(" ") + option + std::to_string(d) + " " +
+           dir / ("f" + std::to_string(k++) + ".gif");
     return s;
   }
 };
@@ -126,7 +133,10 @@ class GifEncoders : public ::testing::Test {
 TEST_F(GifEncoders, GifsicleOptimisedSubRectanglesAndTransparency) {
   WriteFrames(dir, 6, 4);
   ASSERT_EQ(RunCommand("(gifsicle -O3 --loopcount=3" + Frames("-d", {10, 20, 7, 13, 10, 20}) +
-                           " > " + dir / "in.gif)", dir).exitCode, 0);
+                           " > " + dir / "in.gif)",
+                       dir)
+                .exitCode,
+            0);
   ExpectSameMovie(dir / "in.gif", dir);
 }
 
@@ -134,14 +144,20 @@ TEST_F(GifEncoders, GifsicleDisposalInterlaceAndLocalTables) {
   // Background and previous disposal with the background transparent, so
   // that what each frame leaves decides what the next shows; interlaced.
   WriteFrames(dir, 4, 1);
-  ASSERT_EQ(RunCommand("(gifsicle -i -d10 -t '#143c5a' --disposal=background " + dir / "f0.gif " + dir / "f1.gif" +
-                           " --disposal=previous " + dir / "f2.gif --disposal=none " + dir / "f3.gif > " +
-                           dir / "in.gif)", dir).exitCode, 0);
+  ASSERT_EQ(RunCommand("(gifsicle -i -d10 -t '#143c5a' --disposal=background " + dir / "f0.gif " +
+                           dir / "f1.gif" + " --disposal=previous " +
+                           dir / "f2.gif --disposal=none " + dir / "f3.gif > " + dir / "in.gif)",
+                       dir)
+                .exitCode,
+            0);
   ExpectSameMovie(dir / "in.gif", dir);
   // 200 colours a frame, different in each: local tables, a colour switch.
   WriteFrames(dir, 5, 200);
   ASSERT_EQ(RunCommand("(gifsicle --loopcount=forever" + Frames("-d", {7, 7, 6, 4, 6}) + " > " +
-                           dir / "loc.gif)", dir).exitCode, 0);
+                           dir / "loc.gif)",
+                       dir)
+                .exitCode,
+            0);
   ExpectSameMovie(dir / "loc.gif", dir);
   const auto scene = nlohmann::json::parse(tooltest::Slurp(dir / "scene/movie.json"));
   EXPECT_EQ(scene["members"][0]["colors"][0]["kind"], "switch");
@@ -152,8 +168,11 @@ TEST_F(GifEncoders, ImageMagickLayersOptimize) {
   WriteFrames(dir, 6, 4);
   std::string args;
   const int delays[] = {10, 20, 7, 13, 10, 10};
-  for (int k = 0; k < 6; ++k) args += " -delay " + std::to_string(delays[k]) + " " + dir / ("f" + std::to_string(k) + ".ppm");
-  ASSERT_EQ(RunCommand("convert" + args + " -loop 0 -layers optimize " + dir / "in.gif", dir).exitCode, 0);
+  for (int k = 0; k < 6; ++k)
+    args += " -delay " + std::to_string(delays[k]) + " " + dir / ("f" + std::to_string(k) + ".ppm");
+  ASSERT_EQ(
+      RunCommand("convert" + args + " -loop 0 -layers optimize " + dir / "in.gif", dir).exitCode,
+      0);
   ExpectSameMovie(dir / "in.gif", dir);
 }
 
@@ -164,12 +183,16 @@ TEST(GifReader, DecodesLzwAndRefusesBadFiles) {
   ASSERT_EQ(a.frames.size(), 1u);
   EXPECT_TRUE(a.frames[0].rgb == Bytes({80, 0, 0, 80, 0, 0, 80, 0, 0, 80, 0, 0}));
 
-  struct Case { Bytes file; const char* message; };
+  struct Case {
+    Bytes file;
+    const char* message;
+  };
   Bytes wide = good;
   wide[7] = 0x9c;  // screen width 40000
   const Case cases[] = {
       // Data from byte 37 on, 3 bits a code: code 7 ends in byte 38.
-      {MakeGif(2, 2, {4, 1, 7, 5}), "image block 1 at byte 38: LZW code 7 beyond the table (6 codes)"},
+      {MakeGif(2, 2, {4, 1, 7, 5}),
+       "image block 1 at byte 38: LZW code 7 beyond the table (6 codes)"},
       {MakeGif(2, 2, {4, 6, 5}), "LZW code 6 before any string is known"},
       {MakeGif(2, 2, {4, 1, 5}), "the image data ends after 1 of 4 pixels"},
       {wide, "logical screen descriptor at byte 6: the screen is too large"},
@@ -184,7 +207,8 @@ TEST(GifReader, DecodesLzwAndRefusesBadFiles) {
   }
   for (std::size_t n = 0; n < good.size(); ++n) {
     EXPECT_THROW(Decode(Bytes(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(n))),
-                 qvimport::FormatError) << n;
+                 qvimport::FormatError)
+        << n;
   }
 
   TempDir dir;
@@ -197,7 +221,8 @@ TEST(GifReader, DecodesLzwAndRefusesBadFiles) {
 
   // The scene reader takes a GIF as a picture: its frames side by side.
   WriteBytes(dir / "p.gif", good);
-  tooltest::WriteText(dir / "s.json", R"({"output": {"width": 2, "height": 2, "to": 0, "palette": "p"},
+  tooltest::WriteText(dir / "s.json",
+                      R"({"output": {"width": 2, "height": 2, "to": 0, "palette": "p"},
     "pictures": {"p": "p.gif"},
     "members": [{"name": "m", "picture": "p", "frames": [{"rect": [0, 0, 2, 2], "anchor": [0, 0]}], "position": [0, 0]}],
     "layers": [{"members": ["m"]}]})");

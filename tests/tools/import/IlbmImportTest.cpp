@@ -29,8 +29,12 @@ TEST(IlbmFromNetpbm, EveryPixelHasTheColourIlbmtoppmDecodes) {
     for (bool compress : {true, false}) {
       SCOPED_TRACE("planes " + std::to_string(planes) + (compress ? " compressed" : ""));
       WritePpm(dir / "in.ppm", RandomPicture(29 + 2 * planes, 13, 1 << planes, 7u * planes));
-      ASSERT_EQ(RunCommand("(ppmtoilbm -maxplanes 8 " + std::string(compress ? "-compress" : "-nocompress") +
-                               " " + dir / "in.ppm > " + dir / "in.lbm)", dir).exitCode, 0);
+      ASSERT_EQ(RunCommand("(ppmtoilbm -maxplanes 8 " +
+                               std::string(compress ? "-compress" : "-nocompress") + " " +
+                               dir / "in.ppm > " + dir / "in.lbm)",
+                           dir)
+                    .exitCode,
+                0);
       const qvimport::IlbmImage img = Decode(ReadBytes(dir / "in.lbm"));
       EXPECT_EQ(Ints(img.planes, img.compressed), Ints(planes, compress));
       ASSERT_EQ(RunCommand("(ilbmtoppm " + dir / "in.lbm > " + dir / "ref.ppm)", dir).exitCode, 0);
@@ -53,37 +57,55 @@ TEST(IlbmRanges, RenderedTablesTurnAsTheRangesSay) {
   if (!Have("ppmtoilbm")) GTEST_SKIP() << "netpbm is not installed";
   TempDir dir;
   Rgb map{32, 1, {}};
-  for (int i = 0; i < 32; ++i) map.pixels.insert(map.pixels.end(), {static_cast<unsigned char>(i * 8), static_cast<unsigned char>(200 - i * 5), static_cast<unsigned char>(i * 13)});
+  for (int i = 0; i < 32; ++i)
+    map.pixels.insert(map.pixels.end(),
+                      {static_cast<unsigned char>(i * 8), static_cast<unsigned char>(200 - i * 5),
+                       static_cast<unsigned char>(i * 13)});
   Rgb pic{32, 4, {}};
-  for (int y = 0; y < 4; ++y) pic.pixels.insert(pic.pixels.end(), map.pixels.begin(), map.pixels.end());
+  for (int y = 0; y < 4; ++y)
+    pic.pixels.insert(pic.pixels.end(), map.pixels.begin(), map.pixels.end());
   WritePpm(dir / "map.ppm", map);
   WritePpm(dir / "pic.ppm", pic);
-  ASSERT_EQ(RunCommand("(ppmtoilbm -map " + dir / "map.ppm " + dir / "pic.ppm > " + dir / "pic.lbm)", dir).exitCode, 0);
+  ASSERT_EQ(
+      RunCommand("(ppmtoilbm -map " + dir / "map.ppm " + dir / "pic.ppm > " + dir / "pic.lbm)", dir)
+          .exitCode,
+      0);
   const std::uint32_t gold = 0xffd700;
   Bytes chunks;
-  for (const Bytes& c : {Crng(0, 7, 2731, true, false), Crng(8, 11, 1000, true, true),
-                         Ccrt(1, 12, 17, 0, 250000), Ccrt(-1, 18, 21, 1, 0),
-                         Drng(22, 27, 1638, {22, 23, -1, 25, 26, 27}, {{24, gold}}),
-                         Crng(28, 31, 8192, false, false)}) {
+  for (const Bytes& c :
+       {Crng(0, 7, 2731, true, false), Crng(8, 11, 1000, true, true), Ccrt(1, 12, 17, 0, 250000),
+        Ccrt(-1, 18, 21, 1, 0), Drng(22, 27, 1638, {22, 23, -1, 25, 26, 27}, {{24, gold}}),
+        Crng(28, 31, 8192, false, false)}) {
     chunks.insert(chunks.end(), c.begin(), c.end());
   }
   Bytes file = InsertChunks(ReadBytes(dir / "pic.lbm"), chunks);
   WriteBytes(dir / "r.lbm", file);
   const RunResult r = Import(dir / "r.lbm -o " + dir / "r.json", dir);
   ASSERT_EQ(r.exitCode, 0) << r.text;
-  EXPECT_TRUE(Contains(r.text, "CRNG 2: indices 8-11, backward, 3.66 steps/s runs at 4 (+9.2%)")) << r.text;
+  EXPECT_TRUE(Contains(r.text, "CRNG 2: indices 8-11, backward, 3.66 steps/s runs at 4 (+9.2%)"))
+      << r.text;
   const auto scene = nlohmann::json::parse(tooltest::Slurp(dir / "r.json"));
-  EXPECT_EQ(scene["layers"][0]["members"].dump(), R"(["picture","crng1","crng2","ccrt1","ccrt2","drng1"])");
+  EXPECT_EQ(scene["layers"][0]["members"].dump(),
+            R"(["picture","crng1","crng2","ccrt1","ccrt2","drng1"])");
   EXPECT_EQ(scene["members"].size(), 7u);  // crng3 is kept, switched off
 
-  struct Expect { int low, high; double steps; int dir; };  // dir 0: unchanged
-  const Expect ranges[] = {{0, 7, 2731 * 60 / 16384.0, 1}, {8, 11, 1000 * 60 / 16384.0, -1},
-                           {12, 17, 4, 1}, {18, 21, 1, -1}, {22, 27, 1638 * 60 / 16384.0, 1},
+  struct Expect {
+    int low, high;
+    double steps;
+    int dir;
+  };  // dir 0: unchanged
+  const Expect ranges[] = {{0, 7, 2731 * 60 / 16384.0, 1},
+                           {8, 11, 1000 * 60 / 16384.0, -1},
+                           {12, 17, 4, 1},
+                           {18, 21, 1, -1},
+                           {22, 27, 1638 * 60 / 16384.0, 1},
                            {28, 31, 30, 0}};
   const qvscene::Picture base = ReadPng(dir / "r.png");
   for (int t : {0, 5, 17, 40, 119}) {
     SCOPED_TRACE("time " + std::to_string(t));
-    ASSERT_EQ(Render(dir / "r.json --png-at " + std::to_string(t) + " " + dir / "t.png -q", dir).exitCode, 0);
+    ASSERT_EQ(
+        Render(dir / "r.json --png-at " + std::to_string(t) + " " + dir / "t.png -q", dir).exitCode,
+        0);
     const qvscene::Picture at = ReadPng(dir / "t.png");
     EXPECT_TRUE(at.pixels == base.pixels);
     for (const Expect& e : ranges) {
@@ -95,7 +117,8 @@ TEST(IlbmRanges, RenderedTablesTurnAsTheRangesSay) {
         int from = e.dir > 0 ? ((k - n) % len + len) % len : e.dir < 0 ? (k + n) % len : k;
         std::vector<int> want(base.palette[e.low + from], base.palette[e.low + from] + 3);
         if (e.low == 22 && from == 2) want = {0xff, 0xd7, 0x00};
-        if (e.low == 22 && k == 2) want.assign(base.palette[reg], base.palette[reg] + 3);  // no register
+        if (e.low == 22 && k == 2)
+          want.assign(base.palette[reg], base.palette[reg] + 3);  // no register
         EXPECT_EQ(std::vector<int>(at.palette[reg], at.palette[reg] + 3), want) << "index " << reg;
       }
     }
@@ -122,7 +145,8 @@ TEST(IlbmReader, PbmMaskPlaneAndHalfBrite) {
 
   const qvimport::IlbmImage ehb = Decode(MakeIff(false, 5, 3, 6, 0, px, {}, 32, 0x80));
   for (int i = 0; i < 32; ++i) {
-    for (int c = 0; c < 3; ++c) EXPECT_EQ(ehb.picture.palette[32 + i][c], ehb.picture.palette[i][c] >> 1);
+    for (int c = 0; c < 3; ++c)
+      EXPECT_EQ(ehb.picture.palette[32 + i][c], ehb.picture.palette[i][c] >> 1);
   }
 }
 
@@ -136,11 +160,14 @@ TEST(IlbmReader, BadFilesAreRefusedWithChunkAndOffset) {
     return b;
   };
   // BMHD data starts at byte 20: width 20-21, height 22-23, planes 28.
-  struct Case { Bytes file; const char* message; };
+  struct Case {
+    Bytes file;
+    const char* message;
+  };
   const Case cases[] = {
       {with(28, 0), "chunk BMHD at byte 28: 0 bit planes"},
       {with(28, 9), "chunk BMHD at byte 28: 9 bit planes"},
-      {with(23, 9), "chunk BODY at byte"},                   // 9 rows, the BODY holds 5
+      {with(23, 9), "chunk BODY at byte"},  // 9 rows, the BODY holds 5
       {with(20, 0x90), "chunk BMHD at byte 20: the picture is too large"},
       {with(30, 7), "unknown compression 7"},
       {Bytes(good.begin(), good.begin() + 30), "chunk FORM at byte 4"},
@@ -156,7 +183,9 @@ TEST(IlbmReader, BadFilesAreRefusedWithChunkAndOffset) {
   }
   // Every truncation, and a HAM picture.
   for (std::size_t n = 0; n < good.size(); ++n) {
-    EXPECT_THROW(Decode(Bytes(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(n))), qvimport::FormatError) << n;
+    EXPECT_THROW(Decode(Bytes(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(n))),
+                 qvimport::FormatError)
+        << n;
   }
   EXPECT_THROW(Decode(MakeIff(false, 8, 5, 6, 0, px, {}, 16, 0x800)), qvimport::FormatError);
 
@@ -173,7 +202,8 @@ TEST(IlbmReader, SceneReaderTakesIlbmPictures) {
   TempDir dir;
   const std::vector<int> px{0, 1, 2, 3, 3, 2, 1, 0};
   WriteBytes(dir / "p.iff", MakeIff(false, 4, 2, 2, 0, px, {}, 4));
-  tooltest::WriteText(dir / "s.json", R"({"output": {"width": 4, "height": 2, "to": 0, "palette": "p"},
+  tooltest::WriteText(dir / "s.json",
+                      R"({"output": {"width": 4, "height": 2, "to": 0, "palette": "p"},
     "pictures": {"p": "p.iff"},
     "members": [{"name": "m", "picture": "p", "frames": [{"rect": [0, 0, 4, 2], "anchor": [0, 0]}], "position": [0, 0]}],
     "layers": [{"members": ["m"]}]})");

@@ -73,7 +73,8 @@ inline Rgb ReadPpm(const std::string& path) {
   f.get();
   if (magic != "P6" || maxval != 255) return Rgb();
   img.pixels.resize(static_cast<std::size_t>(img.width) * img.height * 3);
-  f.read(reinterpret_cast<char*>(img.pixels.data()), static_cast<std::streamsize>(img.pixels.size()));
+  f.read(reinterpret_cast<char*>(img.pixels.data()),
+         static_cast<std::streamsize>(img.pixels.size()));
   return img;
 }
 
@@ -82,7 +83,8 @@ inline Rgb ToRgb(const qvscene::Picture& p) {
   Rgb img;
   img.width = p.width;
   img.height = p.height;
-  for (unsigned char i : p.pixels) img.pixels.insert(img.pixels.end(), p.palette[i], p.palette[i] + 3);
+  for (unsigned char i : p.pixels)
+    img.pixels.insert(img.pixels.end(), p.palette[i], p.palette[i] + 3);
   return img;
 }
 inline qvscene::Picture ReadPng(const std::string& path) {
@@ -100,7 +102,8 @@ inline Rgb RandomPicture(int width, int height, int colors, unsigned seed) {
   Rgb img{width, height, {}};
   for (int i = 0; i < width * height; ++i) {
     // every colour at least once
-    const std::size_t k = static_cast<std::size_t>(i < colors ? i : static_cast<int>(rng() % colors));
+    const std::size_t k =
+        static_cast<std::size_t>(i < colors ? i : static_cast<int>(rng() % colors));
     img.pixels.insert(img.pixels.end(), &palette[3 * k], &palette[3 * k] + 3);
   }
   return img;
@@ -178,8 +181,8 @@ inline Bytes Drng(int low, int high, int rate, const std::vector<int>& regs,
 // An ILBM or PBM file with an uncompressed BODY written here: pixels are
 // indices, masked pixels (mask[i] false) get a clear bit in the mask plane.
 inline Bytes MakeIff(bool chunky, int width, int height, int planes, int masking,
-                     const std::vector<int>& pixels, const std::vector<bool>& opaque,
-                     int colors, std::uint32_t camg = 0) {
+                     const std::vector<int>& pixels, const std::vector<bool>& opaque, int colors,
+                     std::uint32_t camg = 0) {
   Bytes bmhd;
   Be16(&bmhd, width);
   Be16(&bmhd, height);
@@ -202,7 +205,8 @@ inline Bytes MakeIff(bool chunky, int width, int height, int planes, int masking
   Bytes body;
   if (chunky) {
     for (int y = 0; y < height; ++y) {
-      for (int x = 0; x < width; ++x) body.push_back(static_cast<unsigned char>(pixels[static_cast<std::size_t>(y * width + x)]));
+      for (int x = 0; x < width; ++x)
+        body.push_back(static_cast<unsigned char>(pixels[static_cast<std::size_t>(y * width + x)]));
       if (width & 1) body.push_back(0);
     }
   } else {
@@ -213,14 +217,16 @@ inline Bytes MakeIff(bool chunky, int width, int height, int planes, int masking
         for (int x = 0; x < width; ++x) {
           const std::size_t i = static_cast<std::size_t>(y * width + x);
           const bool bit = p < planes ? ((pixels[i] >> p) & 1) != 0 : static_cast<bool>(opaque[i]);
-          if (bit) row[static_cast<std::size_t>(x >> 3)] |= static_cast<unsigned char>(0x80 >> (x & 7));
+          if (bit)
+            row[static_cast<std::size_t>(x >> 3)] |= static_cast<unsigned char>(0x80 >> (x & 7));
         }
         body.insert(body.end(), row.begin(), row.end());
       }
     }
   }
   Bytes all(chunky ? "PBM " : "ILBM", (chunky ? "PBM " : "ILBM") + 4);
-  for (const Bytes& c : {Chunk("BMHD", bmhd), Chunk("CMAP", cmap)}) all.insert(all.end(), c.begin(), c.end());
+  for (const Bytes& c : {Chunk("BMHD", bmhd), Chunk("CMAP", cmap)})
+    all.insert(all.end(), c.begin(), c.end());
   if (camg) {
     Bytes v;
     Be32(&v, camg);
@@ -282,7 +288,8 @@ inline Bytes MakeGif(int width, int height, const std::vector<int>& codes) {
   for (std::size_t i = 0; i < data.size(); i += 255) {
     const std::size_t n = std::min<std::size_t>(255, data.size() - i);
     g.push_back(static_cast<unsigned char>(n));
-    g.insert(g.end(), data.begin() + static_cast<std::ptrdiff_t>(i), data.begin() + static_cast<std::ptrdiff_t>(i + n));
+    g.insert(g.end(), data.begin() + static_cast<std::ptrdiff_t>(i),
+             data.begin() + static_cast<std::ptrdiff_t>(i + n));
   }
   g.push_back(0);
   g.push_back(0x3B);
