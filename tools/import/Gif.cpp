@@ -325,6 +325,7 @@ GifAnimation ReadGif(const unsigned char* data, std::size_t size) {
     frame.rgb = canvas;
     frame.delay = delay;
     frame.ownTable = hasLocal;
+    frame.offset = blockStart;
     anim.frames.push_back(std::move(frame));
 
     if (disposal == 2) {

@@ -13,6 +13,7 @@ struct GifFrame {
   std::vector<unsigned char> rgb;  ///< width x height pixels, r, g, b each, rows from the top
   int delay = 0;                   ///< how long the frame shows, in 1/100 s (0 ... 65535)
   bool ownTable = false;           ///< the frame's image came with a local colour table
+  std::uint64_t offset = 0;        ///< byte offset of the frame's image block in the file
 };
 
 /// A decoded (animated) GIF.

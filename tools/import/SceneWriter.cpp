@@ -243,10 +243,12 @@ ImportedScene SceneFromIlbm(const IlbmImage& image, const std::string& base) {
 ImportedScene SceneFromGif(const GifAnimation& anim, const std::string& base) {
   ImportedScene out;
   const int n = static_cast<int>(anim.frames.size());
-  const std::string where = "image block " + std::to_string(n);
-  if (n > kMaxFrames) {
-    throw FormatError(where, 0, std::to_string(n) + " frames; a scene holds at most 10000");
-  }
+  // Faults of the scene name the image block of the frame concerned.
+  auto fault = [&](int k, const std::string& reason) {
+    return FormatError("image block " + std::to_string(k + 1),
+                       anim.frames[static_cast<std::size_t>(k)].offset, reason);
+  };
+  if (n > kMaxFrames) throw fault(kMaxFrames, "more frames than a scene's 10000");
   if (anim.width > kMaxOutputSide || anim.height > kMaxOutputSide) {
     throw FormatError("logical screen descriptor", 6,
                       "the screen is wider or higher than a scene's 4096 pixels");
@@ -272,7 +274,7 @@ ImportedScene SceneFromGif(const GifAnimation& anim, const std::string& base) {
       ++lifted;
     }
     if (next > kMaxIntervals) {
-      throw FormatError(where, 0, "the frames last longer than a scene's 32767 units of 1/30 s");
+      throw fault(k, "the frames last longer than a scene's 32767 units of 1/30 s");
     }
     intervals[static_cast<std::size_t>(k)] = static_cast<int>(next - start);
     start = next;
@@ -313,7 +315,7 @@ ImportedScene SceneFromGif(const GifAnimation& anim, const std::string& base) {
     }
   } else {
     const int columns = SheetColumns(n, anim.width, anim.height);
-    if (columns == 0) throw FormatError(where, 0, "the frames do not fit one picture");
+    if (columns == 0) throw fault(n - 1, "the frames do not fit one picture");
     sheet.width = columns * anim.width;
     sheet.height = ((n + columns - 1) / columns) * anim.height;
     sheet.pixels.assign(static_cast<std::size_t>(sheet.width) * sheet.height, 0);

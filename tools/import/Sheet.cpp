@@ -88,7 +88,8 @@ qvscene::Picture GifSheet(const GifAnimation& anim, bool* reduced) {
   const int n = static_cast<int>(anim.frames.size());
   const int columns = SheetColumns(n, anim.width, anim.height);
   if (columns == 0) {
-    throw FormatError("image block " + std::to_string(n), 0,
+    throw FormatError("image block " + std::to_string(n),
+                      anim.frames.empty() ? 0 : anim.frames.back().offset,
                       "the frames do not fit one picture of at most 32767 x 32767 pixels");
   }
   const int rows = (n + columns - 1) / columns;

@@ -9,6 +9,7 @@
 #include "ImportTestUtil.h"
 #include "import/FormatError.h"
 #include "import/Gif.h"
+#include "import/SceneWriter.h"
 
 namespace {
 
@@ -174,6 +175,38 @@ TEST_F(GifEncoders, ImageMagickLayersOptimize) {
       RunCommand("convert" + args + " -loop 0 -layers optimize " + dir / "in.gif", dir).exitCode,
       0);
   ExpectSameMovie(dir / "in.gif", dir);
+}
+
+// Delays of 3, 3, 3, 1 and 40 centiseconds: frames start at 0, 3, 6, 9 and
+// 10 cs, that is 0, 0.9, 1.8, 2.7 and 3 units of 1/30 s, rounded 0, 1, 2, 3, 3;
+// the last start moves to 4 so that every frame shows, and the end stays at
+// 50 cs = 15 units.
+TEST(GifScene, DelaysBecomeIntervalsWithTheRoundingCarried) {
+  qvimport::GifAnimation anim;
+  anim.width = anim.height = 1;
+  for (int d : {3, 3, 3, 1, 40}) {
+    qvimport::GifFrame f;
+    f.rgb = {1, 2, 3};
+    f.delay = d;
+    anim.frames.push_back(f);
+  }
+  const qvimport::ImportedScene s = qvimport::SceneFromGif(anim, "x");
+  std::vector<int> intervals;
+  for (const auto& f : s.scene["members"][0]["frames"])
+    intervals.push_back(f["interval"].get<int>());
+  EXPECT_EQ(intervals, std::vector<int>({1, 1, 1, 1, 11}));
+  EXPECT_EQ(s.scene["output"]["to"], 14);
+  EXPECT_EQ(s.scene["output"]["loop"], 0);  // no loop extension
+  // Two of the longest delays last longer than a scene's 32767 units.
+  anim.frames[3].delay = anim.frames[4].delay = 65535;
+  anim.frames[4].offset = 1234;
+  try {
+    qvimport::SceneFromGif(anim, "x");
+    ADD_FAILURE() << "accepted";
+  } catch (const qvimport::FormatError& e) {
+    EXPECT_TRUE(Contains(e.what(), "image block 5 at byte 1234: the frames last longer"))
+        << e.what();
+  }
 }
 
 TEST(GifReader, DecodesLzwAndRefusesBadFiles) {
