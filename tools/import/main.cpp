@@ -1,6 +1,9 @@
 // qvmovie-import: turns an ILBM/PBM picture with colour ranges, or an
 // animated GIF, into a scene file and its indexed PNG pictures.
 
+#include <unistd.h>
+
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -37,6 +40,26 @@ const char kUsage[] =
     "SCENE-colors-N.png). What was rounded or left out is reported on stdout\n"
     "(--quiet: nothing). Exit status: 0 success, 1 the output could not be\n"
     "written, 2 bad usage or a bad input file (nothing is written).\n";
+
+// Temporary names of the outputs, removed when the run is interrupted.
+// Fixed buffers, so that the signal handler only calls unlink.
+constexpr int kMaxTemps = 300;
+char gTemps[kMaxTemps][4096];
+volatile std::sig_atomic_t gTempCount = 0;
+
+extern "C" void OnSignal(int sig) {
+  for (int i = 0; i < gTempCount; ++i) unlink(gTemps[i]);
+  std::signal(sig, SIG_DFL);
+  std::raise(sig);
+}
+
+// Notes the temporary name that WriteImportedScene gives an output.
+void NoteTemp(const std::string& final) {
+  if (gTempCount >= kMaxTemps) return;
+  std::snprintf(gTemps[gTempCount], sizeof gTemps[0], "%s.partial-%ld", final.c_str(),
+                static_cast<long>(getpid()));
+  gTempCount = gTempCount + 1;
+}
 
 std::string BaseName(const std::string& scenePath) {
   std::string name = std::filesystem::path(scenePath).filename().string();
@@ -131,6 +154,10 @@ int main(int argc, char** argv) {
     return kExitInput;
   }
 
+  const std::string dir = std::filesystem::path(output).parent_path().string();
+  for (const auto& p : scene.pictures) NoteTemp(dir.empty() ? p.first : dir + "/" + p.first);
+  NoteTemp(output);
+  for (int sig : {SIGINT, SIGTERM, SIGHUP}) std::signal(sig, OnSignal);
   std::string error;
   if (!qvimport::WriteImportedScene(scene, output, &error)) {
     std::fprintf(stderr, "qvmovie-import: %s\n", error.c_str());

@@ -252,6 +252,16 @@ TEST(GifReader, DecodesLzwAndRefusesBadFiles) {
   EXPECT_FALSE(tooltest::fs::exists(dir / "bad.json"));
   EXPECT_FALSE(tooltest::fs::exists(dir / "bad.png"));
 
+  // Outputs that cannot be written, or that would replace the input: nothing
+  // is left behind and the input stays.
+  WriteBytes(dir / "in.png", good);
+  tooltest::WriteText(dir / "file", "x");
+  EXPECT_EQ(Import(dir / "in.png -o " + dir / "file/in.json", dir).exitCode, 1);
+  EXPECT_EQ(Import(dir / "in.png -o " + dir / "in.json", dir).exitCode, 2);
+  EXPECT_TRUE(ReadBytes(dir / "in.png") == good);
+  EXPECT_FALSE(tooltest::fs::exists(dir / "in.json"));
+  EXPECT_FALSE(dir.HasPartial());
+
   // The scene reader takes a GIF as a picture: its frames side by side.
   WriteBytes(dir / "p.gif", good);
   tooltest::WriteText(dir / "s.json",
