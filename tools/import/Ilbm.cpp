@@ -82,7 +82,7 @@ ColorRange ReadCrng(const Chunk& c, int number) {
   r.kind = "CRNG";
   r.number = number;
   r.offset = c.offset;
-  const int rate = static_cast<std::int16_t>(Be16(c.data + 2));
+  const int rate = Be16(c.data + 2);
   const int flags = Be16(c.data + 4);
   r.low = c.data[6];
   r.high = c.data[7];
@@ -117,7 +117,7 @@ ColorRange ReadDrng(const Chunk& c, int number, const qvscene::Picture& pic,
   r.offset = c.offset;
   r.low = c.data[0];
   r.high = c.data[1];
-  const int rate = static_cast<std::int16_t>(Be16(c.data + 2));
+  const int rate = Be16(c.data + 2);
   const int flags = Be16(c.data + 4);
   const int ntrue = c.data[6];
   const int nregs = c.data[7];
