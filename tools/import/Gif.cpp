@@ -106,7 +106,6 @@ void Decode(const std::vector<unsigned char>& data,
   std::uint32_t acc = 0;
   int bits = 0;
   std::size_t byte = 0;
-  bool ended = false;
   while (n < pixels) {
     while (bits < codeSize && byte < data.size()) {
       acc |= static_cast<std::uint32_t>(data[byte++]) << bits;
@@ -122,10 +121,7 @@ void Decode(const std::vector<unsigned char>& data,
       prev = -1;
       continue;
     }
-    if (code == eoi) {
-      ended = true;
-      break;
-    }
+    if (code == eoi) break;
     int sp = 0;
     if (prev < 0) {
       if (code >= clear) {
@@ -160,7 +156,6 @@ void Decode(const std::vector<unsigned char>& data,
     while (sp > 0 && n < pixels) (*out)[n++] = stack[--sp];
     prev = code;
   }
-  (void)ended;
   if (n < pixels) {
     throw FormatError(where, fileOffset(data.empty() ? 0 : data.size() - 1),
                       "the image data ends after " + std::to_string(n) + " of " +
