@@ -96,12 +96,13 @@ void WriteFrames(const TempDir& dir, int count, int shades) {
           f.pixels.insert(f.pixels.end(), {20, 60, 90});  // one background, #143c5a
           continue;
         }
-        f.pixels.insert(f.pixels.end(),
-                        {static_cast<unsigned char>(square ? 250 : 20 + s * 3 + k * 7),
-                         static_cast<unsigned char>(square        ? 200
-                                                    : shades > 16 ? 40
-                                                                  : 40 + (x / 6) * 10),
-                         static_cast<unsigned char>(square ? 10 : 90 + s)});
+        f.pixels.insert(
+            f.pixels.end(),
+            {static_cast<unsigned char>(square ? 250 : 20 + s * 3 + (shades > 16 ? k * 7 : 0)),
+             static_cast<unsigned char>(square        ? 200
+                                        : shades > 16 ? 40
+                                                      : 40 + (x / 6) * 10),
+             static_cast<unsigned char>(square ? 10 : 90 + s)});
       }
     }
     WritePpm(dir / ("f" + std::to_string(k) + ".ppm"), f);
@@ -138,6 +139,9 @@ TEST_F(GifEncoders, GifsicleOptimisedSubRectanglesAndTransparency) {
                        dir)
                 .exitCode,
             0);
+  // The file does hold what the test is about.
+  const std::string info = RunCommand("gifsicle --info " + dir / "in.gif", dir).text;
+  EXPECT_TRUE(Contains(info, "transparent") && Contains(info, " at ")) << info;
   ExpectSameMovie(dir / "in.gif", dir);
 }
 
@@ -174,6 +178,8 @@ TEST_F(GifEncoders, ImageMagickLayersOptimize) {
   ASSERT_EQ(
       RunCommand("convert" + args + " -loop 0 -layers optimize " + dir / "in.gif", dir).exitCode,
       0);
+  const std::string info = RunCommand("gifsicle --info " + dir / "in.gif", dir).text;
+  EXPECT_TRUE(Contains(info, " at ")) << info;  // sub-rectangles
   ExpectSameMovie(dir / "in.gif", dir);
 }
 
