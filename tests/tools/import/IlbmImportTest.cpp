@@ -49,6 +49,57 @@ TEST(IlbmFromNetpbm, EveryPixelHasTheColourIlbmtoppmDecodes) {
   }
 }
 
+// A mask plane written by ppmtoilbm: the pixels that netpbm's decoder calls
+// transparent (white in its mask) are exactly those of the member's
+// transparent index, and the others have ilbmtoppm's colours.
+TEST(IlbmFromNetpbm, MaskPlaneMatchesIlbmtoppmsMask) {
+  if (!Have("ppmtoilbm") || !Have("ilbmtoppm")) GTEST_SKIP() << "netpbm is not installed";
+  TempDir dir;
+  const int w = 21;
+  const int h = 9;
+  WritePpm(dir / "in.ppm", RandomPicture(w, h, 16, 5));
+  std::ofstream mask(dir / "mask.pbm");
+  mask << "P1\n" << w << " " << h << "\n";
+  for (int i = 0; i < w * h; ++i) mask << ((i % 7) * (i % 3) == 0 ? "0 " : "1 ");  // 0: white
+  mask.close();
+  ASSERT_EQ(RunCommand("(ppmtoilbm -maxplanes 8 -maskfile " + dir / "mask.pbm " +
+                           dir / "in.ppm > " + dir / "in.lbm)",
+                       dir)
+                .exitCode,
+            0);
+  ASSERT_EQ(
+      RunCommand("(ilbmtoppm -maskfile " + dir / "out.pbm " + dir / "in.lbm > " + dir / "ref.ppm)",
+                 dir)
+          .exitCode,
+      0);
+  ASSERT_EQ(Import("-q " + dir / "in.lbm -o " + dir / "in.json", dir).exitCode, 0);
+  const auto scene = nlohmann::json::parse(tooltest::Slurp(dir / "in.json"));
+  const int transparent = scene["members"][0]["transparent"].get<int>();
+  const qvscene::Picture got = ReadPng(dir / "in.png");
+  const Rgb want = ReadPpm(dir / "ref.ppm");
+  // ilbmtoppm's mask: raw PBM, rows padded to whole bytes, 1 (black) opaque.
+  const std::string pbm = tooltest::Slurp(dir / "out.pbm");
+  const std::size_t bits = pbm.find('\n', pbm.find('\n') + 1) + 1;
+  ASSERT_EQ(pbm.size(), bits + static_cast<std::size_t>((w + 7) / 8 * h));
+  int transparentPixels = 0;
+  for (int y = 0; y < h; ++y) {
+    for (int x = 0; x < w; ++x) {
+      const bool opaque =
+          (pbm[bits + static_cast<std::size_t>(y * ((w + 7) / 8) + x / 8)] >> (7 - x % 8)) & 1;
+      const int i = y * w + x;
+      const unsigned char index = got.pixels[static_cast<std::size_t>(i)];
+      EXPECT_EQ(index == transparent, !opaque) << x << "," << y;
+      transparentPixels += opaque ? 0 : 1;
+      if (opaque) {
+        EXPECT_EQ(std::vector<int>(got.palette[index], got.palette[index] + 3),
+                  std::vector<int>(&want.pixels[static_cast<std::size_t>(3 * i)],
+                                   &want.pixels[static_cast<std::size_t>(3 * i)] + 3));
+      }
+    }
+  }
+  EXPECT_GT(transparentPixels, 0);
+}
+
 // A 32-colour picture from ppmtoilbm with ranges added: forward and
 // backward CRNG, both CCRT directions, a DRNG with a true-colour cell and an
 // inactive range. At several moments the rendered table is the base table
