@@ -106,10 +106,9 @@ void WriteFrames(const TempDir& dir, int count, int shades) {
       }
     }
     WritePpm(dir / ("f" + std::to_string(k) + ".ppm"), f);
-    ASSERT_EQ(RunCommand("(pamtogif " + dir / ("f" + std::to_string(k) + ".ppm") + " > " +
-                             dir / ("f" + std::to_string(k) + ".gif") + ")",
-                         dir)
-                  .exitCode,
+    ASSERT_EQ(Sh("pamtogif " + dir / ("f" + std::to_string(k) + ".ppm") + " > " +
+                     dir / ("f" + std::to_string(k) + ".gif") + "",
+                 dir),
               0);
   }
 }
@@ -134,10 +133,9 @@ class GifEncoders : public ::testing::Test {
 
 TEST_F(GifEncoders, GifsicleOptimisedSubRectanglesAndTransparency) {
   WriteFrames(dir, 6, 4);
-  ASSERT_EQ(RunCommand("(gifsicle -O3 --loopcount=3" + Frames("-d", {10, 20, 7, 13, 10, 20}) +
-                           " > " + dir / "in.gif)",
-                       dir)
-                .exitCode,
+  ASSERT_EQ(Sh("gifsicle -O3 --loopcount=3" + Frames("-d", {10, 20, 7, 13, 10, 20}) + " > " +
+                   dir / "in.gif",
+               dir),
             0);
   // The file does hold what the test is about.
   const std::string info = RunCommand("gifsicle --info " + dir / "in.gif", dir).text;
@@ -149,20 +147,18 @@ TEST_F(GifEncoders, GifsicleDisposalInterlaceAndLocalTables) {
   // Background and previous disposal with the background transparent, so
   // that what each frame leaves decides what the next shows; interlaced.
   WriteFrames(dir, 4, 1);
-  ASSERT_EQ(RunCommand("(gifsicle -i -d10 -t '#143c5a' --disposal=background " + dir / "f0.gif " +
-                           dir / "f1.gif" + " --disposal=previous " +
-                           dir / "f2.gif --disposal=none " + dir / "f3.gif > " + dir / "in.gif)",
-                       dir)
-                .exitCode,
+  ASSERT_EQ(Sh("gifsicle -i -d10 -t '#143c5a' --disposal=background " + dir / "f0.gif " +
+                   dir / "f1.gif" + " --disposal=previous " + dir / "f2.gif --disposal=none " +
+                   dir / "f3.gif > " + dir / "in.gif",
+               dir),
             0);
   ExpectSameMovie(dir / "in.gif", dir);
   // 200 colours a frame, different in each: local tables, a colour switch.
   WriteFrames(dir, 5, 200);
-  ASSERT_EQ(RunCommand("(gifsicle --loopcount=forever" + Frames("-d", {7, 7, 6, 4, 6}) + " > " +
-                           dir / "loc.gif)",
-                       dir)
-                .exitCode,
-            0);
+  ASSERT_EQ(
+      Sh("gifsicle --loopcount=forever" + Frames("-d", {7, 7, 6, 4, 6}) + " > " + dir / "loc.gif",
+         dir),
+      0);
   ExpectSameMovie(dir / "loc.gif", dir);
   const auto scene = nlohmann::json::parse(tooltest::Slurp(dir / "scene/movie.json"));
   EXPECT_EQ(scene["members"][0]["colors"][0]["kind"], "switch");

@@ -29,15 +29,13 @@ TEST(IlbmFromNetpbm, EveryPixelHasTheColourIlbmtoppmDecodes) {
     for (bool compress : {true, false}) {
       SCOPED_TRACE("planes " + std::to_string(planes) + (compress ? " compressed" : ""));
       WritePpm(dir / "in.ppm", RandomPicture(29 + 2 * planes, 13, 1 << planes, 7u * planes));
-      ASSERT_EQ(RunCommand("(ppmtoilbm -maxplanes 8 " +
-                               std::string(compress ? "-compress" : "-nocompress") + " " +
-                               dir / "in.ppm > " + dir / "in.lbm)",
-                           dir)
-                    .exitCode,
+      ASSERT_EQ(Sh("ppmtoilbm -maxplanes 8 " + std::string(compress ? "-compress" : "-nocompress") +
+                       " " + dir / "in.ppm > " + dir / "in.lbm",
+                   dir),
                 0);
       const qvimport::IlbmImage img = Decode(ReadBytes(dir / "in.lbm"));
       EXPECT_EQ(Ints(img.planes, img.compressed), Ints(planes, compress));
-      ASSERT_EQ(RunCommand("(ilbmtoppm " + dir / "in.lbm > " + dir / "ref.ppm)", dir).exitCode, 0);
+      ASSERT_EQ(Sh("ilbmtoppm " + dir / "in.lbm > " + dir / "ref.ppm", dir), 0);
       const RunResult r = Import("-q " + dir / "in.lbm -o " + dir / "s/in.json", dir);
       ASSERT_EQ(r.exitCode, 0) << r.text;
       ASSERT_EQ(Render(dir / "s/in.json --png-at 0 " + dir / "out.png -q", dir).exitCode, 0);
@@ -62,16 +60,12 @@ TEST(IlbmFromNetpbm, MaskPlaneMatchesIlbmtoppmsMask) {
   mask << "P1\n" << w << " " << h << "\n";
   for (int i = 0; i < w * h; ++i) mask << ((i % 7) * (i % 3) == 0 ? "0 " : "1 ");  // 0: white
   mask.close();
-  ASSERT_EQ(RunCommand("(ppmtoilbm -maxplanes 8 -maskfile " + dir / "mask.pbm " +
-                           dir / "in.ppm > " + dir / "in.lbm)",
-                       dir)
-                .exitCode,
+  ASSERT_EQ(Sh("ppmtoilbm -maxplanes 8 -maskfile " + dir / "mask.pbm " + dir / "in.ppm > " +
+                   dir / "in.lbm",
+               dir),
             0);
   ASSERT_EQ(
-      RunCommand("(ilbmtoppm -maskfile " + dir / "out.pbm " + dir / "in.lbm > " + dir / "ref.ppm)",
-                 dir)
-          .exitCode,
-      0);
+      Sh("ilbmtoppm -maskfile " + dir / "out.pbm " + dir / "in.lbm > " + dir / "ref.ppm", dir), 0);
   ASSERT_EQ(Import("-q " + dir / "in.lbm -o " + dir / "in.json", dir).exitCode, 0);
   const auto scene = nlohmann::json::parse(tooltest::Slurp(dir / "in.json"));
   const int transparent = scene["members"][0]["transparent"].get<int>();
@@ -117,10 +111,8 @@ TEST(IlbmRanges, RenderedTablesTurnAsTheRangesSay) {
     pic.pixels.insert(pic.pixels.end(), map.pixels.begin(), map.pixels.end());
   WritePpm(dir / "map.ppm", map);
   WritePpm(dir / "pic.ppm", pic);
-  ASSERT_EQ(
-      RunCommand("(ppmtoilbm -map " + dir / "map.ppm " + dir / "pic.ppm > " + dir / "pic.lbm)", dir)
-          .exitCode,
-      0);
+  ASSERT_EQ(Sh("ppmtoilbm -map " + dir / "map.ppm " + dir / "pic.ppm > " + dir / "pic.lbm", dir),
+            0);
   const std::uint32_t gold = 0xffd700;
   Bytes chunks;
   for (const Bytes& c :

@@ -36,6 +36,11 @@ inline const std::string& PillowPython() {
   return found;
 }
 
+// Runs a shell command line (redirections included): its exit status.
+inline int Sh(const std::string& command, const TempDir& dir) {
+  return RunCommand("(" + command + ")", dir).exitCode;
+}
+
 inline RunResult Import(const std::string& args, const TempDir& dir) {
   return RunCommand(std::string(QV_IMPORT_TOOL) + " " + args, dir);
 }
