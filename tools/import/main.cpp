@@ -10,6 +10,7 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -138,6 +139,9 @@ int main(int argc, char** argv) {
   } catch (const qvimport::FormatError& e) {
     std::fprintf(stderr, "qvmovie-import: %s: %s\n", input.c_str(), e.what());
     return kExitInput;
+  } catch (const std::bad_alloc&) {
+    std::fprintf(stderr, "qvmovie-import: %s: out of memory\n", input.c_str());
+    return kExitWrite;
   }
 
   // Never write over the input.
