@@ -40,7 +40,8 @@ const char kUsage[] =
     "The pictures are written next to SCENE.json, named after it (SCENE.png,\n"
     "SCENE-colors-N.png). What was rounded or left out is reported on stdout\n"
     "(--quiet: nothing). Exit status: 0 success, 1 the output could not be\n"
-    "written, 2 bad usage or a bad input file (nothing is written).\n";
+    "written (or memory ran out), 2 bad usage or a bad input file; on a\n"
+    "failure nothing is written.\n";
 
 // Temporary names of the outputs, removed when the run is interrupted.
 // Fixed buffers, so that the signal handler only calls unlink.
