@@ -16,8 +16,8 @@ def chunk(cid, body):
     return cid + struct.pack(">I", len(body)) + body + pad
 
 
-def range_chunk(spec):
-    kind, low, high, value, *flags = spec.split(":")
+def range_chunk(text):
+    kind, low, high, value, *flags = text.split(":")
     low, high, value = int(low), int(high), int(value)
     if kind == "crng":
         f = (0 if "off" in flags else 1) | (2 if "reverse" in flags else 0)
