@@ -22,6 +22,7 @@
 #include "layer/QvMLayer.h"
 #include "player/QvMCastList.h"
 #include "scene/JsonDocument.h"
+#include "scene/PictureFile.h"
 #include "scene/PngIO.h"
 #include "scene/SceneError.h"
 #include "toolbox/QvPal.h"
@@ -345,7 +346,7 @@ void SceneBuilder::ReadPictures(const json& v) {
     const std::string file = Resolve(dir, check_.NonEmptyString(it.value(), path));
     Picture picture;
     std::string error;
-    if (!ReadIndexedPng(file, &picture, &error)) check_.Fail(path, error);
+    if (!ReadPictureFile(file, &picture, &error)) check_.Fail(path, error);
     pictures_.emplace(it.key(), std::move(picture));
   }
 }
