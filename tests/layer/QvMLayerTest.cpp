@@ -8,8 +8,10 @@
 #include <string>
 #include <vector>
 
+#include "acolor/QvAFade.h"
 #include "aframe/QvAFrame.h"
 #include "cast/QvMCast.h"
+#include "toolbox/QvPal.h"
 #include "toolbox/QvPlatform.h"
 #include "toolbox/tbPixMap.h"
 
@@ -315,6 +317,69 @@ TEST_F(QvMLayerTest, LayersAndPlacementOrderDecideWhatIsOnTop) {
     DrawPicture(c.time, &map, &area);
     EXPECT_TRUE(c.want < 0 ? pixels == before : pixels[4 * 16 + 8] == c.want);
   }
+}
+
+// The colour table of a moment: members a (fade of 1..3, range 0..29) and b
+// (fade of 2..5, range 10..39) lay their CTable entries over the base inside
+// their areas, the later layer over the earlier; c has a table but no colour
+// animation, d an animation but no table; outside its range a member adds
+// nothing.
+TEST_F(QvMLayerTest, ColourTableOfAMomentOverlaysTheMembersInDrawingOrder) {
+  tbColorTable base, own;
+  for (std::int16_t i = 0; i < 256; ++i) {
+    const tbRGBColor b(0, static_cast<unsigned char>(i), 7), o(static_cast<unsigned char>(i), 0, 9);
+    base.SetCTTable(i, &b);
+    own.SetCTTable(i, &o);
+  }
+  QvAFade fades[2];
+  const int areas[2][2] = {{1, 3}, {2, 5}};
+  const std::int16_t ids[4] = {Member(0, 29), Member(10, 39), Member(0, 39), Member(0, 39)};
+  for (int f = 0; f < 2; ++f) {
+    QvPal pal;
+    pal.SetRange(static_cast<unsigned char>(areas[f][0]), static_cast<unsigned char>(areas[f][1]), 1);
+    fades[f].RegArea(&pal);
+    fades[f].RegColor(tbRGBColor(255, 255, 255));
+    ASSERT_EQ(cast.RegAColor(ids[f], &fades[f], 3, 0, nullptr, nullptr), ids[f]);
+  }
+  ASSERT_EQ(cast.RegAColor(ids[3], &fades[0], 3, 0, nullptr, nullptr), ids[3]);
+  for (int m = 0; m < 3; ++m) ASSERT_EQ(cast.RegOrgCTable(ids[m], &own, nullptr, nullptr), ids[m]);
+  // Which member's CTable each of the indices 0..6 shows (-1: the base).
+  struct Case {
+    int first, second;  // members on layers 0 and 1
+    std::int32_t time;
+    int from[7];
+  };
+  const Case cases[] = {{0, 1, 20, {-1, 0, 1, 1, 1, 1, -1}}, {1, 0, 20, {-1, 0, 0, 0, 1, 1, -1}},
+                        {0, 1, 5, {-1, 0, 0, 0, -1, -1, -1}}, {0, 1, 35, {-1, -1, 1, 1, 1, 1, -1}},
+                        {0, 1, 45, {-1, -1, -1, -1, -1, -1, -1}}};
+  for (const Case& c : cases) {
+    SCOPED_TRACE(::testing::Message() << c.first << c.second << " at " << c.time);
+    DelAll();
+    Layers(2);
+    RegCast(0, &cast, ids[2], -1);
+    RegCast(0, &cast, ids[c.first], -1);
+    RegCast(1, &cast, ids[c.second], -1);
+    RegCast(1, &cast, ids[3], -1);
+    tbColorTable out;
+    ASSERT_EQ(GetCTable(c.time, &base, &out), 1);
+    for (std::int16_t k = 0; k < 7; ++k) {
+      const int m = c.from[k];
+      const tbColorTable* want = m < 0 ? &base : cast.CTable(ids[m], c.time);
+      ASSERT_TRUE(want && *out.CTTable(k) == *want->CTTable(k)) << "index " << k;
+      if (m >= 0) {
+        EXPECT_FALSE(*want->CTTable(k) == *base.CTTable(k)) << "index " << k;
+      }
+    }
+    for (std::int16_t k = 7; k < 256; ++k) ASSERT_TRUE(*out.CTTable(k) == *base.CTTable(k));
+  }
+  // In place, and the failures.
+  tbColorTable same = base;
+  EXPECT_EQ((V{GetCTable(20, &same, &same), GetCTable(20, nullptr, &same),
+               GetCTable(20, &base, nullptr), cast.GetCTable(ids[2], 20, &same),
+               cast.GetCTable(ids[3], 20, &same), cast.GetCTable(ids[0], 30, &same),
+               cast.GetCTable(ids[0], 20, nullptr), cast.GetCTable(99, 20, &same)}),
+            (V{1, 0, 0, 0, 0, 0, 0, 0}));
+  EXPECT_FALSE(same == base);
 }
 
 }  // namespace

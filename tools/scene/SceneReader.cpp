@@ -283,14 +283,14 @@ class SceneBuilder {
   void ReadFrames(const json& member, const std::string& path, const Picture* memberPicture,
                   std::int16_t id, unsigned char* name);
   void ReadColors(const json& v, const std::string& path, const tbColorTable& own, std::int16_t id,
-                  unsigned char* name, std::int32_t start, Scene::Member* m);
+                  unsigned char* name, std::int32_t start);
   void ReadPath(const json& member, const std::string& path, std::int16_t id, unsigned char* name,
                 Pending* pending);
   void ReadScroll(const json& v, const std::string& path, std::int16_t id, unsigned char* name,
                   Pending* pending);
   void ReadLayers(const json& v);
   void ApplyPending();
-  QvPal ReadArea(const json& v, const std::string& path, bool* union_);
+  QvPal ReadArea(const json& v, const std::string& path);
   const Picture& PictureRef(const json& v, const std::string& path);
   void Need(bool ok, const std::string& what);
 
@@ -442,7 +442,7 @@ void SceneBuilder::ReadMember(const json& v, const std::string& path) {
 
   if (v.contains("frames")) ReadFrames(v, path, picture, id, cname);
   if (v.contains("colors"))
-    ReadColors(v["colors"], path + "/colors", own, id, cname, start, &member);
+    ReadColors(v["colors"], path + "/colors", own, id, cname, start);
   Need(cast->SetStartEnd(id, start, end) != 0, "set the time range of " + Quote(name));
 
   Pending pending;
@@ -549,24 +549,20 @@ void SceneBuilder::ReadFrames(const json& member, const std::string& path,
   }
 }
 
-QvPal SceneBuilder::ReadArea(const json& v, const std::string& path, bool* union_) {
+QvPal SceneBuilder::ReadArea(const json& v, const std::string& path) {
   check_.Array(v, path, 1, 256);
   QvPal pal;
   for (std::size_t i = 0; i < v.size(); ++i) {
     int first = 0;
     int last = 0;
     check_.IndexRange(v[i], Checker::Child(path, i), &first, &last);
-    for (int k = first; k <= last; ++k) {
-      pal.SetFlag(static_cast<unsigned char>(k), 1);
-      union_[k] = true;
-    }
+    for (int k = first; k <= last; ++k) pal.SetFlag(static_cast<unsigned char>(k), 1);
   }
   return pal;
 }
 
 void SceneBuilder::ReadColors(const json& v, const std::string& path, const tbColorTable& own,
-                              std::int16_t id, unsigned char* name, std::int32_t start,
-                              Scene::Member* m) {
+                              std::int16_t id, unsigned char* name, std::int32_t start) {
   check_.Array(v, path, 1, 4);
   bool seen[4] = {};
   QvMCast* cast = scene_->cast_.get();
@@ -592,7 +588,7 @@ void SceneBuilder::ReadColors(const json& v, const std::string& path, const tbCo
     if (seen[kind])
       check_.Fail(cp + "/kind", "a member has at most one colour animation of each kind");
     seen[kind] = true;
-    QvPal area = ReadArea(c["area"], cp + "/area", m->area);
+    QvPal area = ReadArea(c["area"], cp + "/area");
     char mode = kind == 3 ? 0 : 2;
     if (c.contains("mode")) {
       mode = static_cast<char>(check_.Choice(c["mode"], cp + "/mode", {"once", "bounce", "loop"}));
@@ -680,7 +676,6 @@ void SceneBuilder::ReadColors(const json& v, const std::string& path, const tbCo
                                  : cast->AFade(id);
     Need(copy != nullptr && copy->Error() == 0 && copy->Count() == own->Count(),
          "copy a colour animation");
-    m->animated = true;
   }
 }
 
