@@ -24,9 +24,8 @@ namespace qv {
 /// Enables a by-id convenience of QvMCast for an integral id type other than
 /// `std::int16_t` and `bool` (an `int` literal such as `0` included).
 template <typename T>
-using IfOtherId = std::enable_if_t<std::is_integral_v<T> && !std::is_same_v<T, std::int16_t> &&
-                                       !std::is_same_v<T, bool>,
-                                   int>;
+using IfOtherId = std::enable_if_t<
+    std::is_integral_v<T> && !std::is_same_v<T, std::int16_t> && !std::is_same_v<T, bool>, int>;
 /// Enables a name convenience of QvMCast for a `const char*` name.
 template <typename C>
 using IfCharName = std::enable_if_t<std::is_same_v<C, char>, int>;
@@ -59,7 +58,7 @@ inline unsigned char* NameArg(const char* name) {
 ///   shown at movie time t shows its animations' clock frame
 ///   ((t − start) × speed × 2) ÷ 60, so at the default speed one unit of
 ///   movie time is one clock frame.
-/// All times are signed 32-bit values; −1 (#kUnset) stands for an unset time.
+/// All times are signed 32-bit values; −1 (kUnset) stands for an unset time.
 ///
 /// **Results.** A `char` is 1 for success and 0 for failure, a `std::int16_t`
 /// id −1 for failure, a `std::int32_t` time −1 for an absent member or an
@@ -79,7 +78,7 @@ inline unsigned char* NameArg(const char* name) {
 /// (DelAFrame, DelDft, DelAColor, Empty, Del, DelAll, the store's
 /// destruction) or the animation detaches itself (its destructor does).
 ///
-/// **Ranges.** A new member's start and end are #kUnset. The first frame or
+/// **Ranges.** A new member's start and end are kUnset. The first frame or
 /// colour animation registered while the range is unset gives it the range
 /// startTime .. startTime + length − 1 (the animation's length in clock
 /// frames); later registrations keep it. Set the range wanted with
@@ -102,7 +101,7 @@ inline unsigned char* NameArg(const char* name) {
 class QvMCast {
  public:
   /// \name Codes
-  ///@{
+  //@{
   /// An id that makes a registration (or Dup) create a new member.
   static constexpr std::int16_t kNewId = -1;
   /// An unset start or end time; also what Start and End give for an absent
@@ -165,7 +164,7 @@ class QvMCast {
   /// Pixel mode: the display's pixels are half as wide, horizontal distances
   /// are doubled.
   static constexpr char kPixelsWide = 2;
-  ///@}
+  //@}
 
   /// An empty, unlocked store whose next automatic id is 0.
   QvMCast();
@@ -194,7 +193,7 @@ class QvMCast {
   QvMCast& operator=(const QvMCast&) = delete;
 
   /// \name Cast table
-  ///@{
+  //@{
   /// The id that the next New(unsigned char*) hands out. It starts at 0,
   /// grows by one per member so created (16-bit, wrapping), never looks for
   /// gaps, and returns to 0 when the store becomes empty.
@@ -242,17 +241,19 @@ class QvMCast {
   void DelAll();
 
   /// Sets the member's name.
+  /// \param id the member's cast id.
   /// \param name copied; null removes the name.
   /// \return 1; 0 when the member is absent.
   char SetName(std::int16_t id, unsigned char* name);
   /// A copy of the member's name.
+  /// \param id the member's cast id.
   /// \param out receives a new handle that the caller owns and frees with
   ///   QvFreeString(handle), or null for a member without a name.
   /// \return 1; 0 (and null in *out) when the member is absent or the name
   ///   cannot be copied.
   char GetName(std::int16_t id, unsigned char*** out);
 
-  /// The member's attachment mask (#kAttachCycle .. #kAttachScrollDown bits);
+  /// The member's attachment mask (kAttachCycle .. kAttachScrollDown bits);
   /// 0 when the member is absent.
   std::uint32_t ActFlag(std::int16_t id);
   /// Sets the act flags, the host's own bits, to flags AND the attachment
@@ -276,10 +277,10 @@ class QvMCast {
   /// absent or flags is null.
   char GetShowFlag(std::int16_t id, std::uint32_t* flags);
 
-  /// The member's first moment, in movie time; #kUnset (−1) when it is
+  /// The member's first moment, in movie time; kUnset (−1) when it is
   /// unset or the member is absent.
   std::int32_t Start(std::int16_t id);
-  /// The member's last moment (included), in movie time; #kUnset (−1) when
+  /// The member's last moment (included), in movie time; kUnset (−1) when
   /// it is unset or the member is absent.
   std::int32_t End(std::int16_t id);
   /// The greatest end of all members; 0 for an empty store or when no end
@@ -299,18 +300,19 @@ class QvMCast {
   /// first gets the start 0 (which makes the steps 0). \return 1; 0 when
   /// the member is absent.
   char SetEnd(std::int16_t id, std::int32_t end);
-  ///@}
+  //@}
 
   /// \name Attachments
-  /// Every registration takes a cast id first (#kNewId, or any negative id,
+  /// Every registration takes a cast id first (kNewId, or any negative id,
   /// creates a new member with New(name); −1 when that fails or a given id is
   /// absent), sets the member's name to the name given (copied; null removes
   /// it), discards the cached icon, and returns the id of the member it acted
   /// on. A registration may be given the member's own copy, table, entries or
   /// anchors. Registering a reference list other than the one recorded for
   /// that attachment makes the recorded list forget the member.
-  ///@{
+  //@{
   /// Attaches a private copy of a frame animation.
+  /// \param id the member's cast id, or kNewId.
   /// \param anim copied with its Dup (images included); the host keeps
   ///   owning it. Null removes the copy (without clearing flags).
   /// \param startTime movie time; becomes the member's start when its range
@@ -330,6 +332,7 @@ class QvMCast {
   /// Gives the member its own colour table and palette area. A frame-animated
   /// member needs one to be drawn; it is also the table its colour
   /// animations start from.
+  /// \param id the member's cast id, or kNewId.
   /// \param table 256 entries copied; null leaves the member without one.
   /// \param pal copied; null keeps the fill index. The first index outside
   ///   the area (0 when it covers all 256) becomes the background index of
@@ -342,6 +345,7 @@ class QvMCast {
   /// Stores Dft entries, which the library keeps, copies and hands back but
   /// does not interpret (their presence makes SetStartEnd scale the anchor
   /// step).
+  /// \param id the member's cast id, or kNewId.
   /// \param param, flag host values stored with the entries.
   /// \param entries count records copied; null stores no entries.
   /// \param count number of entries.
@@ -351,9 +355,9 @@ class QvMCast {
   /// \return the member's id, or −1. A failed copy leaves no entries.
   std::int16_t RegDft(std::int16_t id, std::int16_t param, QvMCastDft* entries, std::int16_t count,
                       char flag, unsigned char* name, QvMCastList* list);
-  /// Adds scroll directions (#kScrollLeft, #kScrollRight, #kScrollUp,
-  /// #kScrollDown, or-ed). Each direction asked for removes its opposite
-  /// first; #kScrollAll (0) clears every direction. The distance per unit of
+  /// Adds scroll directions (kScrollLeft, kScrollRight, kScrollUp,
+  /// kScrollDown, or-ed). Each direction asked for removes its opposite
+  /// first; kScrollAll (0) clears every direction. The distance per unit of
   /// time is set by SetScrStepH/V or SetScrCountH/V.
   /// \return the member's id, or −1.
   std::int16_t RegScroll(std::int16_t id, char dirs, unsigned char* name);
@@ -364,10 +368,10 @@ class QvMCast {
   /// member is absent.
   char DelOrgCTable(std::int16_t id);
   /// Removes the Dft entries, leaves their list, re-samples the anchor path
-  /// (ResetAnc) and sets the path type to #kAncClamp. \return 1; 0 when the
+  /// (ResetAnc) and sets the path type to kAncClamp. \return 1; 0 when the
   /// member is absent.
   char DelDft(std::int16_t id);
-  /// Clears the given scroll direction bits; #kScrollAll (0) clears all.
+  /// Clears the given scroll direction bits; kScrollAll (0) clears all.
   /// \return 1; 0 when the member is absent.
   char DelScroll(std::int16_t id, char dirs);
 
@@ -396,19 +400,21 @@ class QvMCast {
   /// \return 1; 0 when the member is absent or has no entries.
   char GetDft(std::int16_t id, std::int16_t* param, QvMCastDft** entries, std::int16_t* count,
               char* flag);
-  ///@}
+  //@}
 
   /// \name Anchor motion paths
   /// A path is an array of points relative to the top-left corner of the
   /// area the member is drawn in. At movie time t the member stands on
   /// anchor trunc((t − start) × step) + offset, folded into the path by the
-  /// path type (#kAncClamp, #kAncReflect, #kAncWrap).
-  ///@{
+  /// path type (kAncClamp, kAncReflect, kAncWrap).
+  //@{
   /// Gives the member a path.
+  /// \param id the member's cast id, or kNewId.
   /// \param anchors count records copied; null, or a count below 1, leaves
   ///   the member without a path.
-  /// \param type #kAncClamp, #kAncReflect or #kAncWrap; 0 keeps the present
-  ///   type (#kAncWrap on a new member).
+  /// \param count number of anchors.
+  /// \param type kAncClamp, kAncReflect or kAncWrap; 0 keeps the present
+  ///   type (kAncWrap on a new member).
   /// \param name copied; null removes the name.
   /// \return the member's id, or −1. Step and offset keep their values; the
   ///   select span is cleared.
@@ -434,12 +440,13 @@ class QvMCast {
   /// QvMCastAnc::kKey between them are the keys; afterwards the ends are
   /// flagged kKey and the filled plain anchors QvMCastAnc::kInbetween.
   /// With the hook of this class the inner anchors move to (0, 0).
+  /// \param id the member's cast id.
   /// \param mode passed through to the hook.
   /// \return 1; 0 without a path, without a span inside the path (every
   ///   step, count or offset setting clears the span), or when memory is
   ///   short.
   char InbetweenAnc(std::int16_t id, char mode);
-  /// Sets the path type, unchecked (#kAncClamp, #kAncReflect, #kAncWrap;
+  /// Sets the path type, unchecked (kAncClamp, kAncReflect, kAncWrap;
   /// other values put the member on anchor 0). \return 1; 0 when absent.
   char SetAncType(std::int16_t id, char type);
   /// Sets the index offset, wrapped into 0 .. number − 1, and clears the
@@ -478,14 +485,20 @@ class QvMCast {
   /// second argument. An `int` argument, a literal included, is a
   /// std::int32_t and selects the by-time form below; use GetAncAt for an
   /// index held in an `int`.
+  /// \param id the member's cast id.
   /// \param index 0 .. number of anchors − 1.
+  /// \param point receives the anchor's point.
+  /// \param flag receives the anchor's flag.
   /// \return 1 with the anchor's point and flag (null outputs skipped); 0
   ///   when absent, without a path or with an index outside.
   char GetAnc(std::int16_t id, std::int16_t index, tbPoint* point, char* flag);
   /// The anchor the member stands on at a moment: this form is chosen by a
   /// `std::int32_t` (that is `int`) second argument. Use GetAncAtTime to
   /// make the intent plain.
+  /// \param id the member's cast id.
   /// \param time movie time within the member's range.
+  /// \param point receives the anchor's point.
+  /// \param flag receives the anchor's flag.
   /// \return 1 with the anchor's point and flag (null outputs skipped); 0
   ///   when absent, without a path or outside the range.
   char GetAnc(std::int16_t id, std::int32_t time, tbPoint* point, char* flag);
@@ -503,13 +516,13 @@ class QvMCast {
   char GetAncAtTime(std::int16_t id, std::int32_t time, tbPoint* point, char* flag) {
     return GetAnc(id, time, point, flag);
   }
-  ///@}
+  //@}
 
   /// \name Scrolling
   /// A scrolling member's image slides inside its own bounds, wrapping
   /// around, by a distance that grows linearly with the movie time since its
   /// start.
-  ///@{
+  //@{
   /// Sets the horizontal distance in pixels per unit of movie time (5.0 on
   /// a new member). \return 1; 0 when absent.
   char SetScrStepH(std::int16_t id, double step);
@@ -539,16 +552,17 @@ class QvMCast {
   /// direction the member does not scroll. \return 1; 0 when absent or time
   /// is outside the range (nothing written).
   char GetScroll(std::int16_t id, std::int32_t time, std::int16_t* h, std::int16_t* v);
-  ///@}
+  //@}
 
   /// \name Rendering and hit-testing
-  ///@{
+  //@{
   /// Draws the member as it looks at a moment into dst: its frame animation
   /// copy at the clock frame of the moment, with the animation's anchor on
   /// the member's anchor (or the centre of area without a path), scrolled,
   /// in an off-screen world carrying the member's colours, copied through
   /// its mask. Indices only: the colours that go with them are GetCTable's.
-  /// \param time movie time within the range; #kAtStart (−1) for the start.
+  /// \param id the member's cast id.
+  /// \param time movie time within the range; kAtStart (−1) for the start.
   /// \param dst 8-bit pixel map drawn into (not owned).
   /// \param area the rectangle the member moves in (anchor points are
   ///   relative to its top-left corner); coordinates used as 16-bit values.
@@ -560,6 +574,7 @@ class QvMCast {
   /// The member's own colour table with its colour animations applied at a
   /// moment, cycle, flash, switch and fade in that order, each starting
   /// from the result of the one before.
+  /// \param id the member's cast id.
   /// \param time movie time within the range (−1 is not replaced).
   /// \return the store's working table, owned by the store and valid until
   ///   the next CTable, GetCTable or DrawPicture on this store; null when
@@ -569,6 +584,7 @@ class QvMCast {
   /// inside the union of the palette areas of its colour animations become
   /// those of CTable(id, time); every other entry stays. QvMLayer::GetCTable
   /// calls it for every placed member.
+  /// \param id the member's cast id.
   /// \param time movie time within the member's range.
   /// \param inOut the table to change (not owned).
   /// \return 1; 0 (inOut unchanged) when inOut is null, the member is
@@ -577,9 +593,11 @@ class QvMCast {
   char GetCTable(std::int16_t id, std::int32_t time, tbColorTable* inOut);
   /// The rectangle covered by the member's image at a moment, and its
   /// anchor point, for the area the member is drawn in.
+  /// \param id the member's cast id.
   /// \param time movie time within the range (−1 is not replaced).
-  /// \param mode #kPixelsSquare, #kPixelsTall (vertical distances doubled)
-  ///   or #kPixelsWide (horizontal distances doubled); other values leave
+  /// \param area the rectangle the member moves in, as for DrawPicture.
+  /// \param mode kPixelsSquare, kPixelsTall (vertical distances doubled)
+  ///   or kPixelsWide (horizontal distances doubled); other values leave
   ///   result as it was and point as the anchor itself.
   /// \param result receives left, top, right, bottom (right and bottom
   ///   excluded).
@@ -599,10 +617,10 @@ class QvMCast {
   ///   size, or the member's deletion. Null when absent or when the picture
   ///   cannot be made.
   tbPicture* Icon(std::int16_t id, std::int16_t width, std::int16_t height);
-  ///@}
+  //@}
 
   /// \name Duplication, backup and restore
-  ///@{
+  //@{
   /// Duplicates a member of this store into dst (this store too): the
   /// destination receives its own copies of every attachment by the
   /// registrations, joins the same animation reference lists, and gets a
@@ -613,7 +631,7 @@ class QvMCast {
   /// \param start movie time of the copy's start.
   /// \param name copied; null for none.
   /// \param dst the destination store (not owned).
-  /// \param dstId #kNewId (any negative id) creates a member in dst;
+  /// \param dstId kNewId (any negative id) creates a member in dst;
   ///   otherwise it is used unchecked.
   /// \return the destination id; −1 when the source is absent or the new
   ///   member cannot be made. Fails (−1, nothing made) when dst is this
@@ -646,16 +664,17 @@ class QvMCast {
   char SaveEnd(int file);
   /// No file format: returns 0 and does nothing.
   char SaveTerm(int file);
-  ///@}
+  //@}
 
   /// \name Colour animation copies
   /// kind: 0 cycle, 1 flash, 2 switch, 3 fade (the QvAColor kind codes). A
   /// kind outside 0 to 3 touches no attachment.
-  ///@{
+  //@{
   /// Attaches a private copy of a colour animation of the given kind.
   /// \param anim copied with its Dup; the host keeps owning it. It must be
   ///   of the kind's class (QvACycle, QvAFlash, QvASwitch, QvAFade). Null
   ///   removes the copy of that kind (without clearing flags).
+  /// \param id the member's cast id, or kNewId.
   /// \param kind 0 .. 3.
   /// \param startTime movie time; becomes the start of an unset range, the
   ///   end then being startTime + anim->Count() − 1. Ignored otherwise.
@@ -679,13 +698,13 @@ class QvMCast {
   QvAColor* AFade(std::int16_t id);
   /// 1 when any colour animation is attached.
   char IsAColor(std::int16_t id);
-  ///@}
+  //@}
 
   /// \name Conveniences: any integral id, const char* names
   /// Each forwards to the operation of the same name by `std::int16_t` id.
   /// They exist because a literal `0` also converts to the protected record
   /// twin's pointer, which made such a call ambiguous.
-  ///@{
+  //@{
   /// SetName by any integral id.
   template <typename Id, qv::IfOtherId<Id> = 0>
   char SetName(Id id, unsigned char* name) {
@@ -903,13 +922,13 @@ class QvMCast {
                    std::int16_t dstId) {
     return Dup(srcId, start, qv::NameArg(name), dst, dstId);
   }
-  ///@}
+  //@}
 
  protected:
   /// \name Record twins and helpers (for derived stores)
   /// Each acts on a member record found by localSearch; none checks for a
   /// null record unless stated.
-  ///@{
+  //@{
   /// The member with that id (or the locked member while locked), also kept
   /// in curInfo; null when there is none.
   QvMCastInfo* localSearch(std::int16_t id);
@@ -1019,7 +1038,7 @@ class QvMCast {
   QvAColor* AFade(QvMCastInfo* info);
   /// IsAColor of the record.
   char IsAColor(QvMCastInfo* info);
-  ///@}
+  //@}
 
   /// First member in creation order; null when the store is empty.
   QvMCastInfo* head;

@@ -20,6 +20,6 @@ struct QvMCastAnc {
   /// Position in pixels relative to the top-left corner of the area the
   /// member is drawn in; the coordinates are used as signed 16-bit values.
   tbPoint point;
-  /// #kPlain, #kKey or #kInbetween; the host may store other values.
+  /// kPlain, kKey or kInbetween; the host may store other values.
   char flag = kPlain;
 };

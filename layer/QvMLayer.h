@@ -37,7 +37,7 @@ class tbRect;
 class QvMLayer {
  public:
   /// \name Fitting modes (RegCast, FitCast)
-  ///@{
+  //@{
   /// No fitting.
   static constexpr char kFitNone = -1;
   /// Move the member whole into free time, earlier or later.
@@ -48,7 +48,7 @@ class QvMLayer {
   static constexpr char kFitTrimEnd = 2;
   /// Trim the end, then the start, then move, each on the result before.
   static constexpr char kFitAll = 3;
-  ///@}
+  //@}
 
   /// An empty store without a comment.
   QvMLayer();
@@ -61,7 +61,7 @@ class QvMLayer {
   virtual ~QvMLayer();
 
   /// \name Layer table
-  ///@{
+  //@{
   /// The number of layers.
   std::int16_t Count();
   /// The index of the first layer with that id; −1 when there is none.
@@ -70,6 +70,7 @@ class QvMLayer {
   std::int16_t Index2ID(std::int16_t index);
   /// Inserts a layer before the one at index (which then moves up by one),
   /// or appends it when there is none there.
+  /// \param index place of the new layer.
   /// \param id the host's id for the layer, not checked for uniqueness.
   /// \return the new layer's index; −1 when memory is short (nothing
   ///   changed).
@@ -81,16 +82,18 @@ class QvMLayer {
   char Del(std::int16_t index);
   /// Deletes every layer.
   void DelAll();
-  ///@}
+  //@}
 
   /// \name Cast placement
-  ///@{
+  //@{
   /// Places the reference at the end of the layer (a reference already there
   /// keeps its place) and fits the member's range against the others on that
   /// layer with mode fit.
+  /// \param index the layer.
   /// \param cast not owned; must outlive the reference.
-  /// \param fit #kFitNone, #kFitMove, #kFitTrimStart, #kFitTrimEnd or
-  ///   #kFitAll.
+  /// \param castId the member's id in cast.
+  /// \param fit kFitNone, kFitMove, kFitTrimStart, kFitTrimEnd or
+  ///   kFitAll.
   /// \return 1; 0 without layer or when memory is short.
   char RegCast(std::int16_t index, QvMCast* cast, std::int16_t castId, char fit);
   /// Removes the reference from the layer. \return 1; 0 when it was not
@@ -99,7 +102,7 @@ class QvMLayer {
   /// Removes the reference from every layer. Call it before deleting the
   /// member or its cast store.
   void DelCast(QvMCast* cast, std::int16_t castId);
-  /// Places the reference on layer to with #kFitMove, then removes it from
+  /// Places the reference on layer to with kFitMove, then removes it from
   /// layer from (so from == to removes it).
   /// \return 1; 0 when either step fails (a placement on to stays).
   char MoveCast(std::int16_t from, QvMCast* cast, std::int16_t castId, std::int16_t to);
@@ -122,22 +125,24 @@ class QvMLayer {
   /// The end of the movie: the greatest end time (QvMCast::End(id)) of all
   /// placed members; 0 when there is none or all ends are below 0.
   std::int32_t End();
-  ///@}
+  //@}
 
   /// \name Fitting
-  ///@{
+  //@{
   /// Fits the member's range against the others on the layer; only the
   /// member's range changes (through its cast store), never a neighbour's.
-  /// \param mode #kFitNone, #kFitMove, #kFitTrimStart, #kFitTrimEnd or
-  ///   #kFitAll.
+  /// \param index the layer whose other members are the neighbours.
+  /// \param cast, castId the member (its cast store is not owned).
+  /// \param mode kFitNone, kFitMove, kFitTrimStart, kFitTrimEnd or
+  ///   kFitAll.
   /// \return 1 when the range changed, 0 when it did not or there is no
-  ///   layer; always 1 for #kFitNone and for unknown modes (which change
+  ///   layer; always 1 for kFitNone and for unknown modes (which change
   ///   nothing). A member moved earlier can get a start below 0.
   char FitCast(std::int16_t index, QvMCast* cast, std::int16_t castId, char mode);
-  ///@}
+  //@}
 
   /// \name Drawing and comment
-  ///@{
+  //@{
   /// Draws moment time of the movie into pixMap: QvMCast::DrawPicture of
   /// every reference, layer 0 first, on each layer in placement order, so
   /// later layers draw over earlier ones. A member draws only at moments
@@ -181,7 +186,7 @@ class QvMLayer {
   char Load(int file);
   /// No file format: returns 0 and does nothing.
   char Save(int file);
-  ///@}
+  //@}
 
  protected:
   /// The layer at index, also kept in found; null when there is none.
