@@ -325,6 +325,9 @@ class QvMCast {
   /// \return the member's id; −1 when the member is absent or cannot be
   ///   made. A failed copy leaves the member without a frame animation and
   ///   still returns the id.
+  /// Register the animation once its frames are in place: one without
+  /// frames gives an unset range startTime .. startTime − 1, in which the
+  /// member is never drawn, and later refreshes keep that range.
   /// Also makes the member's off-screen world anew when it has an own colour
   /// table.
   std::int16_t RegAFrame(std::int16_t id, QvAFrame* anim, std::int32_t startTime,
