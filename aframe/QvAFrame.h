@@ -58,6 +58,11 @@ class tbRect;
 /// copied; the caller keeps them. Destroying the animation first detaches
 /// its cast members, which keep their last copies.
 ///
+/// **Allocation.** Reg, SetOrgImage, SetImage, GetIcon, Dup, Backup and
+/// Restore allocate (records and qv::GlobalAlloc buffers) and report a
+/// shortage by their failure result; every change passed on to cast members
+/// allocates one deep copy per member.
+///
 /// Results: `char` 1 for success, 0 for failure; a frame index −1 for
 /// failure. An index or position naming no frame fails at once. Used from
 /// one thread; the lookup lock (LockA, LockM) is a shortcut, not a guard.

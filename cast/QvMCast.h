@@ -93,6 +93,14 @@ inline unsigned char* NameArg(const char* name) {
 /// means the member with id 0. Every operation that takes a name also takes a
 /// `const char*`.
 ///
+/// **Allocation.** These allocate, and report a shortage of memory by their
+/// failure result: New, every registration (each copy is a deep one: a frame
+/// animation with all its images), GetName (the handle), ResetAnc,
+/// InbetweenAnc and DelDft (the re-sampled path), Dup, Backup, Restore,
+/// DrawPicture of a member with colour animations (a new off-screen world on
+/// every call) and Icon. All library allocations go through the counted
+/// allocator, so QvFailAllocation can make any of them fail in a test.
+///
 /// **Threads.** None: a store is used from one thread; Lock is a lookup
 /// shortcut, not a guard between threads.
 ///
@@ -325,11 +333,11 @@ class QvMCast {
   /// \return the member's id; −1 when the member is absent or cannot be
   ///   made. A failed copy leaves the member without a frame animation and
   ///   still returns the id.
-  /// Register the animation once its frames are in place: one without
-  /// frames gives an unset range startTime .. startTime − 1, in which the
-  /// member is never drawn, and later refreshes keep that range.
-  /// Also makes the member's off-screen world anew when it has an own colour
-  /// table.
+  /// Register the animation once its frames are in place, or set the range
+  /// afterwards: the range comes from the length at the first registration
+  /// and later refreshes keep it. An animation of one clock frame registered
+  /// at 0 gives 0 .. 0 (drawn at moment 0 only); one without frames gives
+  /// startTime .. startTime − 1 (never drawn).
   std::int16_t RegAFrame(std::int16_t id, QvAFrame* anim, std::int32_t startTime,
                          unsigned char* name, QvMCastList* list);
   /// Gives the member its own colour table and palette area. A frame-animated
@@ -643,11 +651,11 @@ class QvMCast {
   ///   store is locked on it).
   std::int16_t Dup(std::int16_t srcId, std::int32_t start, unsigned char* name, QvMCast* dst,
                    std::int16_t dstId);
-  /// Copies the member into dst under the same id, replacing a member of
-  /// that id there. \return 1; 0 when the member is absent, its range is
+  /// Copies the member into dst (not owned) under the same id, replacing a
+  /// member of that id there. \return 1; 0 when the member is absent, its range is
   /// unset, or memory is short.
   char Backup(std::int16_t id, QvMCast* dst);
-  /// Copies every member of src into this store under the same ids,
+  /// Copies every member of src (not owned) into this store under the same ids,
   /// replacing members with those ids; others stay. \return 1 (also for an
   /// empty src); 0 at the first member that fails (those before it stay
   /// restored).

@@ -30,6 +30,11 @@ class tbRect;
 /// layer, the members in placement order. Times are movie time (two ticks
 /// per unit, see QvMCast).
 ///
+/// New, RegCast, MoveCast, Copy, NewComment and SetComment allocate, and so
+/// does a move fitting (a temporary list of free intervals); each reports a
+/// shortage by its failure result (a move fitting then leaves the member
+/// where it is).
+///
 /// `char` results are 1 for success and 0 for failure; an operation that
 /// takes a layer index fails when there is no such layer. The store owns its
 /// layers, their reference lists and its comment block, and frees them in

@@ -86,6 +86,8 @@ TEST_F(CastTest, AnchorLookupsByIndexAndByTimeHaveTheirOwnNames) {
   EXPECT_EQ((Vals{cast.GetAncAtTime(0, 103, &p, &f), p.x, cast.GetAncAtTime(0, 107, &p, &f), p.x,
                   cast.GetAncAtTime(0, 3, &p, &f)}),
             (Vals{1, 30, 1, 20, 0}));
+  // GetAnc itself takes an int (a std::int32_t) as a time: 3 lies outside the range.
+  EXPECT_EQ((Vals{cast.GetAnc(S(0), 3, &p, &f), cast.GetAncAt(0, 3, &p, &f)}), (Vals{0, 1}));
 }
 
 }  // namespace
