@@ -172,7 +172,7 @@ TEST_F(QvMCastDraw, FrameAreaAndHitTesting) {
   // Without a path the anchor is the centre in every mode.
   tbRect full(0, 0, 640, 480), r;
   tbPoint p;
-  for (char mode : {2, 1, 0}) {  // ends with mode 0
+  for (char mode : {QvMCast::kPixelsWide, QvMCast::kPixelsTall, QvMCast::kPixelsSquare}) {
     EXPECT_EQ(cast.GetAFrameArea(S(0), 0, &full, mode, &r, &p), 1);
     EXPECT_EQ(p, tbPoint(320, 240));
   }
@@ -180,7 +180,8 @@ TEST_F(QvMCastDraw, FrameAreaAndHitTesting) {
   const std::pair<tbPoint, int> hits[] = {
       {{318, 239}, 1}, {{321, 240}, 1}, {{322, 240}, 0}, {{320, 241}, 0}, {{317, 240}, 0}};
   for (auto h : hits)
-    EXPECT_EQ(cast.PtInAFrame(&h.first, S(0), 0, &full, 0), h.second) << h.first.x;
+    EXPECT_EQ(cast.PtInAFrame(&h.first, S(0), 0, &full, QvMCast::kPixelsSquare), h.second)
+        << h.first.x;
   EXPECT_EQ(
       (Vals{cast.PtInAFrame(&p, S(0), 9, &full, 0), cast.PtInAFrame(nullptr, S(0), 0, &full, 0),
             cast.GetAFrameArea(S(0), -1, &full, 0, &r, &p),
