@@ -253,8 +253,8 @@ class QvAFrame : public QvMCastList, public QvMPlayer {
                 std::int16_t imageWidth, std::int16_t imageHeight, std::int16_t imageOffsetX,
                 std::int16_t imageOffsetY);
   /// The frame's own untransformed buffer (null when none; do not free) and
-  /// the frame's width and height. None of the outputs may be null.
-  /// \return 1; 0 without such frame.
+  /// the frame's width and height.
+  /// \return 1; 0 without such frame or with a null output.
   char GetOrgImage(std::int16_t index, unsigned char** orgImage, std::int16_t* width,
                    std::int16_t* height);
   /// The frame's own transformed image and mask (null when none; do not

@@ -99,7 +99,7 @@ class QvMLayer {
   /// \param castId the member's id in cast.
   /// \param fit kFitNone, kFitMove, kFitTrimStart, kFitTrimEnd or
   ///   kFitAll.
-  /// \return 1; 0 without layer or when memory is short.
+  /// \return 1; 0 without layer, with a null cast, or when memory is short.
   char RegCast(std::int16_t index, QvMCast* cast, std::int16_t castId, char fit);
   /// Removes the reference from the layer. \return 1; 0 when it was not
   /// there or there is no layer.
@@ -140,9 +140,10 @@ class QvMLayer {
   /// \param cast, castId the member (its cast store is not owned).
   /// \param mode kFitNone, kFitMove, kFitTrimStart, kFitTrimEnd or
   ///   kFitAll.
-  /// \return 1 when the range changed, 0 when it did not or there is no
-  ///   layer; always 1 for kFitNone and for unknown modes (which change
-  ///   nothing). A member moved earlier can get a start below 0.
+  /// \return 1 when the range changed; 0 when it did not, there is no
+  ///   layer or cast is null. Always 1 for kFitNone, and 1 for an unknown
+  ///   mode on an existing layer (nothing changes). A member moved earlier
+  ///   can get a start below 0.
   char FitCast(std::int16_t index, QvMCast* cast, std::int16_t castId, char mode);
   //@}
 
