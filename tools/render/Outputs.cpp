@@ -21,6 +21,10 @@ namespace fs = std::filesystem;
 constexpr std::size_t kTempSize = PATH_MAX + 32;
 char gTemps[Outputs::kMaxOutputs][kTempSize];
 volatile std::sig_atomic_t gTempCount = 0;
+// The directories made for them, removed after them when empty.
+constexpr int kMaxDirs = 128;
+char gDirs[kMaxDirs][kTempSize];
+volatile std::sig_atomic_t gDirCount = 0;
 
 constexpr int kSignals[] = {SIGINT,  SIGTERM, SIGHUP,  SIGQUIT,   SIGPIPE, SIGXFSZ,
                             SIGXCPU, SIGALRM, SIGUSR1, SIGUSR2, SIGVTALRM, SIGPROF};
@@ -33,6 +37,7 @@ extern "C" void OnSignal(int sig) {
   for (int i = 0; i < count; ++i) {
     if (gTemps[i][0]) unlink(gTemps[i]);
   }
+  for (int i = gDirCount - 1; i >= 0; --i) rmdir(gDirs[i]);
   // Ends the process as the signal asks, once the handler returns.
   std::signal(sig, SIG_DFL);
   std::raise(sig);
@@ -78,6 +83,7 @@ std::string Resolved(const std::string& path) {
 
 Outputs::Outputs() {
   gTempCount = 0;
+  gDirCount = 0;
   for (int i = 0; i < kSignalCount; ++i) {
     struct sigaction now;
     std::memset(&now, 0, sizeof now);
@@ -99,9 +105,10 @@ Outputs::~Outputs() {
       gTemps[i][0] = 0;
     }
     gTempCount = 0;
-  }
-  if (!committed_) {
-    for (auto it = madeDirs_.rbegin(); it != madeDirs_.rend(); ++it) rmdir(it->c_str());
+    if (!committed_) {
+      for (int i = gDirCount - 1; i >= 0; --i) rmdir(gDirs[i]);
+    }
+    gDirCount = 0;
   }
   for (int i = 0; i < kSignalCount; ++i) {
     if (gInstalled[i]) sigaction(kSignals[i], &gOld[i], nullptr);
@@ -180,12 +187,18 @@ bool Outputs::Create(std::string* error) {
       missing.push_back(d.string());
     }
     for (auto it = missing.rbegin(); it != missing.rend(); ++it) {
+      if (it->size() >= kTempSize || gDirCount >= kMaxDirs) {
+        *error = "cannot write " + Quote(e.name) + ": too many directories to create";
+        return false;
+      }
+      BlockSignals block;
       if (mkdir(it->c_str(), 0777) != 0) {
         *error = "cannot write " + Quote(e.name) + ": cannot create directory " + Quote(*it) +
                  ": " + std::strerror(errno);
         return false;
       }
-      madeDirs_.push_back(*it);
+      std::snprintf(gDirs[gDirCount], kTempSize, "%s", it->c_str());
+      gDirCount = gDirCount + 1;
     }
     std::string temp = (dir == "/" ? std::string() : dir) + "/.partial-XXXXXX";
     if (temp.size() >= kTempSize) {

@@ -23,7 +23,8 @@ class Outputs {
   static constexpr int kMaxOutputs = 64;
 
   Outputs();
-  // Removes the temporary files not renamed yet.
+  // Removes the temporary files not renamed yet and, unless committed, the
+  // directories made for them.
   ~Outputs();
   Outputs(const Outputs&) = delete;
   Outputs& operator=(const Outputs&) = delete;
@@ -62,7 +63,6 @@ class Outputs {
     std::string temp;
   };
   std::vector<Entry> entries_;
-  std::vector<std::string> madeDirs_;
   bool committed_ = false;
 };
 
