@@ -114,6 +114,11 @@ class Checker {
 
   std::int64_t Int(const json& v, const std::string& path, std::int64_t min,
                    std::int64_t max) const {
+    if (v.is_number_float() && !(v.get<double>() >= static_cast<double>(min) &&
+                                 v.get<double>() <= static_cast<double>(max))) {
+      Fail(path, "out of range: " + NumberText(v.get<double>()) + " (allowed " +
+                     std::to_string(min) + " to " + std::to_string(max) + ")");
+    }
     if (!v.is_number_integer()) Fail(path, "expected an integer, found " + TypeName(v));
     if (v.is_number_unsigned() && v.get<std::uint64_t>() > static_cast<std::uint64_t>(max)) {
       Fail(path, "out of range: " + std::to_string(v.get<std::uint64_t>()) + " (allowed " +
