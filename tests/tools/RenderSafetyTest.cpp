@@ -121,7 +121,7 @@ TEST_F(HostileRender, SignalsAndTheFileSizeLimitLeaveNothingBehind) {
     if (pid == 0) {
       for (int s : {SIGINT, SIGQUIT, SIGPIPE, SIGXFSZ}) signal(s, SIG_DFL);
       if (sig <= 0) {
-        const rlimit limit{65536, 65536};
+        const rlimit limit{4096, 4096};
         setrlimit(RLIMIT_FSIZE, &limit);
         if (sig == 0) signal(SIGXFSZ, SIG_IGN);
       }
