@@ -75,9 +75,11 @@ TEST_F(HostileRender, OutputsMustBeRegularFilesAndDistinctAndNoFailedRunChangesA
   fs::create_symlink(dir_ / "none", dir_ / "nowhere.gif");
   const std::string keep = "-o " + dir_ / "keep.gif";
   const std::pair<std::string, std::string> cases[] = {
-      {"-o " + dir_ / "fifo", "output '" + dir_ / "fifo' exists and is not a regular file but a FIFO"},
+      {"-o " + dir_ / "fifo",
+       "output '" + dir_ / "fifo' exists and is not a regular file but a FIFO"},
       {keep + " --png-at 0 " + dir_ / "dir", "but a directory"},
-      {"-o /dev/null", "output '/dev/null' exists and is not a regular file but a character device"},
+      {"-o /dev/null",
+       "output '/dev/null' exists and is not a regular file but a character device"},
       {"-o " + dir_ / "d/o.gif --png-at 0 " + dir_ / "d/./o.gif",
        "outputs '" + dir_ / "d/o.gif' and '" + dir_ / "d/./o.gif' are the same file"},
       {keep + " --png-at 0 " + dir_ / "link.gif", "are the same file"},
@@ -108,11 +110,12 @@ TEST_F(HostileRender, OutputsMustBeRegularFilesAndDistinctAndNoFailedRunChangesA
 // they were. With SIGXFSZ ignored the write fails instead: exit 1, naming
 // the output rather than its temporary file.
 TEST_F(HostileRender, SignalsAndTheFileSizeLimitLeaveNothingBehind) {
-  WriteText(dir_ / "s.json", Replace(TinySceneText(), "\"width\": 8,\n    \"height\": 4,\n    \"to\": 5",
-                                     "\"width\": 4096, \"height\": 4096, \"to\": 3000"));
+  WriteText(dir_ / "s.json",
+            Replace(TinySceneText(), "\"width\": 8,\n    \"height\": 4,\n    \"to\": 5",
+                    "\"width\": 4096, \"height\": 4096, \"to\": 3000"));
   const auto before = Snapshot();
   const std::string log = scratch_ / "log";
-  const int cases[] = {SIGINT, SIGTERM, SIGHUP,  SIGQUIT, SIGPIPE, SIGUSR1,
+  const int cases[] = {SIGINT,  SIGTERM, SIGHUP,  SIGQUIT,  SIGPIPE, SIGUSR1,
                        SIGALRM, SIGXCPU, SIGXFSZ, -SIGXFSZ, 0};  // -: limit, 0: limit, ignored
   for (const int sig : cases) {
     SCOPED_TRACE(sig);
@@ -159,9 +162,8 @@ void WritePngHeader(const std::string& path, std::uint32_t width, std::uint32_t 
   auto chunk = [&](const std::string& typeAndData) {
     be32(static_cast<std::uint32_t>(typeAndData.size() - 4));
     bytes += typeAndData;
-    be32(static_cast<std::uint32_t>(
-        crc32(0, reinterpret_cast<const Bytef*>(typeAndData.data()),
-              static_cast<uInt>(typeAndData.size()))));
+    be32(static_cast<std::uint32_t>(crc32(0, reinterpret_cast<const Bytef*>(typeAndData.data()),
+                                          static_cast<uInt>(typeAndData.size()))));
   };
   std::string ihdr = "IHDR";
   for (std::uint32_t v : {width, height}) {
@@ -180,9 +182,7 @@ TEST_F(HostileRender, InputsMustBeRegularFilesOfBoundedSizeAndMemory) {
   const std::string s = dir_ / "s.json";
   ASSERT_EQ(0, mkfifo((dir_ / "fifo").c_str(), 0600));
   fs::create_directory(dir_ / "dir");
-  {
-    std::ofstream big(dir_ / "big.json");
-  }
+  { std::ofstream big(dir_ / "big.json"); }
   fs::resize_file(dir_ / "big.json", (16u << 20) + 1);
   // Files that are not regular files, or too large, as the scene.
   const std::pair<std::string, std::string> files[] = {
@@ -229,8 +229,8 @@ TEST_F(HostileRender, InputsMustBeRegularFilesOfBoundedSizeAndMemory) {
 
   // The outputs' own needs: a sheet, a scale. The limit can be lowered and
   // raised.
-  WriteText(s, Replace(Replace(TinySceneText(), "\"width\": 8", "\"width\": 4096"),
-                       "\"height\": 4", "\"height\": 4096"));
+  WriteText(s, Replace(Replace(TinySceneText(), "\"width\": 8", "\"width\": 4096"), "\"height\": 4",
+                       "\"height\": 4096"));
   const std::string over = "over the memory limit of 512 MB (raise it with --max-memory)";
   Refused(s + " --sheet " + dir_ / "s.png --sheet-times 0,1,2,3 --scale 8", s + ":2: /output: ");
   Refused(s + " --sheet " + dir_ / "s.png --sheet-times 0,1,2,3 --scale 8", over);

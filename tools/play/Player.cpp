@@ -93,7 +93,8 @@ bool Player::Load(std::string* error, int* status) {
   } catch (const std::bad_alloc&) {
     *error = path_ + ": out of memory";
     *status = 1;
-    return false;  } catch (const std::exception& e) {
+    return false;
+  } catch (const std::exception& e) {
     // Anything else the reader lets through: the last good scene stays.
     *error = path_ + ": " + e.what();
     *status = 1;

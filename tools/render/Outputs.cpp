@@ -26,7 +26,7 @@ constexpr int kMaxDirs = 128;
 char gDirs[kMaxDirs][kTempSize];
 volatile std::sig_atomic_t gDirCount = 0;
 
-constexpr int kSignals[] = {SIGINT,  SIGTERM, SIGHUP,  SIGQUIT,   SIGPIPE, SIGXFSZ,
+constexpr int kSignals[] = {SIGINT,  SIGTERM, SIGHUP,  SIGQUIT, SIGPIPE,   SIGXFSZ,
                             SIGXCPU, SIGALRM, SIGUSR1, SIGUSR2, SIGVTALRM, SIGPROF};
 constexpr int kSignalCount = sizeof kSignals / sizeof kSignals[0];
 struct sigaction gOld[kSignalCount];
@@ -129,13 +129,13 @@ bool Outputs::Add(const std::string& name, std::string* error) {
   struct stat st;
   if (lstat(name.c_str(), &st) == 0) {
     if (S_ISLNK(st.st_mode) && stat(name.c_str(), &st) != 0) {
-      *error = "output " + Quote(name) + " is a symbolic link to nothing (" +
-               std::strerror(errno) + ")";
+      *error =
+          "output " + Quote(name) + " is a symbolic link to nothing (" + std::strerror(errno) + ")";
       return false;
     }
     if (!S_ISREG(st.st_mode)) {
-      *error = "output " + Quote(name) + " exists and is not a regular file but " +
-               KindOf(st.st_mode);
+      *error =
+          "output " + Quote(name) + " exists and is not a regular file but " + KindOf(st.st_mode);
       return false;
     }
     e.exists = true;

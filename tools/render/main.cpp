@@ -268,23 +268,22 @@ int Run(const Options& o) {
   const std::uint64_t enlarged =
       o.scale > 1 ? static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height) : 0;
   const std::uint64_t sheetBytes =
-      o.sheet.empty() ? 0
-                      : qvrender::ContactSheet::Bytes(width, height,
-                                                      static_cast<int>(sheetTimes.size()));
+      o.sheet.empty()
+          ? 0
+          : qvrender::ContactSheet::Bytes(width, height, static_cast<int>(sheetTimes.size()));
   if (scene->Memory() + enlarged + sheetBytes > o.maxMemory) {
     auto mb = [](std::uint64_t b) { return std::to_string((b + (1u << 20) - 1) >> 20) + " MB"; };
-    return Fail(kExitUsage,
-                qvscene::SceneError::Format(
-                    scene->File(), scene->OutputLine(), "/output",
-                    "moments of " + std::to_string(width) + " x " + std::to_string(height) +
-                        " pixels" +
-                        (o.sheet.empty() ? std::string()
-                                         : " on a sheet of " + std::to_string(sheetTimes.size()) +
-                                               " (" + mb(sheetBytes) + ")") +
-                        " and the scene (" + mb(scene->Memory()) + ") need " +
-                        mb(scene->Memory() + enlarged + sheetBytes) +
-                        ", over the memory limit of " + mb(o.maxMemory) +
-                        " (raise it with --max-memory)"));
+    return Fail(
+        kExitUsage,
+        qvscene::SceneError::Format(
+            scene->File(), scene->OutputLine(), "/output",
+            "moments of " + std::to_string(width) + " x " + std::to_string(height) + " pixels" +
+                (o.sheet.empty() ? std::string()
+                                 : " on a sheet of " + std::to_string(sheetTimes.size()) + " (" +
+                                       mb(sheetBytes) + ")") +
+                " and the scene (" + mb(scene->Memory()) + ") need " +
+                mb(scene->Memory() + enlarged + sheetBytes) + ", over the memory limit of " +
+                mb(o.maxMemory) + " (raise it with --max-memory)"));
   }
   if (!outputs.Create(&error)) return Fail(kExitUsage, error);
 

@@ -234,9 +234,9 @@ JsonDocument::JsonDocument(const std::string& file, const std::string& text)
       throw SceneError(file_, line, check.errorPath.empty() ? "/" : check.errorPath,
                        "number out of range: " + check.errorToken);
     }
-    throw SceneError(file_, line, std::string(),
-                     "invalid JSON at column " + std::to_string(column) + ": " +
-                         ParseReason(check.errorWhat));
+    throw SceneError(
+        file_, line, std::string(),
+        "invalid JSON at column " + std::to_string(column) + ": " + ParseReason(check.errorWhat));
   }
   try {
     root_ = nlohmann::json::parse(text_);

@@ -234,7 +234,9 @@ std::string Megabytes(std::uint64_t bytes) {
 }
 
 // Low 16 bits of a value, as a signed 16-bit number.
-std::int16_t Low16(std::int64_t v) { return static_cast<std::int16_t>(static_cast<std::uint16_t>(v)); }
+std::int16_t Low16(std::int64_t v) {
+  return static_cast<std::int16_t>(static_cast<std::uint16_t>(v));
+}
 
 // Truncation toward zero to 32 bits; values that do not fit (or NaN) give
 // INT32_MIN, as in the frame animation.
@@ -251,8 +253,8 @@ struct ImageBox {
   std::int16_t width = 0, height = 0, offsetX = 0, offsetY = 0;
 };
 
-ImageBox FrameImage(std::int16_t x, std::int16_t y, std::int16_t w, std::int16_t h,
-                    std::int16_t ax, std::int16_t ay, double zx, double zy, double rotation) {
+ImageBox FrameImage(std::int16_t x, std::int16_t y, std::int16_t w, std::int16_t h, std::int16_t ax,
+                    std::int16_t ay, double zx, double zy, double rotation) {
   const std::int16_t cx = Low16(ax - x);
   const std::int16_t cy = Low16(ay - y);
   std::int16_t px[4] = {0, Low16(w - 1), Low16(w - 1), 0};
@@ -306,9 +308,8 @@ class FrameArea {
 
  private:
   static std::int32_t Size(std::int16_t lo, std::int16_t hi) {
-    const std::int16_t size = Low16(std::int64_t{Low16(std::max<std::int16_t>(hi, 0) -
-                                                        std::min<std::int16_t>(lo, 0))} +
-                                    1);
+    const std::int16_t size = Low16(
+        std::int64_t{Low16(std::max<std::int16_t>(hi, 0) - std::min<std::int16_t>(lo, 0))} + 1);
     return size < 1 ? 0 : size;
   }
   bool any_ = false;
@@ -625,10 +626,9 @@ void SceneBuilder::ReadFrames(const json& member, const std::string& path,
                                 : f.contains("zoom")     ? fp + "/zoom"
                                 : f.contains("rotation") ? fp + "/rotation"
                                                          : rp;
-    const ImageBox box =
-        FrameImage(static_cast<std::int16_t>(x), static_cast<std::int16_t>(y),
-                   static_cast<std::int16_t>(w), static_cast<std::int16_t>(h), ax, ay, zx, zy,
-                   radians);
+    const ImageBox box = FrameImage(static_cast<std::int16_t>(x), static_cast<std::int16_t>(y),
+                                    static_cast<std::int16_t>(w), static_cast<std::int16_t>(h), ax,
+                                    ay, zx, zy, radians);
     if (box.width < 1 || box.height < 1) {
       check_.Fail(culprit,
                   "zoomed and rotated about its anchor, the image of this frame would be more than "
@@ -696,7 +696,8 @@ void SceneBuilder::ReadFrames(const json& member, const std::string& path,
     unsigned char* image = nullptr;
     unsigned char* mask = nullptr;
     copy->GetAImage(n, &image, &mask, nullptr, nullptr, nullptr, nullptr);
-    Need(image != nullptr && mask != nullptr, Checker::Child(framesPath, static_cast<std::size_t>(n)),
+    Need(image != nullptr && mask != nullptr,
+         Checker::Child(framesPath, static_cast<std::size_t>(n)),
          "copy the image of frame " + std::to_string(n) + of);
   }
 }

@@ -6,8 +6,8 @@
 // timeline, panels and counters.
 
 #include <SDL.h>
-#include <sys/stat.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cstring>
 #include <functional>
@@ -427,8 +427,9 @@ TEST_F(Player, BrokenScenesKeepTheLastGoodOneAndShowTheirErrorUntilFixed) {
       {[&](int s) { WriteText(Scene(), std::string(5000, '[') + std::string(5000, ']'), s); },
        "nested more than"},
       {[&](int s) {
-         WriteText(Scene(), Replace(SceneText(), "\"rect\": [0, 0, 8, 4]",
-                                    "\"rect\": [0, 0, 2000, 2000], \"zoom\": 8"),
+         WriteText(Scene(),
+                   Replace(SceneText(), "\"rect\": [0, 0, 8, 4]",
+                           "\"rect\": [0, 0, 2000, 2000], \"zoom\": 8"),
                    s);
          SavePicture(dir / "pal.png", MakePicture(2000, 2000, {}), s);
        },
