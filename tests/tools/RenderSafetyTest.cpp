@@ -32,15 +32,17 @@ class HostileRender : public ::testing::Test {
   RunResult Render(const std::string& args) {
     return RunCommand(std::string(QV_RENDER_TOOL) + " " + args, scratch_);
   }
-  // Every name under the directory with the content of regular files and
-  // the kind of the others.
+  // Every name under the directory with its inode, type, size and
+  // modification time: a file written or replaced changes one of them.
   std::map<std::string, std::string> Snapshot() const {
     std::map<std::string, std::string> files;
     for (const auto& e : fs::recursive_directory_iterator(dir_.Path())) {
-      const fs::file_status st = e.symlink_status();
-      files[e.path().string()] = st.type() == fs::file_type::regular
-                                     ? Slurp(e.path().string())
-                                     : "kind " + std::to_string(static_cast<int>(st.type()));
+      struct stat st;
+      if (lstat(e.path().c_str(), &st) != 0) continue;
+      files[e.path().string()] = std::to_string(st.st_ino) + " " + std::to_string(st.st_mode) +
+                                 " " + std::to_string(st.st_size) + " " +
+                                 std::to_string(st.st_mtim.tv_sec) + "." +
+                                 std::to_string(st.st_mtim.tv_nsec);
     }
     return files;
   }

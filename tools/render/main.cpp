@@ -271,19 +271,19 @@ int Run(const Options& o) {
       o.sheet.empty()
           ? 0
           : qvrender::ContactSheet::Bytes(width, height, static_cast<int>(sheetTimes.size()));
-  if (scene->Memory() + enlarged + sheetBytes > o.maxMemory) {
+  const std::uint64_t need = scene->Memory() + enlarged + sheetBytes;
+  if (need > o.maxMemory) {
     auto mb = [](std::uint64_t b) { return std::to_string((b + (1u << 20) - 1) >> 20) + " MB"; };
-    return Fail(
-        kExitUsage,
-        qvscene::SceneError::Format(
-            scene->File(), scene->OutputLine(), "/output",
-            "moments of " + std::to_string(width) + " x " + std::to_string(height) + " pixels" +
-                (o.sheet.empty() ? std::string()
-                                 : " on a sheet of " + std::to_string(sheetTimes.size()) + " (" +
-                                       mb(sheetBytes) + ")") +
-                " and the scene (" + mb(scene->Memory()) + ") need " +
-                mb(scene->Memory() + enlarged + sheetBytes) + ", over the memory limit of " +
-                mb(o.maxMemory) + " (raise it with --max-memory)"));
+    std::string parts = "the scene " + mb(scene->Memory());
+    if (enlarged)
+      parts += ", moments enlarged " + std::to_string(o.scale) + " times " + mb(enlarged);
+    if (sheetBytes)
+      parts += ", a sheet of " + std::to_string(sheetTimes.size()) + " moments " + mb(sheetBytes);
+    return Fail(kExitUsage,
+                qvscene::SceneError::Format(scene->File(), scene->OutputLine(), "/output",
+                                            "rendering needs about " + mb(need) + " (" + parts +
+                                                "), over the memory limit of " + mb(o.maxMemory) +
+                                                " (raise it with --max-memory)"));
   }
   if (!outputs.Create(&error)) return Fail(kExitUsage, error);
 
