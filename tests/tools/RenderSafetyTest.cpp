@@ -185,13 +185,13 @@ TEST_F(HostileRender, InputsMustBeRegularFilesOfBoundedSizeAndMemory) {
   ASSERT_EQ(0, mkfifo((dir_ / "fifo").c_str(), 0600));
   fs::create_directory(dir_ / "dir");
   { std::ofstream big(dir_ / "big.json"); }
-  fs::resize_file(dir_ / "big.json", (16u << 20) + 1);
+  fs::resize_file(dir_ / "big.json", (4u << 20) + 1);
   // Files that are not regular files, or too large, as the scene.
   const std::pair<std::string, std::string> files[] = {
       {dir_ / "fifo", dir_ / "fifo: not a regular file but a FIFO"},
       {dir_ / "dir", dir_ / "dir: not a regular file but a directory"},
       {"/dev/zero", "/dev/zero: not a regular file but a character device"},
-      {dir_ / "big.json", dir_ / "big.json: larger than 16 MB"},
+      {dir_ / "big.json", dir_ / "big.json: larger than 4 MB"},
   };
   for (const auto& c : files) Refused(c.first + out, c.second);
   fs::remove(dir_ / "big.json");

@@ -5,8 +5,9 @@
 
 namespace qvscene {
 
-// Largest scene file read, in bytes (16 MiB).
-constexpr std::uint64_t kMaxSceneBytes = std::uint64_t{16} << 20;
+// Largest scene file read, in bytes (4 MiB): parsed, a scene takes up to
+// about 40 bytes of memory for each byte of its text.
+constexpr std::uint64_t kMaxSceneBytes = std::uint64_t{4} << 20;
 // Largest picture file read, in bytes (256 MiB).
 constexpr std::uint64_t kMaxPictureBytes = std::uint64_t{256} << 20;
 
