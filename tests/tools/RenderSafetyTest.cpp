@@ -96,7 +96,9 @@ TEST_F(HostileRender, OutputsMustBeRegularFilesAndDistinctAndNoFailedRunChangesA
   for (const auto& c : cases) Refused(s + c.first, c.second);
 
   // A name as long as the file system allows still has room for its
-  // temporary file; missing directories are made; a link is written through.
+  // temporary file; missing directories are made; a link is written through
+  // and the file keeps its mode; new files get the usual mode.
+  fs::permissions(dir_ / "keep.gif", fs::perms(0640));
   const std::string longName = dir_ / (std::string(251, 'n') + ".gif");
   ASSERT_EQ(0, Render(s + "-o " + longName + " --png-at 0 " + dir_ / "new/dir/t.png " + "--sheet " +
                       dir_ / "link.gif")
@@ -104,6 +106,11 @@ TEST_F(HostileRender, OutputsMustBeRegularFilesAndDistinctAndNoFailedRunChangesA
   EXPECT_TRUE(fs::is_regular_file(longName) && fs::is_regular_file(dir_ / "new/dir/t.png"));
   EXPECT_TRUE(fs::is_symlink(dir_ / "link.gif"));
   EXPECT_EQ("\x89PNG", Slurp(dir_ / "keep.gif").substr(0, 4));
+  const mode_t mask = umask(0);
+  umask(mask);
+  EXPECT_EQ(Ints(0640, 0666 & ~mask),
+            Ints(fs::status(dir_ / "keep.gif").permissions() & fs::perms::all,
+                 fs::status(longName).permissions() & fs::perms::all));
   EXPECT_FALSE(dir_.HasPartial());
 }
 
