@@ -15,8 +15,8 @@
 
 #include "render/ContactSheet.h"
 #include "render/GifWriter.h"
-#include "render/Outputs.h"
 #include "scene/MovieTime.h"
+#include "scene/Outputs.h"
 #include "scene/PngIO.h"
 #include "scene/SceneError.h"
 #include "scene/SceneReader.h"
@@ -222,7 +222,7 @@ int Fail(int code, const std::string& message) {
 int Run(const Options& o) {
   // Outputs are checked before the scene is read, so that a wrong name is
   // reported at once; in the order gif, pngs, sheet.
-  qvrender::Outputs outputs;
+  qvscene::Outputs outputs;
   std::string error;
   std::vector<std::string> names;
   if (!o.gif.empty()) names.push_back(o.gif);

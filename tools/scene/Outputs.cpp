@@ -1,4 +1,4 @@
-#include "render/Outputs.h"
+#include "scene/Outputs.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -11,7 +11,7 @@
 #include <cstring>
 #include <filesystem>
 
-namespace qvrender {
+namespace qvscene {
 namespace {
 
 namespace fs = std::filesystem;
@@ -251,4 +251,4 @@ std::string Outputs::Explain(std::string message) const {
   return message;
 }
 
-}  // namespace qvrender
+}  // namespace qvscene

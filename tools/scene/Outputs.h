@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace qvrender {
+namespace qvscene {
 
 // The output files of one run, written so that a run either replaces all of
 // them with complete files or changes none: each is written to a temporary
@@ -66,4 +66,4 @@ class Outputs {
   bool committed_ = false;
 };
 
-}  // namespace qvrender
+}  // namespace qvscene
