@@ -18,6 +18,7 @@
 #include "scene/MovieTime.h"
 #include "scene/Outputs.h"
 #include "scene/PngIO.h"
+#include "scene/SafeFile.h"
 #include "scene/SceneError.h"
 #include "scene/SceneReader.h"
 
@@ -273,7 +274,7 @@ int Run(const Options& o) {
           : qvrender::ContactSheet::Bytes(width, height, static_cast<int>(sheetTimes.size()));
   const std::uint64_t need = scene->Memory() + enlarged + sheetBytes;
   if (need > o.maxMemory) {
-    auto mb = [](std::uint64_t b) { return std::to_string((b + (1u << 20) - 1) >> 20) + " MB"; };
+    const auto mb = qvscene::Megabytes;
     std::string parts = "the scene " + mb(scene->Memory());
     if (enlarged)
       parts += ", moments enlarged " + std::to_string(o.scale) + " times " + mb(enlarged);

@@ -11,6 +11,8 @@
 #include <cstring>
 #include <filesystem>
 
+#include "scene/SafeFile.h"
+
 namespace qvscene {
 namespace {
 
@@ -57,15 +59,6 @@ class BlockSignals {
  private:
   sigset_t old_;
 };
-
-const char* KindOf(mode_t mode) {
-  if (S_ISDIR(mode)) return "a directory";
-  if (S_ISFIFO(mode)) return "a FIFO";
-  if (S_ISCHR(mode)) return "a character device";
-  if (S_ISBLK(mode)) return "a block device";
-  if (S_ISSOCK(mode)) return "a socket";
-  return "not a file";
-}
 
 std::string Quote(const std::string& s) { return "'" + s + "'"; }
 
@@ -135,7 +128,7 @@ bool Outputs::Add(const std::string& name, std::string* error) {
     }
     if (!S_ISREG(st.st_mode)) {
       *error =
-          "output " + Quote(name) + " exists and is not a regular file but " + KindOf(st.st_mode);
+          "output " + Quote(name) + " exists and is not a regular file but " + FileKind(st.st_mode);
       return false;
     }
     e.exists = true;

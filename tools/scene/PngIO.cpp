@@ -128,8 +128,7 @@ bool ReadIndexedPng(const std::string& path, Picture* picture, std::string* erro
   }
   if (static_cast<std::uint64_t>(w) * h > maxPixels) {
     *error = "'" + path + "' is " + std::to_string(w) + " x " + std::to_string(h) +
-             " pixels, more than the memory limit leaves room for (" +
-             std::to_string(maxPixels >> 20) + " MB)";
+             " pixels, more than the memory limit leaves room for (" + Megabytes(maxPixels) + ")";
     return false;
   }
   png_colorp palette = nullptr;

@@ -8,20 +8,19 @@
 #include <cstring>
 
 namespace qvscene {
-namespace {
-
-const char* KindOf(mode_t mode) {
+const char* FileKind(unsigned mode) {
   if (S_ISDIR(mode)) return "a directory";
   if (S_ISFIFO(mode)) return "a FIFO";
   if (S_ISCHR(mode)) return "a character device";
   if (S_ISBLK(mode)) return "a block device";
   if (S_ISSOCK(mode)) return "a socket";
+  if (S_ISLNK(mode)) return "a symbolic link";
   return "not a file";
 }
 
-std::string Megabytes(std::uint64_t bytes) { return std::to_string(bytes >> 20) + " MB"; }
-
-}  // namespace
+std::string Megabytes(std::uint64_t bytes) {
+  return std::to_string((bytes + (std::uint64_t{1} << 20) - 1) >> 20) + " MB";
+}
 
 int OpenInput(const std::string& path, std::uint64_t maxBytes, std::string* error) {
   const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
@@ -33,7 +32,7 @@ int OpenInput(const std::string& path, std::uint64_t maxBytes, std::string* erro
   if (fstat(fd, &st) != 0) {
     *error = std::string("cannot open: ") + std::strerror(errno);
   } else if (!S_ISREG(st.st_mode)) {
-    *error = std::string("not a regular file but ") + KindOf(st.st_mode);
+    *error = std::string("not a regular file but ") + FileKind(st.st_mode);
   } else if (static_cast<std::uint64_t>(st.st_size) > maxBytes) {
     *error = "larger than " + Megabytes(maxBytes) + " (" +
              std::to_string(static_cast<std::uint64_t>(st.st_size)) + " bytes)";

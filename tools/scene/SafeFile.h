@@ -23,4 +23,11 @@ int OpenInput(const std::string& path, std::uint64_t maxBytes, std::string* erro
 bool ReadInput(const std::string& path, std::uint64_t maxBytes, std::string* text,
                std::string* error);
 
+// What a file of that st_mode is, for messages: "a directory", "a FIFO",
+// "a character device", "a block device", "a socket".
+const char* FileKind(unsigned mode);
+
+// bytes in whole megabytes (2^20 bytes), rounded up: "12 MB".
+std::string Megabytes(std::uint64_t bytes);
+
 }  // namespace qvscene

@@ -229,10 +229,6 @@ class Checker {
   const JsonDocument& doc_;
 };
 
-std::string Megabytes(std::uint64_t bytes) {
-  return std::to_string((bytes + (std::uint64_t{1} << 20) - 1) >> 20) + " MB";
-}
-
 // Low 16 bits of a value, as a signed 16-bit number.
 std::int16_t Low16(std::int64_t v) {
   return static_cast<std::int16_t>(static_cast<std::uint16_t>(v));
