@@ -106,6 +106,15 @@ TEST_F(HostileRender, OutputsMustBeRegularFilesAndDistinctAndNoFailedRunChangesA
   EXPECT_TRUE(fs::is_regular_file(longName) && fs::is_regular_file(dir_ / "new/dir/t.png"));
   EXPECT_TRUE(fs::is_symlink(dir_ / "link.gif"));
   EXPECT_EQ("\x89PNG", Slurp(dir_ / "keep.gif").substr(0, 4));
+  // Two renders to one output at once: each writes its own temporary file,
+  // and the output is one whole GIF.
+  const std::string render = std::string(QV_RENDER_TOOL) + " " + s + "-q -o " + dir_ / "both.gif";
+  const RunResult twice = RunCommand(
+      "{ " + render + " & p=$!; " + render + "; a=$?; wait $p; exit $((a | $?)); }", scratch_);
+  EXPECT_EQ(0, twice.exitCode) << twice.text;
+  const std::string both = Slurp(dir_ / "both.gif");
+  EXPECT_TRUE(both.size() > 6 && both.compare(0, 6, "GIF89a") == 0 && both.back() == ';');
+  EXPECT_FALSE(dir_.HasPartial());
   const mode_t mask = umask(0);
   umask(mask);
   EXPECT_EQ(Ints(0640, 0666 & ~mask),
