@@ -9,6 +9,7 @@
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 #include <zlib.h>
 
@@ -76,12 +77,17 @@ TEST_F(HostileRender, OutputsMustBeRegularFilesAndDistinctAndNoFailedRunChangesA
   fs::create_hard_link(dir_ / "keep.gif", dir_ / "hard.gif");
   fs::create_symlink(dir_ / "none", dir_ / "nowhere.gif");
   const std::string keep = "-o " + dir_ / "keep.gif";
+  // A device: a null device of our own where we may make one (as root, who
+  // could replace /dev/null), else /dev/null itself.
+  const std::string device = mknod((dir_ / "null").c_str(), S_IFCHR | 0666, makedev(1, 3)) == 0
+                                 ? dir_ / "null"
+                                 : "/dev/null";
   const std::pair<std::string, std::string> cases[] = {
       {"-o " + dir_ / "fifo",
        "output '" + dir_ / "fifo' exists and is not a regular file but a FIFO"},
       {keep + " --png-at 0 " + dir_ / "dir", "but a directory"},
-      {"-o /dev/null",
-       "output '/dev/null' exists and is not a regular file but a character device"},
+      {"-o " + device,
+       "output '" + device + "' exists and is not a regular file but a character device"},
       {"-o " + dir_ / "d/o.gif --png-at 0 " + dir_ / "d/./o.gif",
        "outputs '" + dir_ / "d/o.gif' and '" + dir_ / "d/./o.gif' are the same file"},
       {keep + " --png-at 0 " + dir_ / "link.gif", "are the same file"},
@@ -114,7 +120,6 @@ TEST_F(HostileRender, OutputsMustBeRegularFilesAndDistinctAndNoFailedRunChangesA
   EXPECT_EQ(0, twice.exitCode) << twice.text;
   const std::string both = Slurp(dir_ / "both.gif");
   EXPECT_TRUE(both.size() > 6 && both.compare(0, 6, "GIF89a") == 0 && both.back() == ';');
-  EXPECT_FALSE(dir_.HasPartial());
   const mode_t mask = umask(0);
   umask(mask);
   EXPECT_EQ(Ints(0640, 0666 & ~mask),
