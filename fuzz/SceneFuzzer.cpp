@@ -1,7 +1,10 @@
 // Scene reader fuzzer: the input is scene text, optionally followed by a NUL
 // byte and the bytes of a picture file that the scene can name as "p.png".
-// Malformed text or pictures must end in the reader's errors (exceptions),
-// never in a crash; a scene that loads is drawn at its first moments.
+// Malformed text or pictures must end in the reader's own errors
+// (SceneError, or BuildError when the library refuses), never in a crash or
+// any other exception; a scene that loads is drawn at its first moments. The
+// reader's memory limit is lowered so that a scene that passes it stays far
+// below the fuzzer's own limits (scripts/fuzz.sh).
 #include <unistd.h>
 
 #include <cstddef>
@@ -13,6 +16,7 @@
 #include <string>
 
 #include "scene/Picture.h"
+#include "scene/SceneError.h"
 #include "scene/SceneReader.h"
 #include "toolbox/QvPlatform.h"
 
@@ -53,6 +57,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }
   qvscene::LoadOptions options;
   options.pictureDir = scratchDir;
+  options.maxMemory = std::uint64_t{64} << 20;
   try {
     auto scene = qvscene::LoadSceneText("fuzz.json", text, options);
     // Drawn only while small, so that the search stays fast.
@@ -63,9 +68,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         scene->Render(static_cast<std::int32_t>(t), &out);
       }
     }
-  } catch (const std::exception& e) {
-    // The reader's errors (and any other exception the tool reports).
+  } catch (const qvscene::SceneError& e) {
     if (trace) std::fprintf(stderr, "%s\n", e.what());
+  } catch (const qvscene::BuildError& e) {
+    if (trace) std::fprintf(stderr, "%s\n", e.what());
+  } catch (const std::exception& e) {
+    // Anything else escaped the reader's checks: a finding.
+    std::fprintf(stderr, "exception not of the reader's own types: %s\n", e.what());
+    std::abort();
   }
   QvFailAllocation(0);
   return 0;

@@ -19,9 +19,11 @@ cmake --build "$build" -j"$jobs"
 export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1
 export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 
-# run NAME SECONDS MAX_LEN: fuzzes from fuzz/corpus/NAME.
+# run NAME SECONDS MAX_LEN RSS_MB MALLOC_MB: fuzzes from fuzz/corpus/NAME; a
+# run that needs more than RSS_MB resident, or one allocation above
+# MALLOC_MB, is a finding.
 run() {
-  local name=$1 seconds=$2 max_len=$3
+  local name=$1 seconds=$2 max_len=$3 rss_mb=$4 malloc_mb=$5
   local corpus="$build/corpus-$name"
   rm -rf "$corpus"
   mkdir -p "$corpus"
@@ -29,7 +31,7 @@ run() {
   echo "Fuzzing $name for ${seconds}s"
   local log="$build/findings/$name.log"
   if ! "$build/qvmovie_${name}_fuzzer" -max_total_time="$seconds" -max_len="$max_len" \
-      -timeout=60 -rss_limit_mb=2048 -print_final_stats=1 \
+      -timeout=60 -rss_limit_mb="$rss_mb" -malloc_limit_mb="$malloc_mb" -print_final_stats=1 \
       -artifact_prefix="$build/findings/$name-" "$corpus" > "$log" 2>&1; then
     tail -n 80 "$log" >&2
     echo "Fuzzer $name found a fault; reproduce with:" \
@@ -41,9 +43,10 @@ run() {
 
 rm -rf "$build/findings"
 mkdir -p "$build/findings"
-run api "$budget" 600
+run api "$budget" 600 2048 2048
 if [ -x "$build/qvmovie_scene_fuzzer" ]; then
-  run scene 20 16384
+  # The reader refuses scenes over its memory limit (64 MB in the fuzzer).
+  run scene 20 16384 1024 256
 fi
 if [ -x "$build/qvmovie_import_fuzzer" ]; then
   run import 20 16384

@@ -251,21 +251,6 @@ TEST_F(TinySceneRender, BadUsageExitsTwoAndHelpZero) {
   EXPECT_TRUE(Contains(help.text, "Usage: qvmovie-render SCENE")) << help.text;
 }
 
-TEST_F(TinySceneRender, FailedOutputLeavesNoFileBehindAndExitsOne) {
-  // The GIF can be written, the PNG cannot (its directory would have to be
-  // made inside a file): the run fails and the finished GIF goes too.
-  WriteText(dir_ / "plain", "x");
-  const RunResult r = RunRender(
-      dir_ / "tiny.json -o " + dir_ / "ok.gif --png-at 0 " + dir_ / "plain/sub/t.png", dir_);
-  EXPECT_EQ(1, r.exitCode) << r.text;
-  EXPECT_TRUE(Contains(r.text, "cannot create directory")) << r.text;
-  EXPECT_FALSE(fs::exists(dir_ / "ok.gif"));
-  EXPECT_FALSE(dir_.HasPartial());
-  // Missing parent directories are made.
-  ASSERT_EQ(0, RunRender(dir_ / "tiny.json --png-at 0 " + dir_ / "new/dir/t.png", dir_).exitCode);
-  EXPECT_TRUE(fs::exists(dir_ / "new/dir/t.png"));
-}
-
 // The bundled demo, rendered from pictures made by its generator, compared
 // frame by frame with what the library draws for the same moments.
 TEST(DemoRender, EveryFrameMatchesTheLibraryAndTheMovieLastsEightSeconds) {

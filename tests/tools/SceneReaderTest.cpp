@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "ToolTestUtil.h"
+#include "aframe/QvAFrame.h"
 #include "cast/QvMCast.h"
 #include "layer/QvMLayer.h"
 #include "scene/JsonDocument.h"
@@ -108,6 +109,36 @@ TEST(JsonDocument, RemembersTheLineOfEveryValue) {
       {"/a/2", 4}, {"/c~0d", 6}, {"/e", 6},   {"/f", 8},   {"/nothing", 0},
   };  // "/c~0d": the value's line, not the key's; "/e", "/f": numbers at the end of a line
   for (const auto& c : cases) EXPECT_EQ(c.second, doc.LineOf(c.first)) << c.first;
+  // A missing key is blamed on the line of its nearest ancestor.
+  try {
+    doc.Fail("/a/1/nothing/deeper", "why");
+    ADD_FAILURE();
+  } catch (const qvscene::SceneError& e) {
+    EXPECT_EQ(Ints(3), Ints(e.Line())) << e.what();
+  }
+}
+
+// Nesting up to the limit is read, and lines are found at any depth; one
+// level more is refused at the value that opens it.
+TEST(JsonDocument, NestingIsLimited) {
+  const int limit = qvscene::JsonDocument::kMaxDepth;
+  for (const int depth : {limit, limit + 1}) {
+    std::string text = "\n";
+    std::string pointer;
+    for (int i = 0; i < depth; ++i) text += i % 2 ? "[\n" : "{\"k\":";
+    for (int i = 1; i < depth; ++i) pointer += (depth - i) % 2 ? "/k" : "/0";
+    for (int i = depth - 1; i >= 0; --i) text += i % 2 ? "]" : "}";
+    SCOPED_TRACE(depth);
+    try {
+      const qvscene::JsonDocument doc("f.json", text);
+      EXPECT_EQ(limit, depth);
+      EXPECT_EQ(1 + limit / 2, doc.LineOf(pointer));
+    } catch (const qvscene::SceneError& e) {
+      EXPECT_EQ(limit + 1, depth);
+      EXPECT_EQ(Ints(2 + limit / 2), Ints(e.Line()));
+      EXPECT_TRUE(Contains(e.what(), "nested more than")) << e.what();
+    }
+  }
 }
 
 class SceneReader : public ::testing::Test {
@@ -200,6 +231,15 @@ TEST_F(SceneReader, ErrorsNameTheFilePathAndLine) {
       {"\"frames\"",
        "\"path\": {\"points\": [" + points + "[40, 0]], \"between\": 1000},\n \"frames\"",
        "/members/0/path/between: the path would have more than 32767 anchors", "\"between\""},
+      // Numbers out of range of any kind, and values whose consequences are.
+      {"\"to\": 5", "\"to\": 1e400", "/output/to: number out of range: 1e400"},
+      {"1.0}", "-1e999}", "/members/0/frames/0/zoom: number out of range: -1e999"},
+      {"\"width\": 8", "\"width\": 1e20", "/output/width: out of range: 1e+20"},
+      {"\"to\": 5", "\"to\": 20000", "/output/to: more than 20000 moments to render"},
+      {"\"zoom\": 1.0", "\"anchor\": [32767, -32768], \"zoom\": 16, \"rotation\": 90",
+       "/members/0/frames/0/anchor: zoomed and rotated about its anchor"},
+      {"\"to\": 5", "\"to\": " + std::string(199, '[') + std::string(199, ']'),
+       "/output/to/0/0/0/"},
   };
   for (const Case& c : cases) {
     const std::string text = Replace(TinySceneText(), c.from, c.to);
@@ -238,6 +278,7 @@ TEST_F(SceneReader, EachFailedAllocationIsReportedOrHarmless) {
   const int attempts = QvAllocationCount();
   ASSERT_GT(attempts, 10);
   int reported = 0;
+  int frames = 0;
   for (int k = 1; k <= attempts; ++k) {
     QvFailAllocation(k);
     std::unique_ptr<qvscene::Scene> scene;
@@ -245,12 +286,52 @@ TEST_F(SceneReader, EachFailedAllocationIsReportedOrHarmless) {
       scene = Load(text);
     } catch (const qvscene::BuildError& e) {
       ++reported;
-      EXPECT_TRUE(Contains(e.what(), "the library could not")) << e.what();
+      // FILE:LINE: /PATH: what could not be done.
+      EXPECT_TRUE(Contains(e.what(), dir_ / "s.json:") &&
+                  std::strstr(e.what(), ": /") < std::strstr(e.what(), ": the library could not"))
+          << e.what();
+      frames += Contains(e.what(),
+                         "/frames/0: the library could not make the image of frame 0 "
+                         "of member \"m\"");
     }
     QvFailAllocation(0);
     EXPECT_TRUE(!scene || scene->Render(3, &moment)) << "allocation " << k;
   }
   EXPECT_GT(reported, 0);
+  EXPECT_GT(frames, 0);
+}
+
+// The memory a scene is estimated to need is what the library makes: the
+// pictures, a moment twice, and for each frame its rectangle, image and
+// mask in the animation and in the member's copy, and the member's area.
+TEST_F(SceneReader, TheMemoryEstimateIsWhatTheLibraryMakes) {
+  const char* frameSets[] = {
+      "",
+      R"(, {"rect": [1, 1, 3, 2], "zoom": [3.7, 0.4], "rotation": 33})",
+      R"(, {"rect": [0, 0, 8, 4], "anchor": [-200, 90], "zoom": 2.5, "rotation": -170},
+         {"rect": [2, 0, 5, 4], "anchor": [7, 3], "rotation": 90.5})",
+      R"(, {"rect": [0, 0, 8, 4], "zoom": 16, "rotation": 720.25},
+         {"rect": [7, 3, 1, 1], "anchor": [300, -300], "zoom": 9, "rotation": 1})",
+  };
+  for (const char* frames : frameSets) {
+    SCOPED_TRACE(frames);
+    auto scene = Load(
+        Replace(TinySceneText(), "\"zoom\": 1.0}]", "\"zoom\": 1.0}" + std::string(frames) + "]"));
+    QvAFrame* anim = scene->Cast()->AFrame(scene->MemberId("m"));
+    ASSERT_TRUE(anim);
+    std::uint64_t expected = 8 * 4 + 2 * 2 + 2 * 8 * 4;
+    for (std::int16_t n = 0; n < anim->CountAFrame(); ++n) {
+      std::int16_t x, y, w, h, iw, ih, ox, oy;
+      ASSERT_TRUE(anim->GetAFrame(n, &x, &y, &w, &h, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                  nullptr) &&
+                  anim->GetAImage(n, nullptr, nullptr, &iw, &ih, &ox, &oy));
+      expected += 2 * (static_cast<std::uint64_t>(w) * h + 2 * static_cast<std::uint64_t>(iw) * ih);
+    }
+    std::int16_t aw = 0, ah = 0;
+    ASSERT_TRUE(anim->GetArea(&aw, &ah, nullptr, nullptr));
+    expected += static_cast<std::uint64_t>(aw) * ah;
+    EXPECT_EQ(expected, scene->Memory());
+  }
 }
 
 }  // namespace

@@ -37,7 +37,7 @@ class TempDir {
   TempDir& operator=(const TempDir&) = delete;
   std::string operator/(const std::string& name) const { return path_ + "/" + name; }
   const std::string& Path() const { return path_; }
-  // True when a temporary output (NAME.partial-PID) was left behind.
+  // True when a temporary output (.partial-XXXXXX) was left behind.
   bool HasPartial() const {
     for (const auto& e : fs::directory_iterator(path_)) {
       if (e.path().filename().string().find(".partial") != std::string::npos) return true;

@@ -2,10 +2,8 @@
 
 #include <sys/stat.h>
 
-#include <fstream>
-#include <sstream>
-
 #include "scene/JsonDocument.h"
+#include "scene/SafeFile.h"
 
 namespace qvplay {
 
@@ -55,12 +53,12 @@ std::string Resolve(const std::string& dir, const std::string& file) {
 
 std::vector<std::string> SceneFiles(const std::string& scenePath, const std::string& pictureDir) {
   std::vector<std::string> files{scenePath};
-  std::ifstream in(scenePath, std::ios::binary);
-  if (!in) return files;
-  std::stringstream text;
-  text << in.rdbuf();
+  // Read as the scene reader reads it: never blocking on a FIFO or a device.
+  std::string text;
+  std::string error;
+  if (!qvscene::ReadInput(scenePath, qvscene::kMaxSceneBytes, &text, &error)) return files;
   try {
-    const qvscene::JsonDocument doc(scenePath, text.str());
+    const qvscene::JsonDocument doc(scenePath, text);
     const nlohmann::json& root = doc.Root();
     if (!root.is_object() || !root.contains("pictures") || !root["pictures"].is_object()) {
       return files;

@@ -94,6 +94,11 @@ bool Player::Load(std::string* error, int* status) {
     *error = path_ + ": out of memory";
     *status = 1;
     return false;
+  } catch (const std::exception& e) {
+    // Anything else the reader lets through: the last good scene stays.
+    *error = path_ + ": " + e.what();
+    *status = 1;
+    return false;
   }
   tbColorTable palette = scene->BasePalette();
   auto world = std::make_unique<qvscene::GWorld>(scene->Width(), scene->Height(), &palette);

@@ -18,6 +18,7 @@
 #include "play/Frame.h"
 #include "play/Player.h"
 #include "play/View.h"
+#include "scene/Outputs.h"
 #include "scene/PngIO.h"
 #include "scene/SceneReader.h"
 
@@ -158,23 +159,12 @@ int Fail(int code, const std::string& message) {
   return code;
 }
 
-// Creates the missing parent directories of path.
-bool MakeParents(const std::string& path, std::string* error) {
-  for (std::size_t slash = path.find('/', 1); slash != std::string::npos;
-       slash = path.find('/', slash + 1)) {
-    const std::string dir = path.substr(0, slash);
-    if (mkdir(dir.c_str(), 0777) != 0 && errno != EEXIST) {
-      *error = "cannot create directory '" + dir + "': " + std::strerror(errno);
-      return false;
-    }
-  }
-  return true;
-}
-
-// Writes 0xAARRGGBB pixels as an RGB PNG, under a temporary name first.
+// Writes 0xAARRGGBB pixels as an RGB PNG, as the render tool writes its
+// outputs: a regular file only, through a temporary file.
 bool WriteScreenshot(const std::string& path, int width, int height,
                      const std::vector<std::uint32_t>& pixels, std::string* error) {
-  if (!MakeParents(path, error)) return false;
+  qvscene::Outputs output;
+  if (!output.Add(path, error) || !output.Create(error)) return false;
   qvscene::RgbPicture picture;
   picture.width = width;
   picture.height = height;
@@ -184,17 +174,11 @@ bool WriteScreenshot(const std::string& path, int width, int height,
     picture.pixels.push_back(static_cast<unsigned char>(p >> 8));
     picture.pixels.push_back(static_cast<unsigned char>(p));
   }
-  const std::string temp = path + ".partial-" + std::to_string(getpid());
-  if (!qvscene::WriteRgbPng(temp, picture, error)) {
-    unlink(temp.c_str());
+  if (!qvscene::WriteRgbPng(output.Temp(0), picture, error)) {
+    *error = output.Explain(*error);
     return false;
   }
-  if (std::rename(temp.c_str(), path.c_str()) != 0) {
-    *error = "cannot rename '" + temp + "' to '" + path + "': " + std::strerror(errno);
-    unlink(temp.c_str());
-    return false;
-  }
-  return true;
+  return output.Commit(error);
 }
 
 // The SDL window with its renderer and the texture the frames go through.

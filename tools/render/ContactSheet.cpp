@@ -39,6 +39,16 @@ ContactSheet::ContactSheet(int cellWidth, int cellHeight, int count)
     std::memcpy(&sheet_.pixels[i], kBack, 3);
 }
 
+std::uint64_t ContactSheet::Bytes(int cellWidth, int cellHeight, int count) {
+  if (count < 1) count = 1;
+  const int columns = static_cast<int>(std::ceil(std::sqrt(static_cast<double>(count))));
+  const int rows = (count + columns - 1) / columns;
+  const std::uint64_t width = kMargin + static_cast<std::uint64_t>(columns) * (cellWidth + kMargin);
+  const std::uint64_t height =
+      kMargin + static_cast<std::uint64_t>(rows) * (cellHeight + kLabel + kMargin);
+  return width * height * 3;
+}
+
 int ContactSheet::CellLeft(int index) const {
   return kMargin + (index % columns_) * (cellWidth_ + kMargin);
 }

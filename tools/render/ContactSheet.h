@@ -16,6 +16,10 @@ class ContactSheet {
  public:
   ContactSheet(int cellWidth, int cellHeight, int count);
 
+  // Bytes of the sheet of count moments of that size, known before it is
+  // made.
+  static std::uint64_t Bytes(int cellWidth, int cellHeight, int count);
+
   // Places moment number index (0-based), drawn at time t, on the sheet.
   void Place(int index, std::int32_t t, const Picture& moment);
   const RgbPicture& Sheet() const { return sheet_; }

@@ -3,11 +3,9 @@
 
 #include <unistd.h>
 
-#include <sys/stat.h>
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -19,7 +17,9 @@
 #include "render/GifWriter.h"
 #include "render/HtmlExport.h"
 #include "scene/MovieTime.h"
+#include "scene/Outputs.h"
 #include "scene/PngIO.h"
+#include "scene/SafeFile.h"
 #include "scene/SceneError.h"
 #include "scene/SceneReader.h"
 
@@ -32,7 +32,8 @@ constexpr int kExitUsage = 2;
 const char kUsage[] =
     "Usage: qvmovie-render SCENE [-o OUT.gif] [--png-at T OUT.png]...\n"
     "                      [--sheet OUT.png [--sheet-times T1,T2,...]]\n"
-    "                      [--html OUT.html] [--scale N] [--pictures DIR] [--quiet]\n"
+    "                      [--html OUT.html] [--scale N] [--pictures DIR]\n"
+    "                      [--max-memory MB] [--quiet]\n"
     "\n"
     "Renders the movie that the scene file SCENE describes.\n"
     "\n"
@@ -51,6 +52,9 @@ const char kUsage[] =
     "                         becoming an N x N block\n"
     "  --pictures DIR         resolve relative picture file names against DIR\n"
     "                         instead of the scene file's directory\n"
+    "  --max-memory MB        refuse a scene whose pictures, frame images and\n"
+    "                         outputs would need more than MB megabytes\n"
+    "                         (estimated before rendering; default 512)\n"
     "  -q, --quiet            no progress line\n"
     "  -h, --help             this text\n"
     "\n"
@@ -58,28 +62,8 @@ const char kUsage[] =
     "1/100 s with the rounding carried from frame to frame. The scene format is\n"
     "described in SCENE.md. Exit status: 0 success, 1 render failure, 2 bad usage\n"
     "or bad input. Outputs are written under temporary names and renamed when all\n"
-    "of them are complete, so a failed run leaves no output file behind.\n";
-
-// Temporary files still to be removed when the run is interrupted. Fixed
-// buffers, so that the signal handler only calls unlink.
-constexpr int kMaxTemps = 64;
-char gTemps[kMaxTemps][4096];
-volatile std::sig_atomic_t gTempCount = 0;
-
-void RemoveTemps() {
-  for (int i = 0; i < gTempCount; ++i) {
-    if (gTemps[i][0]) unlink(gTemps[i]);
-    gTemps[i][0] = 0;
-  }
-}
-
-extern "C" void OnSignal(int sig) {
-  for (int i = 0; i < gTempCount; ++i) {
-    if (gTemps[i][0]) unlink(gTemps[i]);
-  }
-  std::signal(sig, SIG_DFL);
-  std::raise(sig);
-}
+    "of them are complete, so a failed run changes no output file; an output\n"
+    "must be a regular file (or not exist yet), and no two outputs the same file.\n";
 
 struct Usage {
   std::string message;
@@ -105,6 +89,7 @@ struct Options {
   std::vector<std::int32_t> sheetTimes;
   std::string pictures;
   int scale = 1;
+  std::uint64_t maxMemory = qvscene::LoadOptions::kDefaultMaxMemory;
   bool quiet = false;
   bool help = false;
 };
@@ -155,9 +140,16 @@ Options ParseArgs(int argc, char** argv) {
         throw Usage{"--scale: '" + v + "' is not a whole number from 1 to 8"};
       }
       o.scale = v[0] - '0';
-    } else if (a == "--html") {
-      if (!o.html.empty()) throw Usage{"--html given twice"};
-      o.html = value(i, a);
+    } else if (a == "--max-memory") {
+      const std::string v = value(i, a);
+      char* end = nullptr;
+      errno = 0;
+      const unsigned long long mb = std::strtoull(v.c_str(), &end, 10);
+      if (v.empty() || v[0] < '0' || v[0] > '9' || *end != 0 || errno != 0 || mb < 1 ||
+          mb > (std::uint64_t{1} << 24)) {
+        throw Usage{"--max-memory: '" + v + "' is not a number of megabytes from 1 to 16777216"};
+      }
+      o.maxMemory = static_cast<std::uint64_t>(mb) << 20;
     } else if (a == "--pictures") {
       o.pictures = value(i, a);
     } else if (a == "-q" || a == "--quiet") {
@@ -176,71 +168,8 @@ Options ParseArgs(int argc, char** argv) {
     throw Usage{"no output given (use -o, --png-at, --sheet or --html)"};
   }
   if (o.sheetTimesGiven && o.sheet.empty()) throw Usage{"--sheet-times needs --sheet"};
-  // The same file must not be asked for twice.
-  std::vector<std::string> outs;
-  if (!o.gif.empty()) outs.push_back(o.gif);
-  for (const auto& p : o.pngs) outs.push_back(p.second);
-  if (!o.sheet.empty()) outs.push_back(o.sheet);
-  if (!o.html.empty()) outs.push_back(o.html);
-  for (std::size_t i = 0; i < outs.size(); ++i) {
-    for (std::size_t j = i + 1; j < outs.size(); ++j) {
-      if (outs[i] == outs[j]) throw Usage{"output '" + outs[i] + "' given twice"};
-    }
-  }
-  if (outs.size() > kMaxTemps) throw Usage{"too many outputs"};
   return o;
 }
-
-// Creates the missing parent directories of path.
-bool MakeParents(const std::string& path, std::string* error) {
-  for (std::size_t slash = path.find('/', 1); slash != std::string::npos;
-       slash = path.find('/', slash + 1)) {
-    const std::string dir = path.substr(0, slash);
-    if (mkdir(dir.c_str(), 0777) != 0 && errno != EEXIST) {
-      *error = "cannot create directory '" + dir + "': " + std::strerror(errno);
-      return false;
-    }
-  }
-  return true;
-}
-
-// The outputs of one run, written under temporary names.
-class Outputs {
- public:
-  ~Outputs() { RemoveTemps(); }
-
-  // The temporary name for final; registers it for removal.
-  bool Add(const std::string& final, std::string* temp, std::string* error) {
-    if (!MakeParents(final, error)) return false;
-    *temp = final + ".partial-" + std::to_string(getpid());
-    const int i = gTempCount;
-    std::snprintf(gTemps[i], sizeof gTemps[i], "%s", temp->c_str());
-    gTempCount = i + 1;
-    finals_.push_back(final);
-    return true;
-  }
-
-  // Renames every temporary file to its final name.
-  bool Commit(std::string* error) {
-    // Files get the usual permissions of new files (giflib creates its own
-    // readable by the owner only).
-    const mode_t mask = umask(0);
-    umask(mask);
-    for (int i = 0; i < gTempCount; ++i) {
-      chmod(gTemps[i], 0666 & ~mask);
-      if (std::rename(gTemps[i], finals_[static_cast<std::size_t>(i)].c_str()) != 0) {
-        *error = "cannot rename '" + std::string(gTemps[i]) + "' to '" +
-                 finals_[static_cast<std::size_t>(i)] + "': " + std::strerror(errno);
-        return false;
-      }
-      gTemps[i][0] = 0;
-    }
-    return true;
-  }
-
- private:
-  std::vector<std::string> finals_;
-};
 
 // A progress line on stderr, shown once a render has run for a second.
 class Progress {
@@ -298,8 +227,23 @@ int Fail(int code, const std::string& message) {
 }
 
 int Run(const Options& o) {
+  // Outputs are checked before the scene is read, so that a wrong name is
+  // reported at once; in the order gif, pngs, sheet, page.
+  qvscene::Outputs outputs;
+  std::string error;
+  std::vector<std::string> names;
+  if (!o.gif.empty()) names.push_back(o.gif);
+  for (const auto& png : o.pngs) names.push_back(png.second);
+  if (!o.sheet.empty()) names.push_back(o.sheet);
+  if (!o.html.empty()) names.push_back(o.html);
+  for (const std::string& name : names) {
+    if (!outputs.Add(name, &error)) return Fail(kExitUsage, error);
+  }
+
   qvscene::LoadOptions load;
   load.pictureDir = o.pictures;
+  load.maxMemory = o.maxMemory;
+  load.limitHint = "raise it with --max-memory";
   std::unique_ptr<qvscene::Scene> scene;
   try {
     scene = qvscene::LoadScene(o.scene, load);
@@ -307,6 +251,10 @@ int Run(const Options& o) {
     return Fail(kExitUsage, e.what());
   } catch (const qvscene::BuildError& e) {
     return Fail(kExitRender, e.what());
+  }
+  if (!outputs.NotInput(o.scene, &error)) return Fail(kExitUsage, error);
+  for (const std::string& picture : scene->PictureFiles()) {
+    if (!outputs.NotInput(picture, &error)) return Fail(kExitUsage, error);
   }
 
   const std::vector<std::int32_t> times = scene->Times();
@@ -321,67 +269,85 @@ int Run(const Options& o) {
       sheetTimes.push_back(times[k]);
     }
   }
+  // What the outputs need beside the scene: an enlarged moment and the
+  // sheet, counted before either is made.
+  const int width = scene->Width() * o.scale;
+  const int height = scene->Height() * o.scale;
+  const std::uint64_t enlarged =
+      o.scale > 1 ? static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height) : 0;
+  const std::uint64_t sheetBytes =
+      o.sheet.empty()
+          ? 0
+          : qvrender::ContactSheet::Bytes(width, height, static_cast<int>(sheetTimes.size()));
+  const std::uint64_t need = scene->Memory() + enlarged + sheetBytes;
+  if (need > o.maxMemory) {
+    const auto mb = qvscene::Megabytes;
+    std::string parts = "the scene " + mb(scene->Memory());
+    if (enlarged)
+      parts += ", moments enlarged " + std::to_string(o.scale) + " times " + mb(enlarged);
+    if (sheetBytes)
+      parts += ", a sheet of " + std::to_string(sheetTimes.size()) + " moments " + mb(sheetBytes);
+    return Fail(kExitUsage,
+                qvscene::SceneError::Format(scene->File(), scene->OutputLine(), "/output",
+                                            "rendering needs about " + mb(need) + " (" + parts +
+                                                "), over the memory limit of " + mb(o.maxMemory) +
+                                                " (raise it with --max-memory)"));
+  }
+  if (!outputs.Create(&error)) return Fail(kExitUsage, error);
+
   const int total =
       static_cast<int>((o.gif.empty() ? 0 : times.size()) + o.pngs.size() + sheetTimes.size());
-  Outputs outputs;
   Progress progress(o.quiet, total);
   int done = 0;
-  std::string error;
+  std::size_t next = 0;  // the output written next
   qvscene::Picture moment;
+  auto failed = [&](const std::string& message) {
+    return Fail(kExitRender, outputs.Explain(message));
+  };
 
   if (!o.gif.empty()) {
-    std::string temp;
-    if (!outputs.Add(o.gif, &temp, &error)) return Fail(kExitRender, error);
     qvrender::GifWriter gif;
-    if (!gif.Open(temp, scene->Width() * o.scale, scene->Height() * o.scale, scene->Loops(),
-                  &error)) {
-      return Fail(kExitRender, error);
+    if (!gif.Open(outputs.Temp(next++), width, height, scene->Loops(), &error)) {
+      return failed(error);
     }
     for (std::size_t k = 0; k < times.size(); ++k) {
       if (!scene->Render(times[k], &moment)) {
-        return Fail(kExitRender, "cannot draw moment " + std::to_string(times[k]));
+        return failed("cannot draw moment " + std::to_string(times[k]));
       }
       const int delay =
           static_cast<int>(qvscene::DelayCentiseconds(static_cast<std::int64_t>(k), scene->Step()));
-      if (!gif.AddFrame(Enlarge(moment, o.scale), delay, &error)) return Fail(kExitRender, error);
+      if (!gif.AddFrame(Enlarge(moment, o.scale), delay, &error)) return failed(error);
       progress.Update(++done, "rendering moment");
     }
-    if (!gif.Close(&error)) return Fail(kExitRender, error);
+    if (!gif.Close(&error)) return failed(error);
   }
 
   for (const auto& png : o.pngs) {
-    std::string temp;
-    if (!outputs.Add(png.second, &temp, &error)) return Fail(kExitRender, error);
     if (!scene->Render(png.first, &moment)) {
-      return Fail(kExitRender, "cannot draw moment " + std::to_string(png.first));
+      return failed("cannot draw moment " + std::to_string(png.first));
     }
-    if (!qvscene::WriteIndexedPng(temp, Enlarge(moment, o.scale), &error))
-      return Fail(kExitRender, error);
+    if (!qvscene::WriteIndexedPng(outputs.Temp(next++), Enlarge(moment, o.scale), &error))
+      return failed(error);
     progress.Update(++done, "rendering moment");
   }
 
   if (!o.sheet.empty()) {
-    std::string temp;
-    if (!outputs.Add(o.sheet, &temp, &error)) return Fail(kExitRender, error);
-    qvrender::ContactSheet sheet(scene->Width() * o.scale, scene->Height() * o.scale,
-                                 static_cast<int>(sheetTimes.size()));
+    qvrender::ContactSheet sheet(width, height, static_cast<int>(sheetTimes.size()));
     for (std::size_t i = 0; i < sheetTimes.size(); ++i) {
       if (!scene->Render(sheetTimes[i], &moment)) {
-        return Fail(kExitRender, "cannot draw moment " + std::to_string(sheetTimes[i]));
+        return failed("cannot draw moment " + std::to_string(sheetTimes[i]));
       }
       sheet.Place(static_cast<int>(i), sheetTimes[i], Enlarge(moment, o.scale));
       progress.Update(++done, "rendering moment");
     }
-    if (!qvscene::WriteRgbPng(temp, sheet.Sheet(), &error)) return Fail(kExitRender, error);
+    if (!qvscene::WriteRgbPng(outputs.Temp(next++), sheet.Sheet(), &error)) return failed(error);
   }
   if (!o.html.empty()) {
-    std::string temp;
-    if (!outputs.Add(o.html, &temp, &error)) return Fail(kExitRender, error);
-    if (!qvrender::WriteHtml(temp, o.scene, load, qvrender::WebEngineDir(), &error))
-      return Fail(kExitRender, error);
+    if (!qvrender::WriteHtml(outputs.Temp(next++), o.scene, load, qvrender::WebEngineDir(), &error))
+      return failed(error);
   }
   progress.Done();
-  if (!outputs.Commit(&error)) return Fail(kExitRender, error);
+  if (!outputs.Commit(&error)) return failed(error);
   return kExitOk;
 }
 
@@ -399,13 +365,11 @@ int main(int argc, char** argv) {
     std::fputs(kUsage, stdout);
     return kExitOk;
   }
-  std::signal(SIGINT, OnSignal);
-  std::signal(SIGTERM, OnSignal);
-  std::signal(SIGHUP, OnSignal);
   try {
     return Run(options);
+  } catch (const std::bad_alloc&) {
+    return Fail(kExitRender, "out of memory");
   } catch (const std::exception& e) {
-    RemoveTemps();
     return Fail(kExitRender, e.what());
   }
 }

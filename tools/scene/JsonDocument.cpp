@@ -44,80 +44,124 @@ class TrackingIterator {
   std::size_t* last_;
 };
 
-// Records the line of every value by its JSON pointer.
-class PositionSax {
+// Walks the parsing events keeping only the open containers (so memory is
+// linear in the text). Without a target it checks the text: nesting depth,
+// duplicate keys, and (through parse_error) syntax and numbers out of range.
+// With a target (the tokens of a JSON pointer) it finds the line of that
+// value, or of its deepest ancestor, and stops there.
+class Walker {
  public:
   using json = nlohmann::json;
 
-  PositionSax(const std::string& text, const std::size_t* last, const JsonDocument* doc,
-              std::map<std::string, int>* lines)
-      : text_(text), last_(last), doc_(doc), lines_(lines) {}
+  Walker(const JsonDocument& doc, const std::string& text, const std::size_t* last,
+         const std::vector<std::string>* target)
+      : doc_(doc), text_(text), last_(last), target_(target) {}
 
-  bool null() { return Value(); }
-  bool boolean(bool) { return Value(); }
-  bool number_integer(json::number_integer_t) { return Value(); }
-  bool number_unsigned(json::number_unsigned_t) { return Value(); }
-  bool number_float(json::number_float_t, const json::string_t&) { return Value(); }
-  bool string(json::string_t&) { return Value(); }
-  bool binary(json::binary_t&) { return Value(); }
-  bool start_object(std::size_t) {
-    const std::string p = NextPath();
-    (*lines_)[p] = Line();
-    stack_.push_back(Level{false, 0, std::string(), p, {}});
-    return true;
-  }
+  bool null() { return Event(false, false); }
+  bool boolean(bool) { return Event(false, false); }
+  bool number_integer(json::number_integer_t) { return Event(false, false); }
+  bool number_unsigned(json::number_unsigned_t) { return Event(false, false); }
+  bool number_float(json::number_float_t, const json::string_t&) { return Event(false, false); }
+  bool string(json::string_t&) { return Event(false, false); }
+  bool binary(json::binary_t&) { return Event(false, false); }
+  bool start_object(std::size_t) { return Event(true, false); }
+  bool start_array(std::size_t) { return Event(true, true); }
+  bool end_object() { return Close(); }
+  bool end_array() { return Close(); }
   bool key(json::string_t& k) {
     Level& top = stack_.back();
-    top.key = k;
-    const std::string p = top.path + "/" + JsonDocument::Escape(k);
-    const int line = Line();
-    if (!top.keys.insert(k).second) {
-      duplicatePath = p;
-      duplicateLine = line;
-      return false;
+    top.current = k;
+    if (!target_) {
+      if (!top.keys.insert(k).second) return Error(Line(), "duplicate key");
+      return true;
     }
-    (*lines_)[p] = line;
+    if (Matches(k)) Record(stack_.size());
     return true;
   }
-  bool end_object() {
-    stack_.pop_back();
-    return true;
-  }
-  bool start_array(std::size_t) {
-    const std::string p = NextPath();
-    (*lines_)[p] = Line();
-    stack_.push_back(Level{true, 0, std::string(), p, {}});
-    return true;
-  }
-  bool end_array() {
-    stack_.pop_back();
-    return true;
-  }
-  bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception&) {
+  bool parse_error(std::size_t position, const std::string& token,
+                   const nlohmann::detail::exception& e) {
+    if (!stack_.empty() && stack_.back().array) {
+      stack_.back().current = std::to_string(stack_.back().index);
+    }
+    errorPath = Path();
+    errorPosition = position;
+    errorToken = token;
+    errorId = e.id;
+    errorWhat = e.what();
     return false;
   }
 
-  std::string duplicatePath;
-  int duplicateLine = 0;
+  // The first fault found while checking: its line and reason (path() names
+  // the value), or a parse error reported by the parser.
+  int faultLine = 0;
+  std::string faultPath;
+  std::string faultReason;
+  std::string errorPath;
+  std::size_t errorPosition = 0;
+  std::string errorToken;
+  int errorId = 0;
+  std::string errorWhat;
+  // What the target walk found.
+  int exactLine = 0;
+  int nearestLine = 0;
 
  private:
   struct Level {
-    bool array;
-    std::size_t index;
-    std::string key;
-    std::string path;
+    bool array = false;
+    std::size_t index = 0;
+    std::string current;  // token of the child being read
     std::set<std::string> keys;
   };
 
-  std::string NextPath() {
-    if (stack_.empty()) return std::string();
-    Level& top = stack_.back();
-    if (top.array) return top.path + "/" + std::to_string(top.index++);
-    return top.path + "/" + JsonDocument::Escape(top.key);
+  std::string Path() const {
+    std::string p;
+    for (const Level& l : stack_) p += "/" + JsonDocument::Escape(l.current);
+    return p;
   }
-  bool Value() {
-    const std::string p = NextPath();
-    (*lines_)[p] = Line();
+  bool Error(int line, const std::string& reason) {
+    faultLine = line;
+    faultPath = Path();
+    faultReason = reason;
+    return false;
+  }
+  // A child of the top container whose token is token is a prefix of the
+  // target (and every open container is).
+  bool Matches(const std::string& token) const {
+    const std::size_t d = stack_.size();
+    return target_ && agree_ == d && d <= target_->size() && (d == 0 || (*target_)[d - 1] == token);
+  }
+  void Record(std::size_t length) {
+    if (length < nearestLength_) return;
+    nearestLength_ = length;
+    nearestLine = Line();
+    if (length == target_->size()) exactLine = nearestLine;
+  }
+  bool Event(bool container, bool array) {
+    std::string token;
+    if (!stack_.empty()) {
+      Level& top = stack_.back();
+      if (top.array) top.current = std::to_string(top.index++);
+      token = top.current;
+    }
+    const bool matched = Matches(token);
+    if (matched) {
+      Record(stack_.size());
+      if (stack_.size() == target_->size()) return false;  // found
+    }
+    if (!container) return true;
+    if (stack_.size() >= static_cast<std::size_t>(JsonDocument::kMaxDepth)) {
+      if (target_) return false;
+      return Error(Line(), "arrays and objects nested more than " +
+                               std::to_string(JsonDocument::kMaxDepth) + " deep");
+    }
+    stack_.emplace_back();
+    stack_.back().array = array;
+    if (matched) agree_ = stack_.size();
+    return true;
+  }
+  bool Close() {
+    stack_.pop_back();
+    agree_ = std::min(agree_, stack_.size());
     return true;
   }
   // The parser has read the token of the event and at most one character
@@ -130,15 +174,17 @@ class PositionSax {
     }
     int line = 0;
     int column = 0;
-    doc_->LineColumn(at, &line, &column);
+    doc_.LineColumn(at, &line, &column);
     return line;
   }
 
+  const JsonDocument& doc_;
   const std::string& text_;
   const std::size_t* last_;
-  const JsonDocument* doc_;
-  std::map<std::string, int>* lines_;
+  const std::vector<std::string>* target_;
   std::vector<Level> stack_;
+  std::size_t agree_ = 0;  // open containers that lie on the target's path
+  std::size_t nearestLength_ = 0;
 };
 
 // The reason of a parse error without the library's prefix.
@@ -154,42 +200,75 @@ std::string ParseReason(const std::string& what) {
   return s;
 }
 
+// The tokens of a JSON pointer, unescaped.
+std::vector<std::string> Tokens(const std::string& pointer) {
+  std::vector<std::string> tokens;
+  for (std::size_t i = 0; i < pointer.size(); ++i) {
+    if (pointer[i] == '/') {
+      tokens.emplace_back();
+    } else if (pointer[i] == '~' && i + 1 < pointer.size() && !tokens.empty()) {
+      tokens.back() += pointer[++i] == '1' ? '/' : '~';
+    } else if (!tokens.empty()) {
+      tokens.back() += pointer[i];
+    }
+  }
+  return tokens;
+}
+
 }  // namespace
 
 JsonDocument::JsonDocument(const std::string& file, const std::string& text)
     : file_(file), text_(text) {
-  lineStarts_.push_back(0);
-  for (std::size_t i = 0; i < text_.size(); ++i) {
-    if (text_[i] == '\n') lineStarts_.push_back(i + 1);
+  std::size_t last = 0;
+  Walker check(*this, text_, &last, nullptr);
+  const char* base = text_.data();
+  if (!nlohmann::json::sax_parse(TrackingIterator(base, base, &last),
+                                 TrackingIterator(base + text_.size(), base, &last), &check)) {
+    if (!check.faultReason.empty()) {
+      throw SceneError(file_, check.faultLine, check.faultPath, check.faultReason);
+    }
+    int line = 0;
+    int column = 0;
+    LineColumn(check.errorPosition > 0 ? check.errorPosition - 1 : 0, &line, &column);
+    if (check.errorId == 406) {  // a number beyond the range of a double
+      throw SceneError(file_, line, check.errorPath.empty() ? "/" : check.errorPath,
+                       "number out of range: " + check.errorToken);
+    }
+    throw SceneError(
+        file_, line, std::string(),
+        "invalid JSON at column " + std::to_string(column) + ": " + ParseReason(check.errorWhat));
   }
   try {
     root_ = nlohmann::json::parse(text_);
-  } catch (const nlohmann::json::parse_error& e) {
-    int line = 0;
-    int column = 0;
-    LineColumn(e.byte > 0 ? e.byte - 1 : 0, &line, &column);
-    throw SceneError(
-        file_, line, std::string(),
-        "invalid JSON at column " + std::to_string(column) + ": " + ParseReason(e.what()));
+  } catch (const nlohmann::json::exception& e) {
+    // Not expected once the text has passed the check above.
+    throw SceneError(file_, 0, std::string(), "invalid JSON: " + ParseReason(e.what()));
   }
+}
+
+void JsonDocument::Find(const std::string& pointer, int* exact, int* nearest) const {
+  const std::vector<std::string> target = Tokens(pointer);
   std::size_t last = 0;
-  PositionSax sax(text_, &last, this, &lines_);
+  Walker walk(*this, text_, &last, &target);
   const char* base = text_.data();
-  TrackingIterator first(base, base, &last);
-  TrackingIterator end(base + text_.size(), base, &last);
-  const bool ok = nlohmann::json::sax_parse(first, end, &sax);
-  if (!ok && !sax.duplicatePath.empty()) {
-    throw SceneError(file_, sax.duplicateLine, sax.duplicatePath, "duplicate key");
-  }
+  nlohmann::json::sax_parse(TrackingIterator(base, base, &last),
+                            TrackingIterator(base + text_.size(), base, &last), &walk);
+  *exact = walk.exactLine;
+  *nearest = walk.nearestLine;
 }
 
 int JsonDocument::LineOf(const std::string& pointer) const {
-  auto it = lines_.find(pointer);
-  return it == lines_.end() ? 0 : it->second;
+  int exact = 0;
+  int nearest = 0;
+  Find(pointer, &exact, &nearest);
+  return exact;
 }
 
 void JsonDocument::Fail(const std::string& pointer, const std::string& reason) const {
-  throw SceneError(file_, LineOf(pointer), pointer.empty() ? "/" : pointer, reason);
+  int exact = 0;
+  int nearest = 0;
+  Find(pointer, &exact, &nearest);
+  throw SceneError(file_, exact ? exact : nearest, pointer.empty() ? "/" : pointer, reason);
 }
 
 std::string JsonDocument::Escape(const std::string& key) {
@@ -207,10 +286,13 @@ std::string JsonDocument::Escape(const std::string& key) {
 }
 
 void JsonDocument::LineColumn(std::size_t offset, int* line, int* column) const {
-  auto it = std::upper_bound(lineStarts_.begin(), lineStarts_.end(), offset);
-  const std::size_t index = static_cast<std::size_t>(it - lineStarts_.begin()) - 1;
-  *line = static_cast<int>(index) + 1;
-  *column = static_cast<int>(offset - lineStarts_[index]) + 1;
+  offset = std::min(offset, text_.size());
+  const auto begin = text_.begin();
+  const auto at = begin + static_cast<std::ptrdiff_t>(offset);
+  *line = 1 + static_cast<int>(std::count(begin, at, '\n'));
+  const std::size_t newline = offset == 0 ? std::string::npos : text_.rfind('\n', offset - 1);
+  const std::size_t start = newline == std::string::npos ? 0 : newline + 1;
+  *column = static_cast<int>(offset - start) + 1;
 }
 
 }  // namespace qvscene

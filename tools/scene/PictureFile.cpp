@@ -1,9 +1,8 @@
 #include "scene/PictureFile.h"
 
-#include <cerrno>
+#include <cstdint>
 #include <cstring>
-#include <fstream>
-#include <iterator>
+#include <new>
 #include <vector>
 
 #include "import/FormatError.h"
@@ -11,45 +10,47 @@
 #include "import/Ilbm.h"
 #include "import/Sheet.h"
 #include "scene/PngIO.h"
+#include "scene/SafeFile.h"
 
 namespace qvscene {
 
-bool ReadPictureFile(const std::string& path, Picture* picture, std::string* error) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) {
-    *error = "cannot open '" + path + "': " + std::strerror(errno);
+bool ReadPictureFile(const std::string& path, Picture* picture, std::string* error,
+                     std::uint64_t maxPixels) {
+  // The whole file is read through the safe reader (a regular file of a sane
+  // size, never a FIFO or device); a PNG is then read again by libpng.
+  std::string data;
+  std::string reason;
+  if (!ReadInput(path, kMaxPictureBytes, &data, &reason)) {
+    const bool open = reason.compare(0, 13, "cannot open: ") == 0;
+    *error = open ? "cannot open '" + path + "': " + reason.substr(13)
+                  : "cannot read '" + path + "': " + reason;
     return false;
   }
-  unsigned char head[12] = {};
-  in.read(reinterpret_cast<char*>(head), sizeof head);
-  const std::size_t got = static_cast<std::size_t>(in.gcount());
-  const bool ilbm = got >= 4 && std::memcmp(head, "FORM", 4) == 0;
-  const bool gif = qvimport::LooksLikeGif(head, got);
-  if (!ilbm && !gif) return ReadIndexedPng(path, picture, error);
-  in.seekg(0, std::ios::end);
-  const std::streamoff size = in.tellg();
-  if (size < 0 || size > (256 << 20)) {
-    *error = "'" + path + "' is too large";
-    return false;
-  }
-  in.seekg(0);
-  std::vector<unsigned char> data(static_cast<std::size_t>(size));
-  if (!in.read(reinterpret_cast<char*>(data.data()), size)) {
-    *error = "cannot read '" + path + "'";
-    return false;
-  }
+  const auto* bytes = reinterpret_cast<const unsigned char*>(data.data());
+  const bool ilbm = data.size() >= 4 && std::memcmp(bytes, "FORM", 4) == 0;
+  const bool gif = qvimport::LooksLikeGif(bytes, data.size());
+  if (!ilbm && !gif) return ReadIndexedPng(path, picture, error, maxPixels);
   try {
     if (ilbm) {
-      *picture = qvimport::ReadIlbm(data.data(), data.size()).picture;
+      *picture = qvimport::ReadIlbm(bytes, data.size()).picture;
     } else {
       bool reduced = false;
-      *picture = qvimport::GifSheet(qvimport::ReadGif(data.data(), data.size()), &reduced);
+      *picture = qvimport::GifSheet(qvimport::ReadGif(bytes, data.size()), &reduced);
     }
   } catch (const qvimport::FormatError& e) {
     *error = "'" + path + "': " + e.what();
     return false;
   } catch (const std::bad_alloc&) {
     *error = "'" + path + "': out of memory";
+    return false;
+  }
+  const std::uint64_t pixels =
+      static_cast<std::uint64_t>(picture->width) * static_cast<std::uint64_t>(picture->height);
+  if (pixels > maxPixels) {
+    *error = "'" + path + "' is " + std::to_string(picture->width) + " x " +
+             std::to_string(picture->height) +
+             " pixels, more than the memory limit leaves room for (" + Megabytes(maxPixels) + ")";
+    *picture = Picture();
     return false;
   }
   return true;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "scene/Picture.h"
@@ -10,7 +11,9 @@ namespace qvscene {
 /// its content: an 8-bit indexed PNG, an ILBM or PBM picture (.lbm, .iff,
 /// .bbm; its pixels and palette) or a GIF (its frames side by side, as
 /// qvmovie-import lays them out, with one palette). On failure returns false
-/// and sets error to a short reason that names the file.
-bool ReadPictureFile(const std::string& path, Picture* picture, std::string* error);
+/// and sets error to a short reason that names the file. Only a regular file
+/// of a sane size is read; a picture of more than maxPixels pixels is refused.
+bool ReadPictureFile(const std::string& path, Picture* picture, std::string* error,
+                     std::uint64_t maxPixels = UINT64_MAX);
 
 }  // namespace qvscene

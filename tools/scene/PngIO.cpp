@@ -1,12 +1,15 @@
 #include "scene/PngIO.h"
 
 #include <png.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <memory>
 #include <vector>
+
+#include "scene/SafeFile.h"
 
 namespace qvscene {
 namespace {
@@ -64,9 +67,19 @@ struct WriteState {
 
 }  // namespace
 
-bool ReadIndexedPng(const std::string& path, Picture* picture, std::string* error) {
-  FilePtr file(std::fopen(path.c_str(), "rb"));
+bool ReadIndexedPng(const std::string& path, Picture* picture, std::string* error,
+                    std::uint64_t maxPixels) {
+  std::string reason;
+  const int fd = OpenInput(path, kMaxPictureBytes, &reason);
+  if (fd < 0) {
+    const bool open = reason.compare(0, 13, "cannot open: ") == 0;
+    *error = open ? "cannot open '" + path + "': " + reason.substr(13)
+                  : "cannot read '" + path + "': " + reason;
+    return false;
+  }
+  FilePtr file(fdopen(fd, "rb"));
   if (!file) {
+    close(fd);
     *error = "cannot open '" + path + "': " + std::strerror(errno);
     return false;
   }
@@ -111,6 +124,11 @@ bool ReadIndexedPng(const std::string& path, Picture* picture, std::string* erro
   const png_uint_32 h = png_get_image_height(st.png, st.info);
   if (w < 1 || h < 1 || w > 32767 || h > 32767) {
     *error = "'" + path + "' is too large (at most 32767 x 32767 pixels)";
+    return false;
+  }
+  if (static_cast<std::uint64_t>(w) * h > maxPixels) {
+    *error = "'" + path + "' is " + std::to_string(w) + " x " + std::to_string(h) +
+             " pixels, more than the memory limit leaves room for (" + Megabytes(maxPixels) + ")";
     return false;
   }
   png_colorp palette = nullptr;

@@ -57,6 +57,14 @@ class Scene {
   // the off-screen world cannot be made.
   bool Render(std::int32_t t, Picture* out);
 
+  // Estimated bytes of pixels the scene keeps and one moment needs (see
+  // LoadOptions::maxMemory).
+  std::uint64_t Memory() const { return memory_; }
+  // The picture files read, as named after resolving.
+  const std::vector<std::string>& PictureFiles() const { return files_; }
+  // Line of "output" in the scene file.
+  int OutputLine() const { return outputLine_; }
+
   std::vector<std::string> MemberNames() const;
   // Cast id of the member with that name, or -1.
   std::int16_t MemberId(const std::string& name) const;
@@ -81,6 +89,9 @@ class Scene {
   unsigned char background_ = 0;
   int loops_ = 0;
   tbColorTable basePalette_;
+  std::uint64_t memory_ = 0;
+  std::vector<std::string> files_;
+  int outputLine_ = 0;
   std::vector<Member> members_;
   std::unique_ptr<QvMCast> cast_;
   std::unique_ptr<QvMLayer> layers_;

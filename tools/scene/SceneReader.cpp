@@ -24,6 +24,7 @@
 #include "scene/JsonDocument.h"
 #include "scene/PictureFile.h"
 #include "scene/PngIO.h"
+#include "scene/SafeFile.h"
 #include "scene/SceneError.h"
 #include "toolbox/QvPal.h"
 #include "toolbox/tbRGBColor.h"
@@ -114,6 +115,11 @@ class Checker {
 
   std::int64_t Int(const json& v, const std::string& path, std::int64_t min,
                    std::int64_t max) const {
+    if (v.is_number_float() && !(v.get<double>() >= static_cast<double>(min) &&
+                                 v.get<double>() <= static_cast<double>(max))) {
+      Fail(path, "out of range: " + NumberText(v.get<double>()) + " (allowed " +
+                     std::to_string(min) + " to " + std::to_string(max) + ")");
+    }
     if (!v.is_number_integer()) Fail(path, "expected an integer, found " + TypeName(v));
     if (v.is_number_unsigned() && v.get<std::uint64_t>() > static_cast<std::uint64_t>(max)) {
       Fail(path, "out of range: " + std::to_string(v.get<std::uint64_t>()) + " (allowed " +
@@ -224,6 +230,89 @@ class Checker {
   const JsonDocument& doc_;
 };
 
+// Low 16 bits of a value, as a signed 16-bit number.
+std::int16_t Low16(std::int64_t v) {
+  return static_cast<std::int16_t>(static_cast<std::uint16_t>(v));
+}
+
+// Truncation toward zero to 32 bits; values that do not fit (or NaN) give
+// INT32_MIN, as in the frame animation.
+std::int32_t Trunc(double d) {
+  if (!(d > -2147483649.0 && d < 2147483648.0)) return INT32_MIN;
+  return static_cast<std::int32_t>(d);
+}
+
+// The size and offset of a frame's zoomed and rotated image, computed the
+// way the frame animation makes it (16-bit corners about the anchor), so
+// that the memory is counted before it is taken. A width or height below 1
+// means the corners wrapped around: the animation makes no image.
+struct ImageBox {
+  std::int16_t width = 0, height = 0, offsetX = 0, offsetY = 0;
+};
+
+ImageBox FrameImage(std::int16_t x, std::int16_t y, std::int16_t w, std::int16_t h, std::int16_t ax,
+                    std::int16_t ay, double zx, double zy, double rotation) {
+  const std::int16_t cx = Low16(ax - x);
+  const std::int16_t cy = Low16(ay - y);
+  std::int16_t px[4] = {0, Low16(w - 1), Low16(w - 1), 0};
+  std::int16_t py[4] = {0, 0, Low16(h - 1), Low16(h - 1)};
+  const double c = std::cos(rotation);
+  const double s = std::sin(rotation);
+  for (int k = 0; k < 4; ++k) {
+    if (zx != 1.0) px[k] = Low16(std::int64_t{Trunc((px[k] - cx) * zx)} + cx);
+    if (zy != 1.0) py[k] = Low16(std::int64_t{Trunc((py[k] - cy) * zy)} + cy);
+    if (rotation != 0.0) {
+      const double dx = px[k] - cx;
+      const double dy = py[k] - cy;
+      const std::uint32_t nx = static_cast<std::uint32_t>(cx) +
+                               static_cast<std::uint32_t>(Trunc(dx * c)) +
+                               static_cast<std::uint32_t>(Trunc(dy * s));
+      const std::uint32_t ny = static_cast<std::uint32_t>(cy) +
+                               static_cast<std::uint32_t>(Trunc(dy * c)) -
+                               static_cast<std::uint32_t>(Trunc(dx * s));
+      px[k] = Low16(std::int64_t{nx});
+      py[k] = Low16(std::int64_t{ny});
+    }
+  }
+  const auto [minX, maxX] = std::minmax({px[0], px[1], px[2], px[3]});
+  const auto [minY, maxY] = std::minmax({py[0], py[1], py[2], py[3]});
+  ImageBox box;
+  box.width = Low16(std::int64_t{Low16(maxX - minX)} + 1);
+  box.height = Low16(std::int64_t{Low16(maxY - minY)} + 1);
+  box.offsetX = Low16(minX - cx);
+  box.offsetY = Low16(minY - cy);
+  return box;
+}
+
+// The area spanning the images of all frames of an animation, about their
+// anchors and the origin, as the animation computes it (16-bit sums).
+class FrameArea {
+ public:
+  void Add(const ImageBox& b) {
+    const std::int16_t x1 = Low16(std::int64_t{Low16(b.offsetX + b.width)} - 1);
+    const std::int16_t y1 = Low16(std::int64_t{Low16(b.offsetY + b.height)} - 1);
+    if (!any_) {
+      minX_ = b.offsetX, minY_ = b.offsetY, maxX_ = x1, maxY_ = y1;
+      any_ = true;
+      return;
+    }
+    minX_ = std::min(minX_, b.offsetX), minY_ = std::min(minY_, b.offsetY);
+    maxX_ = std::max(maxX_, x1), maxY_ = std::max(maxY_, y1);
+  }
+  // 0 when the size wraps around (the world is then not made).
+  std::int32_t Width() const { return Size(minX_, maxX_); }
+  std::int32_t Height() const { return Size(minY_, maxY_); }
+
+ private:
+  static std::int32_t Size(std::int16_t lo, std::int16_t hi) {
+    const std::int16_t size = Low16(
+        std::int64_t{Low16(std::max<std::int16_t>(hi, 0) - std::min<std::int16_t>(lo, 0))} + 1);
+    return size < 1 ? 0 : size;
+  }
+  bool any_ = false;
+  std::int16_t minX_ = 0, minY_ = 0, maxX_ = 0, maxY_ = 0;
+};
+
 std::string DirOf(const std::string& path) {
   const std::size_t slash = path.find_last_of('/');
   if (slash == std::string::npos) return std::string();
@@ -256,6 +345,7 @@ bool InList(QvMCastList* list, QvMCast* cast, std::int16_t id) {
 // placing can change a member's time range and with it the scroll steps.
 struct Pending {
   std::int16_t id = -1;
+  std::string path;  // the member's
   bool hasPath = false;
   bool pathByCount = false;
   double pathValue = 1.0;
@@ -293,7 +383,8 @@ class SceneBuilder {
   void ApplyPending();
   QvPal ReadArea(const json& v, const std::string& path);
   const Picture& PictureRef(const json& v, const std::string& path);
-  void Need(bool ok, const std::string& what);
+  void Need(bool ok, const std::string& path, const std::string& what);
+  void Charge(std::uint64_t bytes, const std::string& path, const std::string& what);
 
   const JsonDocument& doc_;
   Checker check_;
@@ -303,10 +394,23 @@ class SceneBuilder {
   std::string paletteName_;
   std::string palettePath_;
   std::vector<Pending> pending_;
+  std::uint64_t used_ = 0;  // estimated bytes of pixels so far
 };
 
-void SceneBuilder::Need(bool ok, const std::string& what) {
-  if (!ok) throw BuildError(doc_.File() + ": the library could not " + what);
+void SceneBuilder::Need(bool ok, const std::string& path, const std::string& what) {
+  if (!ok) {
+    throw BuildError(SceneError::Format(doc_.File(), doc_.LineOf(path), path.empty() ? "/" : path,
+                                        "the library could not " + what));
+  }
+}
+
+void SceneBuilder::Charge(std::uint64_t bytes, const std::string& path, const std::string& what) {
+  used_ += bytes;
+  if (used_ <= options_.maxMemory) return;
+  check_.Fail(path, what + " needs about " + Megabytes(bytes) + ", which brings the scene to " +
+                        Megabytes(used_) + ", over the memory limit of " +
+                        Megabytes(options_.maxMemory) +
+                        (options_.limitHint.empty() ? "" : " (" + options_.limitHint + ")"));
 }
 
 std::unique_ptr<Scene> SceneBuilder::Build() {
@@ -327,6 +431,7 @@ std::unique_ptr<Scene> SceneBuilder::Build() {
   }
   ReadLayers(root["layers"]);
   ApplyPending();
+  scene_->memory_ = used_;
   return std::move(scene_);
 }
 
@@ -346,7 +451,11 @@ void SceneBuilder::ReadPictures(const json& v) {
     const std::string file = Resolve(dir, check_.NonEmptyString(it.value(), path));
     Picture picture;
     std::string error;
-    if (!ReadPictureFile(file, &picture, &error)) check_.Fail(path, error);
+    const std::uint64_t room = options_.maxMemory > used_ ? options_.maxMemory - used_ : 0;
+    if (!ReadPictureFile(file, &picture, &error, room)) check_.Fail(path, error);
+    Charge(static_cast<std::uint64_t>(picture.width) * static_cast<std::uint64_t>(picture.height),
+           path, "the picture");
+    scene_->files_.push_back(file);
     pictures_.emplace(it.key(), std::move(picture));
   }
 }
@@ -369,7 +478,7 @@ void SceneBuilder::ReadOutput(const json& v) {
     s.step_ = static_cast<std::int32_t>(check_.Int(v["step"], path + "/step", 1, 10000));
   }
   if ((static_cast<std::int64_t>(s.to_) - s.from_) / s.step_ + 1 > 20000) {
-    check_.Fail(path + "/step", "more than 20000 moments to render");
+    check_.Fail(path + (v.contains("step") ? "/step" : "/to"), "more than 20000 moments to render");
   }
   if (v.contains("background")) {
     s.background_ =
@@ -379,6 +488,10 @@ void SceneBuilder::ReadOutput(const json& v) {
     s.loops_ = static_cast<int>(check_.Int(v["loop"], path + "/loop", 0, 65535));
   const Picture& palette = PictureRef(v["palette"], path + "/palette");
   ToColorTable(palette, &s.basePalette_);
+  s.outputLine_ = doc_.LineOf(path);
+  // The off-screen world of a moment and the picture it is copied to.
+  Charge(2 * static_cast<std::uint64_t>(s.width_) * static_cast<std::uint64_t>(s.height_),
+         path + "/width", "a moment of the output");
 }
 
 void SceneBuilder::ReadMember(const json& v, const std::string& path) {
@@ -421,7 +534,7 @@ void SceneBuilder::ReadMember(const json& v, const std::string& path) {
   QvMCast* cast = scene_->cast_.get();
   unsigned char* cname = reinterpret_cast<unsigned char*>(name.data());
   const std::int16_t id = cast->New(cname);
-  Need(id >= 0, "create member " + Quote(name));
+  Need(id >= 0, path, "create member " + Quote(name));
   Scene::Member member;
   member.name = name;
   member.id = id;
@@ -438,15 +551,16 @@ void SceneBuilder::ReadMember(const json& v, const std::string& path) {
     opaque.SetFlag(static_cast<unsigned char>(t), 0);
     hasTransparent = true;
   }
-  Need(cast->RegOrgCTable(id, &own, hasTransparent ? &opaque : nullptr, cname) == id,
+  Need(cast->RegOrgCTable(id, &own, hasTransparent ? &opaque : nullptr, cname) == id, path,
        "register the colour table of " + Quote(name));
 
   if (v.contains("frames")) ReadFrames(v, path, picture, id, cname);
   if (v.contains("colors")) ReadColors(v["colors"], path + "/colors", own, id, cname, start);
-  Need(cast->SetStartEnd(id, start, end) != 0, "set the time range of " + Quote(name));
+  Need(cast->SetStartEnd(id, start, end) != 0, path, "set the time range of " + Quote(name));
 
   Pending pending;
   pending.id = id;
+  pending.path = path;
   ReadPath(v, path, id, cname, &pending);
   if (v.contains("scroll")) ReadScroll(v["scroll"], path + "/scroll", id, cname, &pending);
   pending_.push_back(pending);
@@ -461,6 +575,8 @@ void SceneBuilder::ReadFrames(const json& member, const std::string& path,
   auto anim = std::make_unique<QvAFrame>();
   anim->LockUpdateMCast();
   std::int64_t total = 0;
+  const std::string memberName = reinterpret_cast<const char*>(name);
+  FrameArea area;
   for (std::size_t i = 0; i < frames.size(); ++i) {
     const json& f = frames[i];
     const std::string fp = Checker::Child(framesPath, i);
@@ -500,18 +616,46 @@ void SceneBuilder::ReadFrames(const json& member, const std::string& path,
     if (f.contains("rotation")) {
       degrees = check_.Number(f["rotation"], fp + "/rotation", -3600.0, 3600.0);
     }
+    const double radians = degrees * kPi / 180.0;
+    // The value that moves the image furthest: the anchor, else the zoom.
+    const std::string culprit = f.contains("anchor")     ? fp + "/anchor"
+                                : f.contains("zoom")     ? fp + "/zoom"
+                                : f.contains("rotation") ? fp + "/rotation"
+                                                         : rp;
+    const ImageBox box = FrameImage(static_cast<std::int16_t>(x), static_cast<std::int16_t>(y),
+                                    static_cast<std::int16_t>(w), static_cast<std::int16_t>(h), ax,
+                                    ay, zx, zy, radians);
+    if (box.width < 1 || box.height < 1) {
+      check_.Fail(culprit,
+                  "zoomed and rotated about its anchor, the image of this frame would be more than "
+                  "32767 pixels wide or high");
+    }
+    area.Add(box);
+    // The source rectangle, the image and its mask, in the animation and in
+    // the member's copy of it.
+    Charge(2 * (static_cast<std::uint64_t>(w) * static_cast<std::uint64_t>(h) +
+                2 * static_cast<std::uint64_t>(box.width) * static_cast<std::uint64_t>(box.height)),
+           culprit,
+           "the image of this frame (" + std::to_string(box.width) + " x " +
+               std::to_string(box.height) + " pixels, zoomed and rotated)");
+    const std::string what = " frame " + std::to_string(i) + " of member " + Quote(memberName);
     const std::int16_t n =
         anim->Reg(-1, static_cast<std::int16_t>(x), static_cast<std::int16_t>(y),
                   static_cast<std::int16_t>(w), static_cast<std::int16_t>(h), ax, ay, interval);
-    Need(n >= 0, "add frame " + std::to_string(i));
-    Need(anim->SetZoom(n, zx, zy) != 0, "zoom frame " + std::to_string(i));
-    Need(anim->SetRot(n, degrees * kPi / 180.0) != 0, "rotate frame " + std::to_string(i));
+    Need(n >= 0, fp, "add" + what);
+    Need(anim->SetZoom(n, zx, zy) != 0, fp, "zoom" + what);
+    Need(anim->SetRot(n, radians) != 0, fp, "rotate" + what);
     Picture* src = const_cast<Picture*>(picture);
     Need(anim->SetImage(n, src->pixels.data(), static_cast<std::int16_t>(src->width),
                         static_cast<std::int16_t>(src->width),
                         static_cast<std::int16_t>(src->height)) != 0,
-         "make the image of frame " + std::to_string(i));
+         fp, "make the image of" + what);
   }
+  // The member's off-screen world spans every frame's image.
+  Charge(static_cast<std::uint64_t>(area.Width()) * static_cast<std::uint64_t>(area.Height()),
+         framesPath,
+         "the area of member " + Quote(memberName) + " (" + std::to_string(area.Width()) + " x " +
+             std::to_string(area.Height()) + " pixels)");
   char mode = QvMPlayer::kPlayLoop;
   if (member.contains("mode")) {
     mode = static_cast<char>(
@@ -529,23 +673,28 @@ void SceneBuilder::ReadFrames(const json& member, const std::string& path,
   // member's reference to it whatever happens next.
   QvAFrame* own = anim.get();
   scene_->frameAnims_.push_back(std::move(anim));
-  Need(cast->RegAFrame(id, own, scene_->from_, name, own) == id, "register the frame animation");
+  const std::string of = " of member " + Quote(memberName);
+  Need(cast->RegAFrame(id, own, scene_->from_, name, own) == id, framesPath,
+       "register the frame animation" + of);
   if (!InList(own, cast, id)) {
     // The member refers to the animation, which could not note the member:
     // drop the member's reference before the animation can go.
     cast->DelAFrame(id);
-    Need(false, "register the frame animation");
+    Need(false, framesPath, "register the frame animation" + of);
   }
   // The member draws with its own copy: make sure the copy is whole (the
   // registration goes on without a copy, or with a partial one, when memory
   // runs short).
   QvAFrame* copy = cast->AFrame(id);
-  Need(copy != nullptr && copy->CountAFrame() == own->CountAFrame(), "copy the frame animation");
+  Need(copy != nullptr && copy->CountAFrame() == own->CountAFrame(), framesPath,
+       "copy the frame animation" + of);
   for (std::int16_t n = 0; n < copy->CountAFrame(); ++n) {
     unsigned char* image = nullptr;
     unsigned char* mask = nullptr;
     copy->GetAImage(n, &image, &mask, nullptr, nullptr, nullptr, nullptr);
-    Need(image != nullptr && mask != nullptr, "copy the image of frame " + std::to_string(n));
+    Need(image != nullptr && mask != nullptr,
+         Checker::Child(framesPath, static_cast<std::size_t>(n)),
+         "copy the image of frame " + std::to_string(n) + of);
   }
 }
 
@@ -603,21 +752,21 @@ void SceneBuilder::ReadColors(const json& v, const std::string& path, const tbCo
       auto a = std::make_unique<QvACycle>();
       a->SetMode(mode);
       a->SetSpeed(speed);
-      Need(a->RegArea(&area) != 0, "register a palette area");
+      Need(a->RegArea(&area) != 0, cp + "/area", "register a palette area");
       list = a.get();
       anim = std::move(a);
     } else if (kind == QvAColor::kFlash) {
       auto a = std::make_unique<QvAFlash>();
       a->SetMode(mode);
       a->SetSpeed(speed);
-      Need(a->RegArea(&area) != 0, "register a palette area");
+      Need(a->RegArea(&area) != 0, cp + "/area", "register a palette area");
       list = a.get();
       anim = std::move(a);
     } else if (kind == QvAColor::kSwitch) {
       auto a = std::make_unique<QvASwitch>();
       a->SetMode(mode);
       a->SetSpeed(speed);
-      Need(a->RegArea(&area) != 0, "register a palette area");
+      Need(a->RegArea(&area) != 0, cp + "/area", "register a palette area");
       const json& tables = c["tables"];
       const std::string tp = cp + "/tables";
       check_.Array(tables, tp, 1, 256);
@@ -646,7 +795,7 @@ void SceneBuilder::ReadColors(const json& v, const std::string& path, const tbCo
             }
           }
         }
-        Need(a->RegCTable(-1, &table) != 0, "register a colour table");
+        Need(a->RegCTable(-1, &table) != 0, p, "register a colour table");
       }
       list = a.get();
       anim = std::move(a);
@@ -654,7 +803,7 @@ void SceneBuilder::ReadColors(const json& v, const std::string& path, const tbCo
       auto a = std::make_unique<QvAFade>();
       a->SetMode(mode);
       a->SetSpeed(speed);
-      Need(a->RegArea(&area) != 0, "register a palette area");
+      Need(a->RegArea(&area) != 0, cp + "/area", "register a palette area");
       a->RegColor(check_.Color(c["to"], cp + "/to"));
       if (c.contains("count")) {
         a->SetCount(static_cast<std::int16_t>(check_.Int(c["count"], cp + "/count", 2, 32767)));
@@ -664,17 +813,17 @@ void SceneBuilder::ReadColors(const json& v, const std::string& path, const tbCo
     }
     QvAColor* own = anim.get();
     scene_->colorAnims_.push_back(std::move(anim));
-    Need(cast->RegAColor(id, own, static_cast<char>(kind), start, name, list) == id,
+    Need(cast->RegAColor(id, own, static_cast<char>(kind), start, name, list) == id, cp,
          "register a colour animation");
     if (!InList(list, cast, id)) {
       cast->DelAColor(id, static_cast<char>(kind));
-      Need(false, "register a colour animation");
+      Need(false, cp, "register a colour animation");
     }
     QvAColor* copy = kind == QvAColor::kCycle    ? cast->ACycle(id)
                      : kind == QvAColor::kFlash  ? cast->AFlash(id)
                      : kind == QvAColor::kSwitch ? cast->ASwitch(id)
                                                  : cast->AFade(id);
-    Need(copy != nullptr && copy->Error() == 0 && copy->Count() == own->Count(),
+    Need(copy != nullptr && copy->Error() == 0 && copy->Count() == own->Count(), cp,
          "copy a colour animation");
   }
 }
@@ -749,10 +898,11 @@ void SceneBuilder::ReadPath(const json& member, const std::string& path, std::in
   }
   pending->hasPath = true;
   QvMCast* cast = scene_->cast_.get();
+  const std::string where = member.contains("position") ? path + "/position" : path + "/path";
   Need(
       cast->RegAnc(id, anchors.data(), static_cast<std::int16_t>(anchors.size()), type, name) == id,
-      "register the anchor path");
-  Need(cast->IsAnc(id) != 0, "store the anchor path");
+      where, "register the anchor path");
+  Need(cast->IsAnc(id) != 0, where, "store the anchor path");
 }
 
 void SceneBuilder::ReadScroll(const json& v, const std::string& path, std::int16_t id,
@@ -793,7 +943,7 @@ void SceneBuilder::ReadScroll(const json& v, const std::string& path, std::int16
     pending->countV = true;
     pending->valueV = check_.Number(v["countV"], path + "/countV", 0.0, 1000000.0, true);
   }
-  Need(scene_->cast_->RegScroll(id, bits, name) == id, "register the scroll directions");
+  Need(scene_->cast_->RegScroll(id, bits, name) == id, path, "register the scroll directions");
 }
 
 void SceneBuilder::ReadLayers(const json& v) {
@@ -810,7 +960,7 @@ void SceneBuilder::ReadLayers(const json& v) {
     const json& refs = layer["members"];
     check_.Array(refs, lp + "/members", 0, 10000);
     const std::int16_t index = layers->New(-1, layerId);
-    Need(index >= 0, "create layer " + std::to_string(i));
+    Need(index >= 0, lp, "create layer " + std::to_string(i));
     for (std::size_t k = 0; k < refs.size(); ++k) {
       const std::string rp = Checker::Child(lp + "/members", k);
       const json& ref = refs[k];
@@ -833,7 +983,7 @@ void SceneBuilder::ReadLayers(const json& v) {
       const std::string name = check_.String(*nameValue, memberPath);
       const std::int16_t id = scene_->MemberId(name);
       if (id < 0) check_.Fail(memberPath, "undefined member " + Quote(name));
-      Need(layers->RegCast(index, cast, id, fit) != 0, "place " + Quote(name) + " on a layer");
+      Need(layers->RegCast(index, cast, id, fit) != 0, rp, "place " + Quote(name) + " on a layer");
     }
   }
 }
@@ -843,22 +993,22 @@ void SceneBuilder::ApplyPending() {
   for (const Pending& p : pending_) {
     if (p.hasPath) {
       if (p.pathByCount) {
-        Need(cast->SetAncCount(p.id, p.pathValue) != 0, "set a path count");
+        Need(cast->SetAncCount(p.id, p.pathValue) != 0, p.path, "set a path count");
       } else {
-        Need(cast->SetAncStep(p.id, p.pathValue) != 0, "set a path step");
+        Need(cast->SetAncStep(p.id, p.pathValue) != 0, p.path, "set a path step");
       }
-      Need(cast->SetAncOffset(p.id, p.pathOffset) != 0, "set a path offset");
+      Need(cast->SetAncOffset(p.id, p.pathOffset) != 0, p.path, "set a path offset");
     }
     if (p.scroll) {
       if (p.countH) {
-        Need(cast->SetScrCountH(p.id, p.valueH) != 0, "set a scroll count");
+        Need(cast->SetScrCountH(p.id, p.valueH) != 0, p.path, "set a scroll count");
       } else {
-        Need(cast->SetScrStepH(p.id, p.scrollH ? p.valueH : 0.0) != 0, "set a scroll step");
+        Need(cast->SetScrStepH(p.id, p.scrollH ? p.valueH : 0.0) != 0, p.path, "set a scroll step");
       }
       if (p.countV) {
-        Need(cast->SetScrCountV(p.id, p.valueV) != 0, "set a scroll count");
+        Need(cast->SetScrCountV(p.id, p.valueV) != 0, p.path, "set a scroll count");
       } else {
-        Need(cast->SetScrStepV(p.id, p.scrollV ? p.valueV : 0.0) != 0, "set a scroll step");
+        Need(cast->SetScrStepV(p.id, p.scrollV ? p.valueV : 0.0) != 0, p.path, "set a scroll step");
       }
     }
   }
@@ -872,13 +1022,12 @@ std::unique_ptr<Scene> LoadSceneText(const std::string& file, const std::string&
 }
 
 std::unique_ptr<Scene> LoadScene(const std::string& path, const LoadOptions& options) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in)
-    throw SceneError(path, 0, std::string(), std::string("cannot open: ") + std::strerror(errno));
-  std::ostringstream text;
-  text << in.rdbuf();
-  if (in.bad()) throw SceneError(path, 0, std::string(), "cannot read");
-  return LoadSceneText(path, text.str(), options);
+  std::string text;
+  std::string error;
+  if (!ReadInput(path, kMaxSceneBytes, &text, &error)) {
+    throw SceneError(path, 0, std::string(), error);
+  }
+  return LoadSceneText(path, text, options);
 }
 
 }  // namespace qvscene

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -11,6 +12,17 @@ struct LoadOptions {
   // Directory that relative picture file names are resolved against; empty
   // for the directory of the scene file.
   std::string pictureDir;
+  // Most bytes the pictures, the frame images (zoomed and rotated, with
+  // their masks and the members' copies), the members' off-screen worlds and
+  // one moment of the output may need, estimated before any is made. A
+  // scene over it is refused with SceneError naming the value that passes
+  // it.
+  std::uint64_t maxMemory = kDefaultMaxMemory;
+  // Added to the message of that refusal ("raise it with --max-memory").
+  std::string limitHint;
+
+  // 512 MiB.
+  static constexpr std::uint64_t kDefaultMaxMemory = std::uint64_t{512} << 20;
 };
 
 // Reads a scene file (format: tools/SCENE.md) and builds its movie through

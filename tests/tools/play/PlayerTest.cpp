@@ -7,6 +7,7 @@
 
 #include <SDL.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cstring>
 #include <functional>
@@ -418,7 +419,36 @@ TEST_F(Player, BrokenScenesKeepTheLastGoodOneAndShowTheirErrorUntilFixed) {
            ": /members/1/frames/0/rect: expected an array"},
       {[&](int s) { WriteText(Scene(), "{\n  \"output\": {\n", s); }, Scene() + ":3"},
       {[&](int s) { WriteText(dir / "spr.png", "not a picture", s); }, "/pictures/spr"},
-      {[&](int) { fs::remove(Scene()); }, Scene()}};
+      {[&](int) { fs::remove(Scene()); }, Scene()},
+      // Numbers out of range, too deep a nesting, too much memory, and files
+      // that are not regular files: none may block or end the player.
+      {[&](int s) { WriteText(Scene(), Replace(SceneText(), "\"to\": 9", "\"to\": 1e400"), s); },
+       Scene() + ":1: /output/to: number out of range: 1e400"},
+      {[&](int s) { WriteText(Scene(), std::string(5000, '[') + std::string(5000, ']'), s); },
+       "nested more than"},
+      {[&](int s) {
+         WriteText(Scene(),
+                   Replace(SceneText(), "\"rect\": [0, 0, 8, 4]",
+                           "\"rect\": [0, 0, 2000, 2000], \"zoom\": 8"),
+                   s);
+         SavePicture(dir / "pal.png", MakePicture(2000, 2000, {}), s);
+       },
+       "/members/0/frames/0/zoom: the image of this frame"},
+      {[&](int) {
+         fs::remove(Scene());
+         ASSERT_EQ(0, mkfifo(Scene().c_str(), 0600));
+       },
+       Scene() + ": not a regular file but a FIFO"},
+      {[&](int) {
+         fs::remove(dir / "spr.png");
+         ASSERT_EQ(0, mkfifo((dir / "spr.png").c_str(), 0600));
+       },
+       "/pictures/spr: cannot read '" + dir / "spr.png': not a regular file but a FIFO"},
+      {[&](int) {
+         fs::remove(dir / "spr.png");
+         fs::create_directory(dir / "spr.png");
+       },
+       "/pictures/spr: cannot read '" + dir / "spr.png': not a regular file but a directory"}};
   int stamp = 0;
   for (const auto& [breakFiles, error] : breakages) {
     SCOPED_TRACE(error);
@@ -438,8 +468,10 @@ TEST_F(Player, BrokenScenesKeepTheLastGoodOneAndShowTheirErrorUntilFixed) {
     EXPECT_EQ(PictureDiffers(good), 0);
     // Fixed: the new scene, the sprite on the other row, and no error.
     stamp += 5;
+    for (const char* name : {"scene.json", "spr.png"}) fs::remove_all(dir / name);
     WriteText(Scene(), SceneText(stamp % 20 == 10 ? 2 : 1), stamp);
-    SavePicture(dir / "spr.png", MakePicture(2, 2, {3, 5, 6, 0}), stamp);
+    WriteTinyPictures(dir);
+    for (const char* name : {"pal.png", "spr.png"}) Restamp(dir / name, stamp);
     EXPECT_TRUE(Poll());
     EXPECT_TRUE(player.Error().empty());
     EXPECT_EQ(Differs(4), 0);
