@@ -377,7 +377,7 @@ int Run(const Options& o) {
   if (!o.html.empty()) {
     std::string temp;
     if (!outputs.Add(o.html, &temp, &error)) return Fail(kExitRender, error);
-    if (!qvrender::WriteHtml(temp, o.scene, load, qvrender::WebEngineDir(), &error))
+    if (!qvrender::WriteHtml(temp, o.scene, load, qvrender::WebEngineDirs(), &error))
       return Fail(kExitRender, error);
   }
   progress.Done();
