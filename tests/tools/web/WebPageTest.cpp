@@ -96,7 +96,11 @@ TEST(HtmlExport, BadSceneOrMissingEngineLeavesNoPage) {
   const std::string missing = RenderTool(dir / "tiny.json --html " + dir / "out.html", dir,
                                          "QVMOVIE_WEB_DIR=" + dir / "empty");
   EXPECT_EQ(missing.substr(0, 2), "1 ");
-  EXPECT_TRUE(tooltest::Contains(missing, "the engine for the browser is not built")) << missing;
+  EXPECT_TRUE(tooltest::Contains(missing,
+                                 "the engine for the browser is not built (no "
+                                 "qvmovie-engine.wasm in " +
+                                     dir / "empty" + "): build it with 'bash scripts/web.sh"))
+      << missing;
   EXPECT_FALSE(fs::exists(dir / "out.html"));
   EXPECT_FALSE(dir.HasPartial());
 }
