@@ -1,12 +1,19 @@
+/// \file
+/// QvMCastDft, one Dft entry of a cast member.
 #pragma once
 
 #include "toolbox/tbPoint.h"
 
-// One Dft entry of a cast member: three points and a flag. The cast store
-// stores, copies and hands these back without interpreting them.
+/// \brief One Dft entry of a cast member: three points and a flag, host data
+/// that the cast store stores, copies and hands back without interpreting it
+/// (QvMCast::RegDft, QvMCast::GetDft). A new entry's points are (0, 0).
 struct QvMCastDft {
+  /// First point.
   tbPoint pointA;
+  /// Second point.
   tbPoint pointB;
+  /// Third point.
   tbPoint pointC;
+  /// The host's flag.
   char flag = 0;
 };

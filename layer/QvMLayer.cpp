@@ -230,7 +230,7 @@ void QvMLayer::DelCast(QvMCast* cast, std::int16_t castId) {
 }
 
 char QvMLayer::MoveCast(std::int16_t from, QvMCast* cast, std::int16_t castId, std::int16_t to) {
-  if (RegCast(to, cast, castId, 0) != 1) return 0;
+  if (RegCast(to, cast, castId, kFitMove) != 1) return 0;
   return DelCast(from, cast, castId) == 1 ? 1 : 0;
 }
 
@@ -241,7 +241,7 @@ char QvMLayer::Copy(std::int16_t index, QvMLayer* target, std::int16_t targetInd
   QvMCast* cast = nullptr;
   std::int16_t castId = 0;
   for (std::int16_t i = 0; list->Get(i, &cast, &castId); ++i) {
-    if (target == nullptr || target->RegCast(targetIndex, cast, castId, -1) != 1) return 0;
+    if (target == nullptr || target->RegCast(targetIndex, cast, castId, kFitNone) != 1) return 0;
     if (i == INT16_MAX) break;
   }
   return 1;
@@ -296,18 +296,18 @@ std::int32_t QvMLayer::End() {
 // ---- Fitting ----
 
 char QvMLayer::FitCast(std::int16_t index, QvMCast* cast, std::int16_t castId, char mode) {
-  if (mode == -1) return 1;
+  if (mode == kFitNone) return 1;
   QvMLayerInfo* layer = localSearch(index);
   if (layer == nullptr) return 0;
-  if (mode < 0 || mode > 3) return 1;
+  if (mode < kFitMove || mode > kFitAll) return 1;
   if (cast == nullptr) return 0;
   QvMCastList* list = layer->casts;
   switch (mode) {
-    case 0:
+    case kFitMove:
       return localFitCastMove(list, cast, castId);
-    case 1:
+    case kFitTrimStart:
       return localFitCastStart(list, cast, castId);
-    case 2:
+    case kFitTrimEnd:
       return localFitCastEnd(list, cast, castId);
     default: {
       const char trimmedEnd = localFitCastEnd(list, cast, castId);

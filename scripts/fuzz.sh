@@ -45,3 +45,6 @@ run api "$budget" 600
 if [ -x "$build/qvmovie_scene_fuzzer" ]; then
   run scene 20 16384
 fi
+if [ -x "$build/qvmovie_import_fuzzer" ]; then
+  run import 20 16384
+fi

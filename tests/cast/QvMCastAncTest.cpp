@@ -54,7 +54,7 @@ void SetUpSpan(CastProbe& cast) {
   path[4].point = tbPoint(60, 40);
   path[4].flag = 1;
   path[6].point = tbPoint(100, 0);
-  cast.RegAnc(S(0), path.data(), S(7), 1, nullptr);
+  cast.RegAnc(S(0), path.data(), S(7), QvMCast::kAncClamp, nullptr);
   cast.SetAncStep(S(0), 1.0);
   cast.SetAncSelectArea(S(0), 6, 2);
 }
@@ -83,7 +83,8 @@ TEST_F(QvMCastAnchors, RegistrationAndMembersWithoutAPath) {
   EXPECT_EQ((Vals{cast.GetAnc(S(0), S(3), &p, &f), p.x, p.y, f, cast.GetAnc(S(0), S(4), &p, &f),
                   cast.GetAnc(S(0), S(-1), &p, &f)}),
             (Vals{1, 30, 103, 13, 0, 0}));
-  EXPECT_EQ((Vals{cast.RegAnc(S(0), path, S(2), 2, nullptr), r->ancType}), (Vals{0, 2}));
+  EXPECT_EQ((Vals{cast.RegAnc(S(0), path, S(2), QvMCast::kAncReflect, nullptr), r->ancType}),
+            (Vals{0, 2}));
   EXPECT_EQ(cast.RegAnc(S(0), r->anc, S(2), 0, nullptr), 0);  // its own path again
   EXPECT_EQ(AncOf(cast, S(0), 1), (Vals{10, 101, 11}));
 

@@ -138,7 +138,7 @@ TEST_F(QvMCastAttach, DftEntries) {
   EXPECT_EQ(cast.RegDft(S(0), S(42), got, S(3), 7, Txt("d"), &list), 0);
   EXPECT_EQ(cast.Rec(S(0))->dft[2].pointC, tbPoint(2, 3));
 
-  cast.SetAncType(S(0), 3);
+  cast.SetAncType(S(0), QvMCast::kAncWrap);
   EXPECT_EQ((Vals{cast.DelDft(S(0)), cast.IsDft(S(0)), cast.Rec(S(0))->ancType,
                   cast.GetDft(S(0), &param, &got, &count, &flag), ListSize(list)}),
             (Vals{1, 0, 1, 0, 0}));
@@ -185,7 +185,7 @@ TEST_F(QvMCastAttach, ScrollOffsetsAndCounts) {
                           {1, 9, 0, 99, 99},     {1, 41, 0, 99, 99}, {3 | 12, 14, 1, -10, -6},
                           {2 | 8, 14, 1, 10, 6}, {0, 14, 1, 0, 0}};
   for (const auto& c : cases) {
-    cast.RegScroll(S(0), 0, nullptr);
+    cast.RegScroll(S(0), QvMCast::kScrollAll, nullptr);
     cast.RegScroll(S(0), static_cast<char>(c[0]), nullptr);
     std::int16_t h = 99, v = 99;
     EXPECT_EQ((Vals{cast.GetScroll(S(0), c[1], &h, &v), h, v}), (Vals{c[2], c[3], c[4]}))
@@ -197,7 +197,7 @@ TEST_F(QvMCastAttach, ScrollOffsetsAndCounts) {
   double d = 0, e = 0, f = 0;
   std::int16_t h = 0, v = 1;
   cast.RegAFrame(S(-1), wide.get(), 0, nullptr, nullptr);
-  cast.RegScroll(S(1), 2, nullptr);
+  cast.RegScroll(S(1), QvMCast::kScrollRight, nullptr);
   EXPECT_EQ((Vals{cast.GetScroll(S(1), 5, &h, &v), h, v}), (Vals{1, 25, 0}));
   EXPECT_EQ((Vals{cast.SetScrCountH(S(1), 10.0), cast.GetScrStepH(S(1), &d), d,
                   cast.GetScrCountH(S(1), S(1), &e), e, cast.GetScrCountH(S(1), S(3), &f), f}),
@@ -218,6 +218,6 @@ TEST_F(QvMCastAttach, ScrollOffsetsAndCounts) {
   cast.SetStartEnd(S(1), -2147483647 - 1, 2147483647);
   cast.SetScrStepH(S(1), 1e300);
   cast.SetScrStepV(S(1), -1e300);
-  cast.RegScroll(S(1), 1 | 8, nullptr);
+  cast.RegScroll(S(1), QvMCast::kScrollLeft | QvMCast::kScrollDown, nullptr);
   EXPECT_EQ((Vals{cast.GetScroll(S(1), 2147483647, &h, &v), h, v}), (Vals{1, 0, 0}));
 }

@@ -46,7 +46,7 @@ TEST_F(QvMCastDraw, PlacesTheAnchorAtTheCentreOrOnThePath) {
   QvMCastAnc anc[2];
   anc[0].point = tbPoint(10, 20);
   anc[1].point = tbPoint(30, 20);
-  cast.RegAnc(S(0), anc, S(2), 1, Txt("m"));
+  cast.RegAnc(S(0), anc, S(2), QvMCast::kAncClamp, Txt("m"));
   cast.SetAncStep(S(0), 1.0);
   for (int t = 0; t < 2; ++t) {
     big.Fill(kBack);
@@ -57,7 +57,7 @@ TEST_F(QvMCastDraw, PlacesTheAnchorAtTheCentreOrOnThePath) {
   // Scrolling right by one wraps the image inside its frame (6, 7) .. (10, 9).
   cast.DelAnc(S(0));
   cast.SetScrStepH(S(0), 1.0);
-  cast.RegScroll(S(0), 2, Txt("m"));
+  cast.RegScroll(S(0), QvMCast::kScrollRight, Txt("m"));
   EXPECT_EQ(
       (Vals{Draw(1), screen.At(6, 7), screen.At(7, 7), screen.At(9, 8), screen.CountNot(kBack)}),
       (Vals{1, FramePixel(0, 3, 0), FramePixel(0, 0, 0), FramePixel(0, 2, 1), 8}));
@@ -172,7 +172,7 @@ TEST_F(QvMCastDraw, FrameAreaAndHitTesting) {
   // Without a path the anchor is the centre in every mode.
   tbRect full(0, 0, 640, 480), r;
   tbPoint p;
-  for (char mode : {2, 1, 0}) {  // ends with mode 0
+  for (char mode : {QvMCast::kPixelsWide, QvMCast::kPixelsTall, QvMCast::kPixelsSquare}) {
     EXPECT_EQ(cast.GetAFrameArea(S(0), 0, &full, mode, &r, &p), 1);
     EXPECT_EQ(p, tbPoint(320, 240));
   }
@@ -180,7 +180,8 @@ TEST_F(QvMCastDraw, FrameAreaAndHitTesting) {
   const std::pair<tbPoint, int> hits[] = {
       {{318, 239}, 1}, {{321, 240}, 1}, {{322, 240}, 0}, {{320, 241}, 0}, {{317, 240}, 0}};
   for (auto h : hits)
-    EXPECT_EQ(cast.PtInAFrame(&h.first, S(0), 0, &full, 0), h.second) << h.first.x;
+    EXPECT_EQ(cast.PtInAFrame(&h.first, S(0), 0, &full, QvMCast::kPixelsSquare), h.second)
+        << h.first.x;
   EXPECT_EQ(
       (Vals{cast.PtInAFrame(&p, S(0), 9, &full, 0), cast.PtInAFrame(nullptr, S(0), 0, &full, 0),
             cast.GetAFrameArea(S(0), -1, &full, 0, &r, &p),
@@ -229,7 +230,7 @@ TEST_F(QvMCastDraw, Icons) {
   EXPECT_EQ(cast.Icon(S(1), S(3), S(3)), icon);
   EXPECT_EQ(icon->Pic(), pixels);
   // Registrations and removals discard it; setting an anchor does not.
-  cast.RegScroll(S(1), 1, nullptr);
+  cast.RegScroll(S(1), QvMCast::kScrollLeft, nullptr);
   EXPECT_EQ((Vals{cast.Rec(S(1))->icon.Pic() == nullptr, cast.Rec(S(1))->iconWidth}), (Vals{1, 0}));
   QvMCastAnc anc[2];
   cast.RegAnc(S(1), anc, S(2), 0, nullptr);
@@ -263,7 +264,7 @@ TEST_F(QvMCastDraw, AllocationFailuresWhileDrawing) {
   EXPECT_EQ(cast.Rec(S(0))->orgGWorld, nullptr);
   EXPECT_EQ(Draw(1), 1);
   for (int k = 1; k <= 6; ++k) {
-    cast.RegScroll(S(0), 0, nullptr);  // drops the icon
+    cast.RegScroll(S(0), QvMCast::kScrollAll, nullptr);  // drops the icon
     FailAt(k, [&] { return cast.Icon(S(0), S(8), S(8)); });
   }
 }

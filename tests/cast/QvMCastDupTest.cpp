@@ -20,11 +20,11 @@ struct QvMCastDup : testing::Test {
     cast.RegDft(S(3), S(9), dft, S(2), 6, Txt("src"), &dftList);
     QvMCastAnc anc[3];
     anc[2].point = tbPoint(7, 8);
-    cast.RegAnc(S(3), anc, S(3), 2, Txt("src"));
+    cast.RegAnc(S(3), anc, S(3), QvMCast::kAncReflect, Txt("src"));
     cast.SetAncOffset(S(3), S(1));
     cast.SetAncStep(S(3), 0.25);
     cast.SetAncSelectArea(S(3), 0, 2);
-    cast.RegScroll(S(3), 2 | 4, Txt("src"));
+    cast.RegScroll(S(3), QvMCast::kScrollRight | QvMCast::kScrollUp, Txt("src"));
     cast.SetScrStepH(S(3), 1.5);
     cast.SetScrStepV(S(3), 2.5);
     cast.SetActFlag(S(3), 0xFFFFFFFFu);
@@ -127,12 +127,12 @@ TEST_F(QvMCastDup, BackupAndRestore) {
   auto five = MakeAnim({6});
   cast.New(S(5), Txt("five"));
   cast.RegAFrame(S(5), five.get(), 40, Txt("five"), five.get());
-  cast.RegScroll(S(5), 1, Txt("five"));
+  cast.RegScroll(S(5), QvMCast::kScrollLeft, Txt("five"));
   cast.New(S(6), Txt("six"));
   cast.SetStartEnd(S(6), 1, 1);
   CastProbe backup;
   backup.New(S(3), Txt("stale"));
-  backup.RegScroll(S(3), 8, Txt("stale"));
+  backup.RegScroll(S(3), QvMCast::kScrollDown, Txt("stale"));
   EXPECT_EQ(cast.Backup(S(3), &backup), 1);  // replaces the stale member
   EXPECT_EQ((Vals{backup.IsScroll(S(3), nullptr), backup.IsScrollDown(S(3))}), (Vals{1, 0}));
   EXPECT_EQ(NameOf(backup, S(3)), "src");
@@ -142,7 +142,7 @@ TEST_F(QvMCastDup, BackupAndRestore) {
 
   // Edit member 5, then restore it; member 6 is not in the backup.
   cast.DelAFrame(S(5));
-  cast.DelScroll(S(5), 0);
+  cast.DelScroll(S(5), QvMCast::kScrollAll);
   cast.SetStartEnd(S(5), 0, 1);
   cast.SetName(S(5), Txt("edited"));
   cast.SetStartEnd(S(6), 2, 2);
@@ -169,7 +169,7 @@ TEST_F(QvMCastDup, BackupAndRestoreFailures) {
   // The name travels with the registrations: without any it stays behind.
   EXPECT_EQ(cast.Backup(S(0), &backup), 1);
   EXPECT_EQ(NameOf(backup, S(0)), "<none>");
-  cast.RegScroll(S(0), 4, Txt("unset"));
+  cast.RegScroll(S(0), QvMCast::kScrollUp, Txt("unset"));
   EXPECT_EQ(cast.Backup(S(0), &backup), 1);
   EXPECT_EQ(NameOf(backup, S(0)), "unset");
 

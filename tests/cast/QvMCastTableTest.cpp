@@ -26,7 +26,7 @@ TEST_F(QvMCastTable, IdsCreationAndDeletion) {
   EXPECT_EQ(NameOf(cast, S(5)), "auto");
 
   // An existing id moves to the end and loses its attachments.
-  cast.RegScroll(S(0), 1, nullptr);
+  cast.RegScroll(S(0), QvMCast::kScrollLeft, nullptr);
   cast.SetStartEnd(S(0), 3, 7);
   ASSERT_EQ(cast.New(S(0), Txt("again")), 1);
   EXPECT_EQ(cast.Ids(), Ids({1, 2, 3, 4, 5, 0}));
@@ -104,7 +104,7 @@ TEST_F(QvMCastTable, FlagsStayInsideTheAttachmentMask) {
   auto anim = MakeAnim({3});
   std::uint32_t act = 0, show = 0;
   ASSERT_EQ(cast.RegAFrame(S(-1), anim.get(), 0, nullptr, nullptr), 0);
-  cast.RegScroll(S(0), 1, nullptr);
+  cast.RegScroll(S(0), QvMCast::kScrollLeft, nullptr);
   EXPECT_EQ((Vals{cast.SetActFlag(S(0), 0xFFFFFFFFu), cast.SetShowFlag(S(0), 0x010u),
                   cast.ActFlag(S(0)), cast.GetActFlag(S(0), &act), act}),
             (Vals{1, 1, 0x050, 1, 0x050}));
@@ -112,7 +112,7 @@ TEST_F(QvMCastTable, FlagsStayInsideTheAttachmentMask) {
   cast.GetShowFlag(S(0), &show);
   EXPECT_EQ((Vals{cast.GetActFlag(S(0), &act), act, show}), (Vals{1, 0x040, 0}));
   // Registration never sets a flag, and a reset only trims.
-  cast.RegScroll(S(0), 8, nullptr);
+  cast.RegScroll(S(0), QvMCast::kScrollDown, nullptr);
   EXPECT_EQ((Vals{cast.ResetActFlag(S(0)), cast.GetActFlag(S(0), &act), act,
                   cast.GetActFlag(S(0), nullptr)}),
             (Vals{1, 1, 0x040, 0}));
@@ -191,11 +191,11 @@ TEST_F(QvMCastTable, AbsentMembersFailEverywhere) {
   // clang-format off
   auto all = [&] {
     return std::vector<int>{
-      cast.RegAFrame(x, anim.get(), 0, nullptr, anim.get()), cast.RegScroll(x, 1, nullptr),
-      cast.RegOrgCTable(x, &table, nullptr, nullptr), cast.RegAnc(x, anc, S(1), 1, nullptr),
+      cast.RegAFrame(x, anim.get(), 0, nullptr, anim.get()), cast.RegScroll(x, QvMCast::kScrollLeft, nullptr),
+      cast.RegOrgCTable(x, &table, nullptr, nullptr), cast.RegAnc(x, anc, S(1), QvMCast::kAncClamp, nullptr),
       cast.RegDft(x, S(0), dft, S(1), 0, nullptr, anim.get()), cast.Start(x), cast.End(x),
       cast.RegAColor(x, &fade, 3, 0, nullptr, &fade), cast.Dup(x, 0, nullptr, &other, S(-1)),
-      cast.DelAFrame(x), cast.DelOrgCTable(x), cast.DelDft(x), cast.DelScroll(x, 0), cast.DelAnc(x),
+      cast.DelAFrame(x), cast.DelOrgCTable(x), cast.DelDft(x), cast.DelScroll(x, QvMCast::kScrollAll), cast.DelAnc(x),
       cast.DelAColor(x, 3), cast.Empty(x), cast.Del(x), cast.SetName(x, Txt("n")),
       static_cast<int>(cast.ActFlag(x)), cast.SetActFlag(x, 1), cast.ResetActFlag(x),
       cast.GetActFlag(x, &u), cast.SetShowFlag(x, 1), cast.ResetShowFlag(x), cast.GetShowFlag(x, &u),
@@ -203,7 +203,7 @@ TEST_F(QvMCastTable, AbsentMembersFailEverywhere) {
       cast.IsDft(x), cast.IsAnc(x), cast.IsScroll(x, &c), cast.IsScrollLeft(x),
       cast.IsScrollRight(x), cast.IsScrollUp(x), cast.IsScrollDown(x),
       cast.GetDft(x, &h, nullptr, &v, &c), cast.SetAnc(x, S(0), p, 0), cast.OffsetAnc(x, S(1), S(1)),
-      cast.ResetAnc(x), cast.InbetweenAnc(x, 0), cast.SetAncType(x, 1), cast.SetAncOffset(x, S(1)),
+      cast.ResetAnc(x), cast.InbetweenAnc(x, 0), cast.SetAncType(x, QvMCast::kAncClamp), cast.SetAncOffset(x, S(1)),
       cast.SetAncOffset(x, &p), cast.GetAncOffset(x, &h), cast.GetAncNum(x, &h),
       cast.SetAncStep(x, 1.0), cast.GetAncStep(x, &d), cast.SetAncCount(x, 1.0),
       cast.GetAncCount(x, S(1), &d), cast.SetAncSelectArea(x, 0, 1), cast.GetAncSelectArea(x, &a, &b),

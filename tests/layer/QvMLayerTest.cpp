@@ -8,8 +8,10 @@
 #include <string>
 #include <vector>
 
+#include "acolor/QvAFade.h"
 #include "aframe/QvAFrame.h"
 #include "cast/QvMCast.h"
+#include "toolbox/QvPal.h"
 #include "toolbox/QvPlatform.h"
 #include "toolbox/tbPixMap.h"
 
@@ -33,7 +35,7 @@ struct QvMLayerTest : ::testing::Test, QvMLayer {
   }
   std::int16_t Place(std::int16_t layer, std::int32_t a, std::int32_t b) {
     const std::int16_t m = Member(a, b);
-    EXPECT_EQ(RegCast(layer, &cast, m, -1), 1);
+    EXPECT_EQ(RegCast(layer, &cast, m, kFitNone), 1);
     return m;
   }
   V Range(std::int16_t id) { return {cast.Start(id), cast.End(id)}; }
@@ -80,20 +82,22 @@ TEST_F(QvMLayerTest, LayerTable) {
 
 TEST_F(QvMLayerTest, RegDelMoveAndCopyCast) {
   const std::int16_t loose = Member(0, 9);
-  EXPECT_EQ(RegCast(0, &cast, loose, -1), 0);  // no layer
+  EXPECT_EQ(RegCast(0, &cast, loose, kFitNone), 0);  // no layer
   Layers(2);
-  EXPECT_EQ((V{RegCast(0, nullptr, loose, -1), RegCast(2, &cast, loose, -1)}), (V{0, 0}));
+  EXPECT_EQ((V{RegCast(0, nullptr, loose, kFitNone), RegCast(2, &cast, loose, kFitNone)}),
+            (V{0, 0}));
   Place(0, 0, 9);
   const std::int16_t m = Place(0, 5, 14), k = Member(5, 14), f = Member(5, 14);
-  EXPECT_EQ((V{RegCast(0, &cast, m, 1), N(0), Range(m)[0]}), (V{1, 2, 10}));  // again: fits only
+  EXPECT_EQ((V{RegCast(0, &cast, m, kFitTrimStart), N(0), Range(m)[0]}),
+            (V{1, 2, 10}));  // again: fits only
   Place(1, 0, 9);
   QvFailAllocation(1);
-  EXPECT_EQ((V{RegCast(1, &cast, f, 0), Range(f)[0]}), (V{0, 5}));            // not fitted
-  EXPECT_EQ((V{RegCast(1, &cast, k, 0), Range(k)[0], N(1)}), (V{1, 10, 2}));  // moved
+  EXPECT_EQ((V{RegCast(1, &cast, f, kFitMove), Range(f)[0]}), (V{0, 5}));            // not fitted
+  EXPECT_EQ((V{RegCast(1, &cast, k, kFitMove), Range(k)[0], N(1)}), (V{1, 10, 2}));  // moved
   DelAll();
   Layers(3);
   const std::int16_t d = Place(0, 0, 9);
-  EXPECT_EQ((V{RegCast(1, &cast, d, -1), RegCast(2, &cast, d, -1)}), (V{1, 1}));
+  EXPECT_EQ((V{RegCast(1, &cast, d, kFitNone), RegCast(2, &cast, d, kFitNone)}), (V{1, 1}));
   const std::int16_t b = Place(1, 40, 49);
   EXPECT_EQ((V{DelCast(0, &cast, b), DelCast(5, &cast, d), DelCast(0, &cast, d)}), (V{0, 0, 1}));
   DelCast(&cast, d);  // from every layer
@@ -132,7 +136,7 @@ TEST_F(QvMLayerTest, EndOfMovieAndWalkFromLastLayerToFirst) {
   Layers(2);
   const std::int16_t neg = Place(0, -20, -5);
   EXPECT_EQ((V{End(), Place(1, 0, 44) >= 0, Place(0, 10, 30) >= 0, End()}), (V{0, 1, 1, 44}));
-  EXPECT_EQ((V{RegCast(1, &cast, 999, -1), End()}), (V{1, 44}));  // absent member: ends at -1
+  EXPECT_EQ((V{RegCast(1, &cast, 999, kFitNone), End()}), (V{1, 44}));  // absent member: ends at -1
   cast.SetStartEnd(neg, 0, 50);
   EXPECT_EQ(End(), 50);
   DelAll();
@@ -183,13 +187,14 @@ const Fit kFits[] = {
 
 TEST_F(QvMLayerTest, FitCast) {
   const std::int16_t m = Member(5, 14);
-  EXPECT_EQ((V{FitCast(0, &cast, m, -1), FitCast(0, &cast, m, 7)}), (V{1, 0}));  // no layer
-  EXPECT_EQ((Layers(2), FitCast(1, &cast, m, 0)), 0);  // not on an empty layer
-  const V placed{Place(0, 0, 9), Place(0, 20, 29), RegCast(0, &cast, m, -1)};
-  EXPECT_EQ((V{placed[2], FitCast(2, &cast, m, 0), FitCast(0, nullptr, m, 0), Range(m)[0]}),
-            (V{1, 0, 0, 5}));
+  EXPECT_EQ((V{FitCast(0, &cast, m, kFitNone), FitCast(0, &cast, m, 7)}), (V{1, 0}));  // no layer
+  EXPECT_EQ((Layers(2), FitCast(1, &cast, m, kFitMove)), 0);  // not on an empty layer
+  const V placed{Place(0, 0, 9), Place(0, 20, 29), RegCast(0, &cast, m, kFitNone)};
+  EXPECT_EQ(
+      (V{placed[2], FitCast(2, &cast, m, kFitMove), FitCast(0, nullptr, m, kFitMove), Range(m)[0]}),
+      (V{1, 0, 0, 5}));
   for (int k = 1; k <= 4; ++k)  // two intervals around the first neighbour, one for the second
-    EXPECT_EQ((V{(QvFailAllocation(k), FitCast(0, &cast, m, 0)), Range(m)[0]}),
+    EXPECT_EQ((V{(QvFailAllocation(k), FitCast(0, &cast, m, kFitMove)), Range(m)[0]}),
               (k < 4 ? V{0, 5} : V{1, 10}));
   QvFailAllocation(0);
   for (const Fit& f : kFits) {
@@ -229,7 +234,7 @@ TEST_F(QvMLayerTest, RandomMovesEndInFreeTime) {
     std::vector<std::int16_t> ids;
     for (const V& r : ranges) ids.push_back(Place(0, r[0], r[1]));
     const std::int16_t m = ids.back();
-    const char moved = FitCast(0, &cast, m, 0);
+    const char moved = FitCast(0, &cast, m, kFitMove);
     const V now = Range(m);
     (moved ? moves : stays) += 1;
     EXPECT_TRUE(moved ? now[1] - now[0] == len : wasFree && now == (V{s, s + len}));
@@ -267,8 +272,8 @@ TEST_F(QvMLayerTest, CommentsAndDestruction) {
   auto* store = QvNew<QvMLayer>();
   ASSERT_NE(store, nullptr);
   const std::int16_t m = Member(0, 9);
-  EXPECT_EQ((V{store->New(-1, 0), store->New(-1, 1), store->RegCast(0, &cast, m, -1),
-               store->RegCast(1, &cast, m, -1), store->SetComment(text, 4), store->Load(0),
+  EXPECT_EQ((V{store->New(-1, 0), store->New(-1, 1), store->RegCast(0, &cast, m, kFitNone),
+               store->RegCast(1, &cast, m, kFitNone), store->SetComment(text, 4), store->Load(0),
                store->Save(0)}),
             (V{0, 1, 1, 1, 1, 0, 0}));
   delete store;
@@ -305,7 +310,7 @@ TEST_F(QvMLayerTest, LayersAndPlacementOrderDecideWhatIsOnTop) {
     const char* held[2] = {c.layer0, c.layer1};
     for (std::int16_t l = 0; l < 2 && held[l]; ++l) {
       New(-1, l);
-      for (const char* m = held[l]; *m; ++m) RegCast(l, &cast, ids[*m - 'a'], -1);
+      for (const char* m = held[l]; *m; ++m) RegCast(l, &cast, ids[*m - 'a'], kFitNone);
     }
     cast.SetStartEnd(ids[1], c.bFirst, c.bLast);
     std::vector<unsigned char> pixels(16 * 8);
@@ -315,6 +320,72 @@ TEST_F(QvMLayerTest, LayersAndPlacementOrderDecideWhatIsOnTop) {
     DrawPicture(c.time, &map, &area);
     EXPECT_TRUE(c.want < 0 ? pixels == before : pixels[4 * 16 + 8] == c.want);
   }
+}
+
+// The colour table of a moment: members a (fade of 1..3, range 0..29) and b
+// (fade of 2..5, range 10..39) lay their CTable entries over the base inside
+// their areas, the later layer over the earlier; c has a table but no colour
+// animation, d an animation but no table; outside its range a member adds
+// nothing.
+TEST_F(QvMLayerTest, ColourTableOfAMomentOverlaysTheMembersInDrawingOrder) {
+  tbColorTable base, own;
+  for (std::int16_t i = 0; i < 256; ++i) {
+    const tbRGBColor b(0, static_cast<unsigned char>(i), 7), o(static_cast<unsigned char>(i), 0, 9);
+    base.SetCTTable(i, &b);
+    own.SetCTTable(i, &o);
+  }
+  QvAFade fades[2];
+  const int areas[2][2] = {{1, 3}, {2, 5}};
+  const std::int16_t ids[4] = {Member(0, 29), Member(10, 39), Member(0, 39), Member(0, 39)};
+  for (int f = 0; f < 2; ++f) {
+    QvPal pal;
+    pal.SetRange(static_cast<unsigned char>(areas[f][0]), static_cast<unsigned char>(areas[f][1]),
+                 1);
+    fades[f].RegArea(&pal);
+    fades[f].RegColor(tbRGBColor(255, 255, 255));
+    ASSERT_EQ(cast.RegAColor(ids[f], &fades[f], 3, 0, nullptr, nullptr), ids[f]);
+  }
+  ASSERT_EQ(cast.RegAColor(ids[3], &fades[0], 3, 0, nullptr, nullptr), ids[3]);
+  for (int m = 0; m < 3; ++m) ASSERT_EQ(cast.RegOrgCTable(ids[m], &own, nullptr, nullptr), ids[m]);
+  // Which member's CTable each of the indices 0..6 shows (-1: the base).
+  struct Case {
+    int first, second;  // members on layers 0 and 1
+    std::int32_t time;
+    int from[7];
+  };
+  const Case cases[] = {{0, 1, 20, {-1, 0, 1, 1, 1, 1, -1}},
+                        {1, 0, 20, {-1, 0, 0, 0, 1, 1, -1}},
+                        {0, 1, 5, {-1, 0, 0, 0, -1, -1, -1}},
+                        {0, 1, 35, {-1, -1, 1, 1, 1, 1, -1}},
+                        {0, 1, 45, {-1, -1, -1, -1, -1, -1, -1}}};
+  for (const Case& c : cases) {
+    SCOPED_TRACE(::testing::Message() << c.first << c.second << " at " << c.time);
+    DelAll();
+    Layers(2);
+    RegCast(0, &cast, ids[2], kFitNone);
+    RegCast(0, &cast, ids[c.first], kFitNone);
+    RegCast(1, &cast, ids[c.second], kFitNone);
+    RegCast(1, &cast, ids[3], kFitNone);
+    tbColorTable out;
+    ASSERT_EQ(GetCTable(c.time, &base, &out), 1);
+    for (std::int16_t k = 0; k < 7; ++k) {
+      const int m = c.from[k];
+      const tbColorTable* want = m < 0 ? &base : cast.CTable(ids[m], c.time);
+      ASSERT_TRUE(want && *out.CTTable(k) == *want->CTTable(k)) << "index " << k;
+      if (m >= 0) {
+        EXPECT_FALSE(*want->CTTable(k) == *base.CTTable(k)) << "index " << k;
+      }
+    }
+    for (std::int16_t k = 7; k < 256; ++k) ASSERT_TRUE(*out.CTTable(k) == *base.CTTable(k));
+  }
+  // In place, and the failures.
+  tbColorTable same = base;
+  EXPECT_EQ((V{GetCTable(20, &same, &same), GetCTable(20, nullptr, &same),
+               GetCTable(20, &base, nullptr), cast.GetCTable(ids[2], 20, &same),
+               cast.GetCTable(ids[3], 20, &same), cast.GetCTable(ids[0], 30, &same),
+               cast.GetCTable(ids[0], 20, nullptr), cast.GetCTable(99, 20, &same)}),
+            (V{1, 0, 0, 0, 0, 0, 0, 0}));
+  EXPECT_FALSE(same == base);
 }
 
 }  // namespace

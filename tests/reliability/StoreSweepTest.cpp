@@ -82,7 +82,7 @@ TEST(CastSweep, Registrations) {
   });
   SweepOp("QvMCast::RegAnc new member", kEmpty | kLayers, [](Trial& t, Movie& m) {
     QvMCastAnc anc[3];
-    t.Failed(t([&] { return m.cast->RegAnc(-1, anc, 3, 2, Text("anc")); }) < 0);
+    t.Failed(t([&] { return m.cast->RegAnc(-1, anc, 3, QvMCast::kAncReflect, Text("anc")); }) < 0);
   });
   SweepOp("QvMCast::RegAFrame new member", kAll, [](Trial& t, Movie& m) {
     const std::int16_t count = m.cast->Count();
@@ -124,17 +124,21 @@ TEST(CastSweep, Registrations) {
     EXPECT_TRUE(kept ? count == 5 && e[4].pointB == tbPoint(4, -4) : t.faulted);
   });
   SweepOp("QvMCast::RegScroll new member", kEmpty | kPopulated, [](Trial& t, Movie& m) {
-    const std::int16_t r = t([&] { return m.cast->RegScroll(-1, 2 | 4, Text("scroll")); });
+    const std::int16_t r = t([&] {
+      return m.cast->RegScroll(-1, QvMCast::kScrollRight | QvMCast::kScrollUp, Text("scroll"));
+    });
     EXPECT_TRUE(t.Failed(r < 0) || m.cast->IsScrollRight(r) == 1);
   });
   SweepOp("QvMCast::RegScroll", kPopulated, [](Trial& t, Movie& m) {
-    EXPECT_EQ(t([&] { return m.cast->RegScroll(kPlain, 1, Text("plain")); }), kPlain);
+    EXPECT_EQ(t([&] { return m.cast->RegScroll(kPlain, QvMCast::kScrollLeft, Text("plain")); }),
+              kPlain);
     EXPECT_EQ(m.cast->IsScrollLeft(kPlain), 1);
   });
   SweepOp("QvMCast::RegAnc", kFromPopulated, [](Trial& t, Movie& m) {
     QvMCastAnc anc[8];
     for (int i = 0; i < 8; ++i) anc[i].point = tbPoint(i, 2 * i);
-    EXPECT_EQ(t([&] { return m.cast->RegAnc(kPath, anc, 8, 1, Text("path")); }), kPath);
+    EXPECT_EQ(t([&] { return m.cast->RegAnc(kPath, anc, 8, QvMCast::kAncClamp, Text("path")); }),
+              kPath);
     std::int16_t num = 0;
     EXPECT_EQ(m.cast->GetAncNum(kPath, &num), 1);
     EXPECT_TRUE(m.cast->IsAnc(kPath) ? num == 8 : num == 1 && t.faulted);

@@ -46,8 +46,8 @@ void Build(Movie& m, unsigned level) {
   }
   ASSERT_EQ(c.SetStartEnd(kPath, 0, 19), 1);
   ASSERT_EQ(c.RegDft(kPath, 7, dft, 3, 1, Text("path"), nullptr), kPath);
-  ASSERT_EQ(c.RegAnc(kPath, anc, 6, 2, Text("path")), kPath);
-  ASSERT_EQ(c.RegScroll(kPath, 1 | 4, Text("path")), kPath);
+  ASSERT_EQ(c.RegAnc(kPath, anc, 6, QvMCast::kAncReflect, Text("path")), kPath);
+  ASSERT_EQ(c.RegScroll(kPath, QvMCast::kScrollLeft | QvMCast::kScrollUp, Text("path")), kPath);
   ASSERT_EQ(c.SetAncSelectArea(kPath, 1, 4), 1);
   ASSERT_EQ(c.New(kTableOnly, Text("table")), 1);
   ASSERT_EQ(c.RegOrgCTable(kTableOnly, &m.table, &m.pal, Text("table")), kTableOnly);
@@ -80,8 +80,9 @@ void Build(Movie& m, unsigned level) {
   ASSERT_EQ(c.RegAFrame(kScroller, &f, 40, Text("scroller"), &f), kScroller);
   ASSERT_EQ(c.RegOrgCTable(kScroller, &m.table, nullptr, Text("scroller")), kScroller);
   for (int i = 0; i < 4; ++i) anc[i].point = tbPoint(10 + 3 * i, 8 + i), anc[i].flag = 0;
-  ASSERT_EQ(c.RegAnc(kScroller, anc, 4, 3, Text("scroller")), kScroller);
-  ASSERT_EQ(c.RegScroll(kScroller, 2 | 8, Text("scroller")), kScroller);
+  ASSERT_EQ(c.RegAnc(kScroller, anc, 4, QvMCast::kAncWrap, Text("scroller")), kScroller);
+  ASSERT_EQ(c.RegScroll(kScroller, QvMCast::kScrollRight | QvMCast::kScrollDown, Text("scroller")),
+            kScroller);
   if (level < kColour) return;
 
   ASSERT_EQ(c.New(kColoured, Text("coloured")), 1);

@@ -431,7 +431,7 @@ Hit Player::HitTest(int x, int y) {
     // The member placed last is drawn last, so it lies on top.
     for (auto it = refs.rbegin(); it != refs.rend(); ++it) {
       tbPoint pt(x, y);
-      if (!it->first->PtInAFrame(&pt, it->second, t, &area, 0)) continue;
+      if (!it->first->PtInAFrame(&pt, it->second, t, &area, QvMCast::kPixelsSquare)) continue;
       hit.found = true;
       hit.id = it->second;
       hit.layer = layer;

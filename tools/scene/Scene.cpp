@@ -40,32 +40,8 @@ void Scene::DrawMoment(std::int32_t t, tbPixMap* pixMap) {
   layers_->DrawPicture(t, pixMap, &area);
 }
 
-const Scene::Member* Scene::FindMember(std::int16_t id) const {
-  for (const Member& m : members_) {
-    if (m.id == id) return &m;
-  }
-  return nullptr;
-}
-
 void Scene::Palette(std::int32_t t, tbColorTable* out) {
-  *out = basePalette_;
-  const std::int16_t layerCount = layers_->Count();
-  for (std::int16_t layer = 0; layer < layerCount; ++layer) {
-    QvMCast* cast = nullptr;
-    std::int16_t id = -1;
-    for (std::int16_t i = 0; layers_->Get(layer, i, &cast, &id); ++i) {
-      if (cast != cast_.get()) continue;
-      const Member* m = FindMember(id);
-      if (!m || !m->animated) continue;
-      tbColorTable* table = cast_->CTable(id, t);
-      if (!table) continue;  // not on the timeline at t
-      for (int k = 0; k < 256; ++k) {
-        if (m->area[k])
-          out->SetCTTable(static_cast<std::int16_t>(k),
-                          table->CTTable(static_cast<std::int16_t>(k)));
-      }
-    }
-  }
+  layers_->GetCTable(t, &basePalette_, out);
 }
 
 bool Scene::Render(std::int32_t t, Picture* out) {

@@ -22,11 +22,8 @@ namespace qvscene {
 // colour tables. Made by LoadScene (SceneReader.h).
 //
 // Colour model. All members draw colour indices into one 8-bit pixel map, so
-// the movie has one colour table per moment: the scene's base palette,
-// overlaid, in drawing order (layer 0 first, members in placement order),
-// with the entries inside the palette areas of each member's colour
-// animations, taken from QvMCast::CTable(member, time) for every member whose
-// time range holds that moment.
+// the movie has one colour table per moment: the scene's base palette
+// overlaid by the members' colour animations (QvMLayer::GetCTable).
 class Scene {
  public:
   ~Scene();
@@ -54,7 +51,7 @@ class Scene {
   // Clears the pixel map to the background index and draws moment t of
   // every layer into it (QvMLayer::DrawPicture).
   void DrawMoment(std::int32_t t, tbPixMap* pixMap);
-  // The colour table of moment t (see the colour model above).
+  // The colour table of moment t (QvMLayer::GetCTable over the base palette).
   void Palette(std::int32_t t, tbColorTable* out);
   // Draws moment t into an indexed picture with its palette. False when
   // the off-screen world cannot be made.
@@ -73,10 +70,7 @@ class Scene {
   struct Member {
     std::string name;
     std::int16_t id = -1;
-    bool animated = false;  // has colour animations
-    bool area[256] = {};    // union of their palette areas
   };
-  const Member* FindMember(std::int16_t id) const;
 
   std::string file_;
   std::int16_t width_ = 0;

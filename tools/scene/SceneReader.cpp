@@ -22,6 +22,7 @@
 #include "layer/QvMLayer.h"
 #include "player/QvMCastList.h"
 #include "scene/JsonDocument.h"
+#include "scene/PictureFile.h"
 #include "scene/PngIO.h"
 #include "scene/SceneError.h"
 #include "toolbox/QvPal.h"
@@ -283,14 +284,14 @@ class SceneBuilder {
   void ReadFrames(const json& member, const std::string& path, const Picture* memberPicture,
                   std::int16_t id, unsigned char* name);
   void ReadColors(const json& v, const std::string& path, const tbColorTable& own, std::int16_t id,
-                  unsigned char* name, std::int32_t start, Scene::Member* m);
+                  unsigned char* name, std::int32_t start);
   void ReadPath(const json& member, const std::string& path, std::int16_t id, unsigned char* name,
                 Pending* pending);
   void ReadScroll(const json& v, const std::string& path, std::int16_t id, unsigned char* name,
                   Pending* pending);
   void ReadLayers(const json& v);
   void ApplyPending();
-  QvPal ReadArea(const json& v, const std::string& path, bool* union_);
+  QvPal ReadArea(const json& v, const std::string& path);
   const Picture& PictureRef(const json& v, const std::string& path);
   void Need(bool ok, const std::string& what);
 
@@ -345,7 +346,7 @@ void SceneBuilder::ReadPictures(const json& v) {
     const std::string file = Resolve(dir, check_.NonEmptyString(it.value(), path));
     Picture picture;
     std::string error;
-    if (!ReadIndexedPng(file, &picture, &error)) check_.Fail(path, error);
+    if (!ReadPictureFile(file, &picture, &error)) check_.Fail(path, error);
     pictures_.emplace(it.key(), std::move(picture));
   }
 }
@@ -441,8 +442,7 @@ void SceneBuilder::ReadMember(const json& v, const std::string& path) {
        "register the colour table of " + Quote(name));
 
   if (v.contains("frames")) ReadFrames(v, path, picture, id, cname);
-  if (v.contains("colors"))
-    ReadColors(v["colors"], path + "/colors", own, id, cname, start, &member);
+  if (v.contains("colors")) ReadColors(v["colors"], path + "/colors", own, id, cname, start);
   Need(cast->SetStartEnd(id, start, end) != 0, "set the time range of " + Quote(name));
 
   Pending pending;
@@ -549,24 +549,20 @@ void SceneBuilder::ReadFrames(const json& member, const std::string& path,
   }
 }
 
-QvPal SceneBuilder::ReadArea(const json& v, const std::string& path, bool* union_) {
+QvPal SceneBuilder::ReadArea(const json& v, const std::string& path) {
   check_.Array(v, path, 1, 256);
   QvPal pal;
   for (std::size_t i = 0; i < v.size(); ++i) {
     int first = 0;
     int last = 0;
     check_.IndexRange(v[i], Checker::Child(path, i), &first, &last);
-    for (int k = first; k <= last; ++k) {
-      pal.SetFlag(static_cast<unsigned char>(k), 1);
-      union_[k] = true;
-    }
+    for (int k = first; k <= last; ++k) pal.SetFlag(static_cast<unsigned char>(k), 1);
   }
   return pal;
 }
 
 void SceneBuilder::ReadColors(const json& v, const std::string& path, const tbColorTable& own,
-                              std::int16_t id, unsigned char* name, std::int32_t start,
-                              Scene::Member* m) {
+                              std::int16_t id, unsigned char* name, std::int32_t start) {
   check_.Array(v, path, 1, 4);
   bool seen[4] = {};
   QvMCast* cast = scene_->cast_.get();
@@ -592,7 +588,7 @@ void SceneBuilder::ReadColors(const json& v, const std::string& path, const tbCo
     if (seen[kind])
       check_.Fail(cp + "/kind", "a member has at most one colour animation of each kind");
     seen[kind] = true;
-    QvPal area = ReadArea(c["area"], cp + "/area", m->area);
+    QvPal area = ReadArea(c["area"], cp + "/area");
     char mode = kind == 3 ? 0 : 2;
     if (c.contains("mode")) {
       mode = static_cast<char>(check_.Choice(c["mode"], cp + "/mode", {"once", "bounce", "loop"}));
@@ -680,14 +676,13 @@ void SceneBuilder::ReadColors(const json& v, const std::string& path, const tbCo
                                                  : cast->AFade(id);
     Need(copy != nullptr && copy->Error() == 0 && copy->Count() == own->Count(),
          "copy a colour animation");
-    m->animated = true;
   }
 }
 
 void SceneBuilder::ReadPath(const json& member, const std::string& path, std::int16_t id,
                             unsigned char* name, Pending* pending) {
   std::vector<QvMCastAnc> anchors;
-  char type = 1;
+  char type = QvMCast::kAncClamp;
   if (member.contains("position")) {
     QvMCastAnc a;
     std::int16_t x = 0;
@@ -702,10 +697,10 @@ void SceneBuilder::ReadPath(const json& member, const std::string& path, std::in
     if (p.contains("step") && p.contains("count")) {
       check_.Fail(pp + "/count", "give either \"step\" or \"count\", not both");
     }
-    type = 3;
+    type = QvMCast::kAncWrap;
     if (p.contains("type")) {
-      type = static_cast<char>(
-          1 + check_.Choice(p["type"], pp + "/type", {"clamp", "reflect", "wrap"}));
+      type = static_cast<char>(QvMCast::kAncClamp + check_.Choice(p["type"], pp + "/type",
+                                                                  {"clamp", "reflect", "wrap"}));
     }
     int between = 0;
     if (p.contains("between"))
@@ -769,7 +764,9 @@ void SceneBuilder::ReadScroll(const json& v, const std::string& path, std::int16
   for (std::size_t i = 0; i < dirs.size(); ++i) {
     const int d = check_.Choice(dirs[i], Checker::Child(path + "/directions", i),
                                 {"left", "right", "up", "down"});
-    const char bit = static_cast<char>(1 << d);
+    const char kBits[] = {QvMCast::kScrollLeft, QvMCast::kScrollRight, QvMCast::kScrollUp,
+                          QvMCast::kScrollDown};
+    const char bit = kBits[d];
     const char opposite = static_cast<char>(d % 2 == 0 ? bit << 1 : bit >> 1);
     if (bits & (bit | opposite)) {
       check_.Fail(Checker::Child(path + "/directions", i),
@@ -782,8 +779,8 @@ void SceneBuilder::ReadScroll(const json& v, const std::string& path, std::int16
   if (v.contains("stepV") && v.contains("countV"))
     check_.Fail(path + "/countV", "give either \"stepV\" or \"countV\", not both");
   pending->scroll = true;
-  pending->scrollH = (bits & 3) != 0;
-  pending->scrollV = (bits & 12) != 0;
+  pending->scrollH = (bits & (QvMCast::kScrollLeft | QvMCast::kScrollRight)) != 0;
+  pending->scrollV = (bits & (QvMCast::kScrollUp | QvMCast::kScrollDown)) != 0;
   if (v.contains("stepH"))
     pending->valueH = check_.Number(v["stepH"], path + "/stepH", 0.0, 10000.0);
   if (v.contains("stepV"))
@@ -818,16 +815,16 @@ void SceneBuilder::ReadLayers(const json& v) {
       const std::string rp = Checker::Child(lp + "/members", k);
       const json& ref = refs[k];
       std::string memberPath = rp;
-      char fit = -1;
+      char fit = QvMLayer::kFitNone;
       const json* nameValue = &ref;
       if (ref.is_object()) {
         check_.Object(ref, rp, {"member", "fit"}, {"member"});
         nameValue = &ref["member"];
         memberPath = rp + "/member";
         if (ref.contains("fit")) {
-          fit = static_cast<char>(check_.Choice(ref["fit"], rp + "/fit",
-                                                {"none", "move", "trimStart", "trimEnd", "all"}) -
-                                  1);
+          fit = static_cast<char>(QvMLayer::kFitNone +
+                                  check_.Choice(ref["fit"], rp + "/fit",
+                                                {"none", "move", "trimStart", "trimEnd", "all"}));
         }
       } else if (!ref.is_string()) {
         check_.Fail(rp, "expected a member name or {\"member\": name, \"fit\": mode}, found " +

@@ -22,10 +22,15 @@ int main() {
   anim.SetImage(0, picture, 4, 4, 2);
 
   QvMCast cast;
-  unsigned char name[] = "sprite";
-  short id = cast.RegAFrame(-1, &anim, 0, name, &anim);
+  short id = cast.RegAFrame(-1, &anim, 0, "sprite", &anim);  // a const char* name
   tbColorTable table(tbColorTable::kStandard);
-  cast.RegOrgCTable(id, &table, nullptr, name);
+  cast.RegOrgCTable(id, &table, nullptr, "sprite");
+  // A literal 0 id means the id (the record twins stay out of the way).
+  char dirs = 0;
+  if (id != 0 || !cast.AFrame(0) || cast.IsScroll(0, &dirs) || !cast.SetStartEnd(0, 0, 10)) {
+    std::fprintf(stderr, "the by-id conveniences failed\n");
+    return 1;
+  }
 
   QvMLayer layers;
   layers.New(0, 1);
@@ -39,6 +44,8 @@ int main() {
   // The anchor (top-left pixel) lands at the centre (4, 2).
   unsigned char got = world->PortPixMap()->Pixel(4, 2);
   qv::tb.DisposeGWorld(world);
+  tbColorTable colours;
+  if (!layers.GetCTable(0, &table, &colours) || colours != table) return 1;
   if (got != 10) {
     std::fprintf(stderr, "expected 10 at (4, 2), got %d\n", got);
     return 1;
