@@ -3,7 +3,7 @@
 #include <map>
 #include <utility>
 
-#include "scene/PngIO.h"
+#include "scene/PictureFile.h"
 
 namespace qvweb {
 namespace {
@@ -27,7 +27,7 @@ namespace qvscene {
 
 // The scene reader's picture input in the browser: the picture the page
 // handed over under that name.
-bool ReadIndexedPng(const std::string& path, Picture* picture, std::string* error) {
+bool ReadPictureFile(const std::string& path, Picture* picture, std::string* error) {
   const auto& store = qvweb::Store();
   const auto it = store.find(path);
   if (it == store.end()) {

@@ -11,7 +11,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "scene/PngIO.h"
+#include "scene/PictureFile.h"
 
 #ifndef QV_WEB_DIR
 #define QV_WEB_DIR ""
@@ -185,7 +185,7 @@ bool WriteHtml(const std::string& path, const std::string& scene,
   for (const auto& item : root.at("pictures").items()) {
     const std::string file = item.value().get<std::string>();
     qvscene::Picture picture;
-    if (!qvscene::ReadIndexedPng(Resolve(scene, options.pictureDir, file), &picture, error))
+    if (!qvscene::ReadPictureFile(Resolve(scene, options.pictureDir, file), &picture, error))
       return false;
     std::vector<unsigned char> bytes(&picture.palette[0][0], &picture.palette[0][0] + 768);
     bytes.insert(bytes.end(), picture.pixels.begin(), picture.pixels.end());

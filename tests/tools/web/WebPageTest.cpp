@@ -219,6 +219,19 @@ TEST_F(WebPage, FallsFromAFolderWithSpaces) {
   EXPECT_NE(first.pixels, ReadRgb(ExpectMoment(page, scene, 146, 2)).pixels);
 }
 
+// The imported waterfall with its ILBM picture in place of the PNG one
+// (the scene reader takes either): the page embeds the decoded picture and
+// draws the render tool's moment.
+TEST_F(WebPage, SceneWithAnIlbmPicture) {
+  const std::string import = std::string(QV_EXAMPLES_DIR) + "/import/";
+  const std::string scene = *dir_ / "ilbm.json", page = *dir_ / "ilbm.html";
+  tooltest::WriteText(scene, tooltest::Replace(tooltest::Slurp(import + "waterfall.json"),
+                                               "waterfall.png", "waterfall.lbm"));
+  fs::copy_file(import + "waterfall.lbm", *dir_ / "waterfall.lbm");
+  ASSERT_EQ(RenderTool(scene + " --html " + page, *dir_), "0 ");
+  ExpectMoment(page, scene, 40, 2);
+}
+
 // The player's keys, pressed on the page paused at moment 110: right,
 // right, left is one moment on (the step is 2); + + is four times the speed;
 // M turns the loop into playing once; O shows the overlay; space plays;
