@@ -147,7 +147,7 @@ class WebPage : public ::testing::Test {
   }
   // The page paused at moment t, scale times enlarged: every scale x scale
   // block of its canvas is the pixel of the render tool's moment t of scene,
-  // in its colour. The browser runs browser.py's arguments more; the
+  // in its colour. more: further arguments of browser.py (--eval ...). The
   // render tool's picture is left in the returned file.
   static std::string ExpectMoment(const std::string& page, const std::string& scene, int t,
                                   int scale, const std::string& more = "") {
