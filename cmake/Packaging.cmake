@@ -4,7 +4,9 @@
 #
 # one per install component: libqvmovie0 (the shared library), libqvmovie-dev
 # (headers, the link name, CMake and pkg-config files) and qvmovie-tools (the
-# tools, their manual pages, the examples and the documentation). Each
+# tools, their manual pages, the examples and the documentation; with the
+# engine of the web pages of qvmovie-render --html when scripts/web.sh has
+# built it beside the build). Each
 # package's dependencies on system libraries come from dpkg-shlibdeps
 # (package dpkg-dev); the dev and tools packages depend on libqvmovie0 of the
 # same version.

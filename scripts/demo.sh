@@ -6,7 +6,9 @@
 #   scripts/demo.sh [OUT_DIR]
 #
 # OUT_DIR (default: out/ in the repository; a relative path is taken from the
-# current folder) receives demo.gif, falls.gif, ... Prints one line per GIF;
+# current folder) receives demo.gif, falls.gif, ...; and demo.html, ... (the
+# web pages of qvmovie-render --html) when scripts/web.sh has built the
+# engine for the browser in build/web. Prints one line per file written;
 # the build's output goes to build/demo-build.log and is shown only when the
 # build fails. Afterwards "cmake --install build --prefix P" installs the
 # library and the tools.
@@ -34,4 +36,8 @@ for scene in "$root"/examples/*.json; do
   name=$(basename "$scene" .json)
   "$build/tools/qvmovie-render" "$scene" -q -o "$out/$name.gif"
   echo "Rendered $out/$name.gif"
+  if [ -f "$build/web/qvmovie-engine.wasm" ]; then
+    "$build/tools/qvmovie-render" "$scene" -q --html "$out/$name.html"
+    echo "Exported $out/$name.html"
+  fi
 done

@@ -3,7 +3,7 @@
 #include <map>
 #include <utility>
 
-#include "scene/PngIO.h"
+#include "scene/PictureFile.h"
 
 namespace qvweb {
 namespace {
@@ -26,8 +26,10 @@ void ClearPictures() { Store().clear(); }
 namespace qvscene {
 
 // The scene reader's picture input in the browser: the picture the page
-// handed over under that name.
-bool ReadIndexedPng(const std::string& path, Picture* picture, std::string* error) {
+// handed over under that name (already within the limits when it was
+// exported).
+bool ReadPictureFile(const std::string& path, Picture* picture, std::string* error,
+                     std::uint64_t /*maxPixels*/) {
   const auto& store = qvweb::Store();
   const auto it = store.find(path);
   if (it == store.end()) {

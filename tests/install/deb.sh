@@ -89,6 +89,20 @@ if ls "$work"/packages/qvmovie-tools_*.deb >/dev/null 2>&1; then
     [ -s "$name.gif" ] && [ -s "$name.png" ] || fail "qvmovie-render wrote no $name.gif"
     echo "rendered $name.json from the unpacked package"
   done
+  # The engine for the browser, when it was built: the unpacked tool finds it
+  # in its own prefix (a mark added to the unpacked page shows that it was
+  # that page, not the build's) and writes one page of at most 400 KB.
+  web=$work/root/usr/share/qvmovie/web
+  if [ -f "$web/qvmovie-engine.wasm" ]; then
+    holds "$tools" usr/share/qvmovie/web/qvmovie-engine.js usr/share/qvmovie/web/page.html
+    echo "<!-- unpacked -->" >>"$web/page.html"
+    env -u LD_LIBRARY_PATH -u QVMOVIE_WEB_DIR "$bin/qvmovie-render" "$examples/demo.json" \
+      --html demo.html || fail "qvmovie-render --html"
+    size=$(wc -c <demo.html)
+    grep -q "<!-- unpacked -->" demo.html || fail "--html did not use the unpacked engine"
+    [ "$size" -le 409600 ] || fail "the demo's page is $size bytes, over 400 KB"
+    echo "exported demo.html ($size bytes) from the unpacked package"
+  fi
   if [ -x "$bin/qvmovie-play" ]; then
     has "$tools" Depends 'libsdl2'
     out=$(env -u DISPLAY -u WAYLAND_DISPLAY -u SDL_VIDEODRIVER -u LD_LIBRARY_PATH \

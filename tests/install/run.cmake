@@ -63,6 +63,23 @@ if(WITH_TOOLS)
       message(FATAL_ERROR "moved install: qvmovie-render ${scene} failed (${rc}): ${err}")
     endif()
   endforeach()
+  # The engine for --html, when it was built, is found in the moved prefix
+  # (a mark added to its page shows it was not the build tree's).
+  set(web ${moved}/share/qvmovie/web)
+  if(EXISTS ${web}/qvmovie-engine.wasm)
+    file(APPEND ${web}/page.html "<!-- moved -->")
+    execute_process(COMMAND ${CMAKE_COMMAND} -E env --unset=LD_LIBRARY_PATH
+                            --unset=QVMOVIE_WEB_DIR ${moved}/bin/qvmovie-render
+                            ${moved}/share/qvmovie/examples/falls.json --html falls.html
+                    WORKING_DIRECTORY ${WORK_DIR}/cwd RESULT_VARIABLE rc ERROR_VARIABLE err)
+    if(NOT rc EQUAL 0)
+      message(FATAL_ERROR "moved install: qvmovie-render --html failed (${rc}): ${err}")
+    endif()
+    file(READ ${WORK_DIR}/cwd/falls.html page)
+    if(NOT page MATCHES "<!-- moved -->")
+      message(FATAL_ERROR "moved install: --html did not use the moved prefix's engine")
+    endif()
+  endif()
   # The runtime path is relative: the build tree's library is not what it found.
   find_program(readelf readelf)
   if(readelf)

@@ -1,5 +1,6 @@
 #include "render/HtmlExport.h"
 
+#include <unistd.h>
 #include <zlib.h>
 
 #include <cstdlib>
@@ -10,10 +11,13 @@
 
 #include <nlohmann/json.hpp>
 
-#include "scene/PngIO.h"
+#include "scene/PictureFile.h"
 
 #ifndef QV_WEB_DIR
 #define QV_WEB_DIR ""
+#endif
+#ifndef QV_WEB_FROM_BIN
+#define QV_WEB_FROM_BIN "../share/qvmovie/web"
 #endif
 
 namespace qvrender {
@@ -120,21 +124,43 @@ std::string EscapeHtml(const std::string& text) {
 
 }  // namespace
 
-std::string WebEngineDir() {
+std::vector<std::string> WebEngineDirs() {
   const char* env = std::getenv("QVMOVIE_WEB_DIR");
-  return env && *env ? env : QV_WEB_DIR;
+  if (env && *env) return {env};
+  std::vector<std::string> dirs;
+  std::vector<char> exe(4096);
+  const ssize_t n = readlink("/proc/self/exe", exe.data(), exe.size());
+  if (n > 0 && static_cast<std::size_t>(n) < exe.size()) {
+    const std::string self(exe.data(), static_cast<std::size_t>(n));
+    dirs.push_back(self.substr(0, self.find_last_of('/') + 1) + QV_WEB_FROM_BIN);
+  }
+  if (*QV_WEB_DIR) dirs.push_back(QV_WEB_DIR);
+  return dirs;
 }
 
 bool WriteHtml(const std::string& path, const std::string& scene,
-               const qvscene::LoadOptions& options, const std::string& webDir, std::string* error) {
-  std::string page, engineJs, engineWasm, sceneText;
-  const std::string dir = webDir.empty() || webDir.back() == '/' ? webDir : webDir + "/";
-  if (webDir.empty() || !ReadFile(dir + "page.html", &page, error) ||
-      !ReadFile(dir + "qvmovie-engine.js", &engineJs, error) ||
-      !ReadFile(dir + "qvmovie-engine.wasm", &engineWasm, error)) {
-    *error = "the engine for the browser is not built (" +
-             (webDir.empty() ? std::string("no folder known") : *error) +
-             "); scripts/web.sh builds it, QVMOVIE_WEB_DIR names its folder";
+               const qvscene::LoadOptions& options, const std::vector<std::string>& webDirs,
+               std::string* error) {
+  std::string page, engineJs, engineWasm, sceneText, looked;
+  bool found = false;
+  for (const std::string& webDir : webDirs) {
+    const std::string dir = webDir.empty() || webDir.back() == '/' ? webDir : webDir + "/";
+    found = access((dir + "qvmovie-engine.wasm").c_str(), F_OK) == 0;
+    if (found) {
+      if (!ReadFile(dir + "page.html", &page, error) ||
+          !ReadFile(dir + "qvmovie-engine.js", &engineJs, error) ||
+          !ReadFile(dir + "qvmovie-engine.wasm", &engineWasm, error)) {
+        return false;
+      }
+      break;
+    }
+    looked += (looked.empty() ? "" : ", ") + webDir;
+  }
+  if (!found) {
+    *error = "the engine for the browser is not built (no qvmovie-engine.wasm in " +
+             (looked.empty() ? std::string("any folder") : looked) +
+             "): build it with 'bash scripts/web.sh BUILD_DIR' in the source tree, then "
+             "install BUILD_DIR again, or name its folder in QVMOVIE_WEB_DIR";
     return false;
   }
   if (!ReadFile(scene, &sceneText, error)) return false;
@@ -159,7 +185,7 @@ bool WriteHtml(const std::string& path, const std::string& scene,
   for (const auto& item : root.at("pictures").items()) {
     const std::string file = item.value().get<std::string>();
     qvscene::Picture picture;
-    if (!qvscene::ReadIndexedPng(Resolve(scene, options.pictureDir, file), &picture, error))
+    if (!qvscene::ReadPictureFile(Resolve(scene, options.pictureDir, file), &picture, error))
       return false;
     std::vector<unsigned char> bytes(&picture.palette[0][0], &picture.palette[0][0] + 768);
     bytes.insert(bytes.end(), picture.pixels.begin(), picture.pixels.end());

@@ -140,6 +140,9 @@ Options ParseArgs(int argc, char** argv) {
         throw Usage{"--scale: '" + v + "' is not a whole number from 1 to 8"};
       }
       o.scale = v[0] - '0';
+    } else if (a == "--html") {
+      if (!o.html.empty()) throw Usage{"--html given twice"};
+      o.html = value(i, a);
     } else if (a == "--max-memory") {
       const std::string v = value(i, a);
       char* end = nullptr;
@@ -343,7 +346,8 @@ int Run(const Options& o) {
     if (!qvscene::WriteRgbPng(outputs.Temp(next++), sheet.Sheet(), &error)) return failed(error);
   }
   if (!o.html.empty()) {
-    if (!qvrender::WriteHtml(outputs.Temp(next++), o.scene, load, qvrender::WebEngineDir(), &error))
+    if (!qvrender::WriteHtml(outputs.Temp(next++), o.scene, load, qvrender::WebEngineDirs(),
+                             &error))
       return failed(error);
   }
   progress.Done();
