@@ -122,8 +122,8 @@ int main(int argc, char** argv) {
   walk.SetMode(QvMPlayer::kPlayLoop);
   for (std::int16_t k = 0; k < 4; ++k) {
     const std::int16_t left = static_cast<std::int16_t>(k * kFrameW);
-    walk.Reg(QvAFrame::kAppend, left, 0, kFrameW, kFrameH, static_cast<std::int16_t>(left + kFrameW / 2),
-             kFrameH - 1, 3);
+    walk.Reg(QvAFrame::kAppend, left, 0, kFrameW, kFrameH,
+             static_cast<std::int16_t>(left + kFrameW / 2), kFrameH - 1, 3);
     walk.SetImage(k, sheet.data(), 4 * kFrameW, 4 * kFrameW, kFrameH);
   }
 
@@ -149,8 +149,9 @@ int main(int argc, char** argv) {
   const std::int16_t smallId = cast.RegAFrame(QvMCast::kNewId, &walk, 0, "walker", &walk);
   cast.RegOrgCTable(smallId, &base, &opaque, "walker");
   cast.SetStartEnd(smallId, 0, 59);
-  cast.RegAnc(smallId, path, 19, QvMCast::kAncClamp, "walker");  // stop at the ends
-  cast.SetAncCount(smallId, 60.0);  // the whole path in 60 units
+  // The whole path in 60 units, stopping at its ends.
+  cast.RegAnc(smallId, path, 19, QvMCast::kAncClamp, "walker");
+  cast.SetAncCount(smallId, 60.0);
 
   const std::int16_t bigId = cast.RegAFrame(QvMCast::kNewId, &giant, 30, "giant", &giant);
   cast.RegOrgCTable(bigId, &base, &opaque, "giant");
