@@ -88,24 +88,23 @@ int main(int argc, char** argv) {
   for (int i = 0; i < 3; ++i) {
     std::vector<unsigned char> px = Shape(colours[i]);
     QvAFrame& a = shapes[i].anim;
-    a.Reg(-1, 0, 0, kSize, kSize, kSize / 2, kSize / 2, 10);
+    a.Reg(QvAFrame::kAppend, 0, 0, kSize, kSize, kSize / 2, kSize / 2, 10);
     a.SetImage(0, px.data(), kSize, kSize, kSize);
-    unsigned char name[] = "shape";
-    const std::int16_t id = cast.RegAFrame(-1, &a, 0, name, &a);
-    cast.RegOrgCTable(id, &base, &opaque, name);
+    const std::int16_t id = cast.RegAFrame(QvMCast::kNewId, &a, 0, "shape", &a);
+    cast.RegOrgCTable(id, &base, &opaque, "shape");
     // A path of one anchor: the member stands there.
     QvMCastAnc at;
     at.point = places[i];
-    cast.RegAnc(id, &at, 1, 1, name);  // 1: QvMCast::kAncClamp
+    cast.RegAnc(id, &at, 1, QvMCast::kAncClamp, "shape");
     shapes[i].id = id;
   }
 
   QvMLayer layers;
   layers.New(0, 0);
   layers.New(1, 1);
-  layers.RegCast(0, &cast, shapes[0].id, -1);  // -1: QvMLayer::kFitNone
-  layers.RegCast(0, &cast, shapes[1].id, -1);
-  layers.RegCast(1, &cast, shapes[2].id, -1);
+  layers.RegCast(0, &cast, shapes[0].id, QvMLayer::kFitNone);
+  layers.RegCast(0, &cast, shapes[1].id, QvMLayer::kFitNone);
+  layers.RegCast(1, &cast, shapes[2].id, QvMLayer::kFitNone);
   // The members in drawing order; the topmost is the last.
   const std::int16_t order[3] = {shapes[0].id, shapes[1].id, shapes[2].id};
 
@@ -115,14 +114,14 @@ int main(int argc, char** argv) {
   auto hit = [&](tbPoint p) -> std::int16_t {
     for (int i = 2; i >= 0; --i) {
       const std::int16_t id = order[i];
-      if (!cast.PtInAFrame(&p, id, moment, &area, 0)) continue;  // 0: QvMCast::kPixelsSquare
+      if (!cast.PtInAFrame(&p, id, moment, &area, QvMCast::kPixelsSquare)) continue;
       // Inside the rectangle of the image shown at this moment (GetAFrameArea
       // puts the member's copy of the animation on the moment's frame); on
       // the shape where the image's mask is set and its pixel is not the
       // transparent index.
       tbRect r;
       tbPoint anchor;
-      cast.GetAFrameArea(id, moment, &area, 0, &r, &anchor);
+      cast.GetAFrameArea(id, moment, &area, QvMCast::kPixelsSquare, &r, &anchor);
       unsigned char* image = nullptr;
       unsigned char* mask = nullptr;
       std::int16_t w = 0;
@@ -154,10 +153,9 @@ int main(int argc, char** argv) {
   QvPal own;
   own.SetRange(colours[chosenIndex], colours[chosenIndex], 1);
   QvAFlash flash;
-  flash.SetMode(2);  // QvMPlayer::kPlayLoop
+  flash.SetMode(QvMPlayer::kPlayLoop);
   flash.RegArea(&own);
-  unsigned char name[] = "chosen";
-  cast.RegAColor(chosen, &flash, 1, 0, name, &flash);  // 1: QvAColor::kFlash
+  cast.RegAColor(chosen, &flash, QvAColor::kFlash, 0, "chosen", &flash);
   std::printf("member %d is under (100, 60)\n", static_cast<int>(chosen));
 
   std::vector<unsigned char> pixels(static_cast<std::size_t>(kWidth) * kHeight);

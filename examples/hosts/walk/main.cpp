@@ -104,15 +104,14 @@ int main(int argc, char** argv) {
   opaque.SetFlag(kClear, 0);
 
   QvMCast cast;
-  unsigned char landName[] = "landscape", smallName[] = "walker", bigName[] = "giant";
 
   // The landscape: one frame for the whole movie, centred in the area.
   std::vector<unsigned char> land = Landscape();
   QvAFrame still;
-  still.Reg(-1, 0, 0, kWidth, kHeight, kWidth / 2, kHeight / 2, 1);
+  still.Reg(QvAFrame::kAppend, 0, 0, kWidth, kHeight, kWidth / 2, kHeight / 2, 1);
   still.SetImage(0, land.data(), kWidth, kWidth, kHeight);
-  const std::int16_t landId = cast.RegAFrame(-1, &still, 0, landName, &still);
-  cast.RegOrgCTable(landId, &base, nullptr, landName);
+  const std::int16_t landId = cast.RegAFrame(QvMCast::kNewId, &still, 0, "landscape", &still);
+  cast.RegOrgCTable(landId, &base, nullptr, "landscape");
   cast.SetStartEnd(landId, 0, 119);
 
   // The walk cycle: four frames of 3 clock frames each, anchored between
@@ -120,11 +119,11 @@ int main(int argc, char** argv) {
   // attached, so the members' copies carry it.
   std::vector<unsigned char> sheet = WalkSheet();
   QvAFrame walk;
-  walk.SetMode(2);  // QvMPlayer::kPlayLoop
+  walk.SetMode(QvMPlayer::kPlayLoop);
   for (std::int16_t k = 0; k < 4; ++k) {
     const std::int16_t left = static_cast<std::int16_t>(k * kFrameW);
-    walk.Reg(-1, left, 0, kFrameW, kFrameH, static_cast<std::int16_t>(left + kFrameW / 2),
-             kFrameH - 1, 3);
+    walk.Reg(QvAFrame::kAppend, left, 0, kFrameW, kFrameH,
+             static_cast<std::int16_t>(left + kFrameW / 2), kFrameH - 1, 3);
     walk.SetImage(k, sheet.data(), 4 * kFrameW, 4 * kFrameW, kFrameH);
   }
 
@@ -147,24 +146,25 @@ int main(int argc, char** argv) {
   QvMCastAnc back[19];
   for (int i = 0; i < 19; ++i) back[i] = path[18 - i];
 
-  const std::int16_t smallId = cast.RegAFrame(-1, &walk, 0, smallName, &walk);
-  cast.RegOrgCTable(smallId, &base, &opaque, smallName);
+  const std::int16_t smallId = cast.RegAFrame(QvMCast::kNewId, &walk, 0, "walker", &walk);
+  cast.RegOrgCTable(smallId, &base, &opaque, "walker");
   cast.SetStartEnd(smallId, 0, 59);
-  cast.RegAnc(smallId, path, 19, 1, smallName);  // 1: QvMCast::kAncClamp, stop at the ends
-  cast.SetAncCount(smallId, 60.0);               // the whole path in 60 units
+  // The whole path in 60 units, stopping at its ends.
+  cast.RegAnc(smallId, path, 19, QvMCast::kAncClamp, "walker");
+  cast.SetAncCount(smallId, 60.0);
 
-  const std::int16_t bigId = cast.RegAFrame(-1, &giant, 30, bigName, &giant);
-  cast.RegOrgCTable(bigId, &base, &opaque, bigName);
-  cast.SetStartEnd(bigId, 30, 89);           // asked for 30..89: overlaps the walker
-  cast.RegAnc(bigId, back, 19, 1, bigName);  // QvMCast::kAncClamp
+  const std::int16_t bigId = cast.RegAFrame(QvMCast::kNewId, &giant, 30, "giant", &giant);
+  cast.RegOrgCTable(bigId, &base, &opaque, "giant");
+  cast.SetStartEnd(bigId, 30, 89);  // asked for 30..89: overlaps the walker
+  cast.RegAnc(bigId, back, 19, QvMCast::kAncClamp, "giant");
   cast.SetAncCount(bigId, 60.0);
 
   QvMLayer layers;
-  layers.New(0, 0);                      // index 0, the landscape
-  layers.New(1, 1);                      // index 1, the walkers, drawn over it
-  layers.RegCast(0, &cast, landId, -1);  // -1: QvMLayer::kFitNone
-  layers.RegCast(1, &cast, smallId, -1);
-  layers.RegCast(1, &cast, bigId, 0);  // 0: QvMLayer::kFitMove, into free time
+  layers.New(0, 0);  // index 0, the landscape
+  layers.New(1, 1);  // index 1, the walkers, drawn over it
+  layers.RegCast(0, &cast, landId, QvMLayer::kFitNone);
+  layers.RegCast(1, &cast, smallId, QvMLayer::kFitNone);
+  layers.RegCast(1, &cast, bigId, QvMLayer::kFitMove);  // into free time
   std::printf("walker %d..%d, giant moved to %d..%d, movie ends at %d\n",
               static_cast<int>(cast.Start(smallId)), static_cast<int>(cast.End(smallId)),
               static_cast<int>(cast.Start(bigId)), static_cast<int>(cast.End(bigId)),

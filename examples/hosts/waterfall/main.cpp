@@ -92,12 +92,12 @@ int main(int argc, char** argv) {
   // One frame: the whole picture, anchored at its centre, shown for the
   // whole movie.
   QvAFrame still;
-  still.Reg(-1, 0, 0, kWidth, kHeight, kWidth / 2, kHeight / 2, kLength);
+  still.Reg(QvAFrame::kAppend, 0, 0, kWidth, kHeight, kWidth / 2, kHeight / 2, kLength);
   if (!still.SetImage(0, scene.data(), kWidth, kWidth, kHeight)) return 1;
 
   QvMCast cast;
-  unsigned char name[] = "waterfall";
-  const std::int16_t id = cast.RegAFrame(-1, &still, 0, name, &still);
+  const char* name = "waterfall";
+  const std::int16_t id = cast.RegAFrame(QvMCast::kNewId, &still, 0, name, &still);
   if (id < 0 || cast.RegOrgCTable(id, &base, nullptr, name) != id) return 1;
 
   // The cycle: the water's sixteen indices, looping, at the
@@ -105,7 +105,7 @@ int main(int argc, char** argv) {
   QvPal water;
   water.SetRange(kWater, kWater + 15, 1);
   QvACycle cycle;
-  cycle.SetMode(2);  // QvMPlayer::kPlayLoop
+  cycle.SetMode(QvMPlayer::kPlayLoop);
   cycle.RegArea(&water);
   // The fade: sky and water toward night blue over the whole movie, then
   // holding there (QvMPlayer::kPlayOnce, the default).
@@ -118,12 +118,12 @@ int main(int argc, char** argv) {
   fade.SetCount(kLength);
   // On the member the kinds chain in the order cycle, flash, switch, fade:
   // the fade darkens the cycled colours.
-  if (cast.RegAColor(id, &cycle, 0, 0, name, &cycle) != id) return 1;  // 0: QvAColor::kCycle
-  if (cast.RegAColor(id, &fade, 3, 0, name, &fade) != id) return 1;    // 3: QvAColor::kFade
+  if (cast.RegAColor(id, &cycle, QvAColor::kCycle, 0, name, &cycle) != id) return 1;
+  if (cast.RegAColor(id, &fade, QvAColor::kFade, 0, name, &fade) != id) return 1;
 
   QvMLayer layers;
   layers.New(0, 1);
-  layers.RegCast(0, &cast, id, -1);  // -1: QvMLayer::kFitNone
+  layers.RegCast(0, &cast, id, QvMLayer::kFitNone);
 
   std::vector<unsigned char> pixels(static_cast<std::size_t>(kWidth) * kHeight);
   tbRect bounds(0, 0, kWidth, kHeight);
