@@ -187,14 +187,6 @@ TEST(CastSweep, DrawingAndIcons) {
     Canvas c;
     t.Failed(t([&] { return m.cast->DrawPicture(kScroller, 45, &c.map, &c.area); }) != 1);
   });
-  SweepOp("QvMCast::CTable", kFromColour, [](Trial& t, Movie& m) {
-    t.Failed(t([&] { return m.cast->CTable(kColoured, 12); }) == nullptr);
-  });
-  SweepOp("QvMCast::PtInAFrame", kFromImages, [](Trial& t, Movie& m) {
-    Canvas c;
-    tbPoint p(32, 24);
-    t([&] { m.cast->PtInAFrame(&p, kFramed, 22, &c.area, 0); });
-  });
   struct Icon {
     const char* name;
     unsigned levels;
@@ -372,8 +364,6 @@ TEST(LayerSweep, Operations) {
     EXPECT_EQ(data != nullptr, ok);
     EXPECT_TRUE(!ok || (size == 13 && std::memcmp(data, "twelve bytes", 13) == 0));
   });
-  SweepOp("QvMLayer destructor", kLayers,
-          [](Trial& t, Movie& m) { t([&] { m.layers.reset(new LayerProbe); }); });
 }
 
 }  // namespace
