@@ -14,17 +14,6 @@
 namespace reliability {
 namespace {
 
-// Prints the number of operations swept by this process and faults injected.
-struct Report : ::testing::Environment {
-  long operations = 0, faults = 0;
-  void TearDown() override {
-    if (operations == 0) return;
-    std::printf("[ sweep    ] %ld operations swept, %ld allocation faults injected\n", operations,
-                faults);
-  }
-};
-Report* const report = static_cast<Report*>(::testing::AddGlobalTestEnvironment(new Report));
-
 // A runaway sweep (an operation that allocates without end) stops here.
 constexpr int kMaxFaults = 200000;
 
@@ -315,8 +304,6 @@ void Sweep(const std::string& operation, const std::function<void(Trial&)>& tria
     faults = k;
   }
   EXPECT_LT(faults, kMaxFaults) << operation << " never stops allocating";
-  ++report->operations;
-  report->faults += faults;
   std::printf("[ sweep    ] %-60s %6d faults\n", operation.c_str(), faults);
 }
 
