@@ -78,7 +78,7 @@ TEST(CastSweep, Registrations) {
   });
   SweepOp("QvMCast::RegDft new member", kEmpty | kLayers, [](Trial& t, Movie& m) {
     QvMCastDft dft[2];
-    t.Failed(t([&] { return m.cast->RegDft(-1, 1, dft, 2, 1, Text("dft"), nullptr); }) < 0);
+    t.Failed(t([&] { return m.cast->RegDft(-1, 1, dft, 2, 1, Text("dft"), &m.dftList); }) < 0);
   });
   SweepOp("QvMCast::RegAnc new member", kEmpty | kLayers, [](Trial& t, Movie& m) {
     QvMCastAnc anc[3];

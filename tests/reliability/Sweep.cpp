@@ -34,7 +34,7 @@ void Build(Movie& m, unsigned level) {
     anc[i].flag = static_cast<char>(i % 3 == 0 ? 1 : 0);
   }
   ASSERT_EQ(c.SetStartEnd(kPath, 0, 19), 1);
-  ASSERT_EQ(c.RegDft(kPath, 7, dft, 3, 1, Text("path"), nullptr), kPath);
+  ASSERT_EQ(c.RegDft(kPath, 7, dft, 3, 1, Text("path"), &m.dftList), kPath);
   ASSERT_EQ(c.RegAnc(kPath, anc, 6, 2, Text("path")), kPath);
   ASSERT_EQ(c.RegScroll(kPath, 1 | 4, Text("path")), kPath);
   ASSERT_EQ(c.SetAncSelectArea(kPath, 1, 4), 1);
