@@ -143,9 +143,6 @@ TEST_F(AFrameTest, RegInsertsAppendsAndResetsTheClockRange) {
   EXPECT_EQ(Frame(p, 0), Values({1, 2, 3, 4, 5, 6, 7, 1.0, 1.0, 0.0, 0}));
   EXPECT_EQ(p.Geo(0), Ints({0, 0, 0, 0}));
   EXPECT_EQ(p.Held(0), Ints({0, 0, 0, 0}));
-  QvFailAllocation(1);  // a failed allocation changes nothing
-  EXPECT_EQ(p.Reg(0, 1, 1, 1, 1, 0, 0, 5), -1);
-  EXPECT_EQ(Range(p), Ints({1, 7, 0, 6}));
 }
 
 TEST_F(AFrameTest, ClockPositionsAndIntervals) {
@@ -476,9 +473,6 @@ TEST_F(AFrameTest, Thumbnail) {
                 a.GetIcon(0, nullptr, 4, 2, 2) + a.GetIcon(0, dst, 1, 2, 2) +
                 a.GetIcon(1, dst, 4, 2, 2),
             0);
-  QvFailAllocation(1);
-  EXPECT_EQ(a.GetIcon(0, dst, 2, 2, 2), 0);
-  EXPECT_EQ(a.GetIcon(0, dst, 2, 2, 2), 1);
   a.SetSize(0, 0, 2);  // the width became 0 after the image was made
   EXPECT_EQ(a.GetIcon(0, dst, 2, 2, 2), 0);
   Probe b;
@@ -729,23 +723,6 @@ TEST_F(AFramePictureTest, RegionFailureAndBadInputCopyNothing) {
   EXPECT_EQ(dest, Bytes(20 * 12, 99));
 }
 
-TEST_F(AFramePictureTest, RandomPlacementsStayInBounds) {
-  std::mt19937 rng(99);
-  auto uni = [&](int lo, int hi) { return short(std::uniform_int_distribution<int>(lo, hi)(rng)); };
-  QvPal pal;
-  pal.SetRange(10, 13, 1);
-  for (int i = 0; i < 200; ++i) {
-    const bool edge = i % 4 == 0;  // anywhere in 16 bits, checked by the sanitizer
-    const short x = edge ? uni(-32768, 32767) : uni(-10, 20);
-    const short y = edge ? uni(-32768, 32767) : uni(-10, 20);
-    const short dx = edge ? uni(-32768, 32767) : uni(-10, 25);
-    const short dy = edge ? uni(-32768, 32767) : uni(-10, 15);
-    EXPECT_EQ(a.DrawAPicture(0, world, x, y, i % 2 ? &pal : nullptr, uni(-1, 5), char(uni(0, 7)),
-                             uni(-32768, 32767), uni(-32768, 32767), &destMap, dx, dy),
-              1);
-  }
-}
-
 TEST_F(AFrameTest, DupMakesAnIndependentDeepCopy) {
   Probe src, dst;
   MakeSource(src);
@@ -859,9 +836,6 @@ TEST_F(AFrameTest, RegFromAnotherAnimation) {
   EXPECT_EQ(Xs(a), Ints({2, 10, 11, 12}));
   EXPECT_TRUE(a.End() == 8 && a.Held(0) == Ints({0, 0, 0, 0}) && a.Locks() == Ints({0, 0}));
   EXPECT_EQ(a.Reg(0, &src, 9) + a.Reg(0, nullptr, 0), -2);
-  QvFailAllocation(1);
-  EXPECT_EQ(a.Reg(0, &src, 1), -1);
-  EXPECT_TRUE(Xs(a) == Ints({2, 10, 11, 12}) && a.Locks() == Ints({0, 0}));
   // Into a locked animation: inserted before the locked frame, and the zoom
   // goes to the new frame, not to the locked one.
   a.LockA(2);

@@ -78,7 +78,7 @@ TEST(CastSweep, Registrations) {
   });
   SweepOp("QvMCast::RegDft new member", kEmpty | kLayers, [](Trial& t, Movie& m) {
     QvMCastDft dft[2];
-    t.Failed(t([&] { return m.cast->RegDft(-1, 1, dft, 2, 1, Text("dft"), nullptr); }) < 0);
+    t.Failed(t([&] { return m.cast->RegDft(-1, 1, dft, 2, 1, Text("dft"), &m.dftList); }) < 0);
   });
   SweepOp("QvMCast::RegAnc new member", kEmpty | kLayers, [](Trial& t, Movie& m) {
     QvMCastAnc anc[3];
@@ -190,14 +190,6 @@ TEST(CastSweep, DrawingAndIcons) {
   SweepOp("QvMCast::DrawPicture", kFromImages, [](Trial& t, Movie& m) {
     Canvas c;
     t.Failed(t([&] { return m.cast->DrawPicture(kScroller, 45, &c.map, &c.area); }) != 1);
-  });
-  SweepOp("QvMCast::CTable", kFromColour, [](Trial& t, Movie& m) {
-    t.Failed(t([&] { return m.cast->CTable(kColoured, 12); }) == nullptr);
-  });
-  SweepOp("QvMCast::PtInAFrame", kFromImages, [](Trial& t, Movie& m) {
-    Canvas c;
-    tbPoint p(32, 24);
-    t([&] { m.cast->PtInAFrame(&p, kFramed, 22, &c.area, 0); });
   });
   struct Icon {
     const char* name;
@@ -376,8 +368,6 @@ TEST(LayerSweep, Operations) {
     EXPECT_EQ(data != nullptr, ok);
     EXPECT_TRUE(!ok || (size == 13 && std::memcmp(data, "twelve bytes", 13) == 0));
   });
-  SweepOp("QvMLayer destructor", kLayers,
-          [](Trial& t, Movie& m) { t([&] { m.layers.reset(new LayerProbe); }); });
 }
 
 }  // namespace

@@ -14,17 +14,6 @@
 namespace reliability {
 namespace {
 
-// Prints the number of operations swept by this process and faults injected.
-struct Report : ::testing::Environment {
-  long operations = 0, faults = 0;
-  void TearDown() override {
-    if (operations == 0) return;
-    std::printf("[ sweep    ] %ld operations swept, %ld allocation faults injected\n", operations,
-                faults);
-  }
-};
-Report* const report = static_cast<Report*>(::testing::AddGlobalTestEnvironment(new Report));
-
 // A runaway sweep (an operation that allocates without end) stops here.
 constexpr int kMaxFaults = 200000;
 
@@ -45,7 +34,7 @@ void Build(Movie& m, unsigned level) {
     anc[i].flag = static_cast<char>(i % 3 == 0 ? 1 : 0);
   }
   ASSERT_EQ(c.SetStartEnd(kPath, 0, 19), 1);
-  ASSERT_EQ(c.RegDft(kPath, 7, dft, 3, 1, Text("path"), nullptr), kPath);
+  ASSERT_EQ(c.RegDft(kPath, 7, dft, 3, 1, Text("path"), &m.dftList), kPath);
   ASSERT_EQ(c.RegAnc(kPath, anc, 6, QvMCast::kAncReflect, Text("path")), kPath);
   ASSERT_EQ(c.RegScroll(kPath, QvMCast::kScrollLeft | QvMCast::kScrollUp, Text("path")), kPath);
   ASSERT_EQ(c.SetAncSelectArea(kPath, 1, 4), 1);
@@ -316,8 +305,6 @@ void Sweep(const std::string& operation, const std::function<void(Trial&)>& tria
     faults = k;
   }
   EXPECT_LT(faults, kMaxFaults) << operation << " never stops allocating";
-  ++report->operations;
-  report->faults += faults;
   std::printf("[ sweep    ] %-60s %6d faults\n", operation.c_str(), faults);
 }
 

@@ -19,6 +19,7 @@
 #include "cast/QvMCast.h"
 #include "cast/QvMCastInfo.h"
 #include "layer/QvMLayer.h"
+#include "player/QvMCastList.h"
 #include "toolbox/QvPal.h"
 #include "toolbox/QvPlatform.h"
 #include "toolbox/tbColorTable.h"
@@ -129,7 +130,9 @@ struct Canvas {
 
 struct Movie {
   Movie();
-  // Destroyed from the last: layers, stores, then animations.
+  // Destroyed from the last: layers, stores, then animations and the list of
+  // the members with Dft entries.
+  QvMCastList dftList;
   std::unique_ptr<FrameProbe> frame{new FrameProbe};
   std::unique_ptr<CycleProbe> cycle{new CycleProbe};
   std::unique_ptr<QvAFlash> flash{new QvAFlash};
@@ -151,8 +154,8 @@ struct Movie {
   }
 
   Level level = kEmpty;
-  QvPal pal;                                          // indices 16 to 31
-  tbColorTable table{tbColorTable::kStandard};        // a ramp of distinct colours
+  QvPal pal;                                    // indices 16 to 31
+  tbColorTable table{tbColorTable::kStandard};  // a ramp of distinct colours
   static constexpr std::int16_t kPicW = 24, kPicH = 16;
   std::vector<unsigned char> picture = std::vector<unsigned char>(kPicW * kPicH);
 };

@@ -93,7 +93,9 @@ TEST(ToolboxSweep, Services) {
     canvas.Clear(0, 0, 10, 6, 3, nullptr, 0);
     tbPicture pict;
     QvCanvasUtil util;
-    t([&] { util.GetPICT(&canvas, 10, 6, &pict, 0, 0, 10, 6, nullptr); });
+    const bool failed =
+        !t([&] { return util.GetPICT(&canvas, 10, 6, &pict, 0, 0, 10, 6, nullptr); });
+    EXPECT_EQ(failed, t.faulted);
     EXPECT_TRUE(t.faulted ? pict.Pic() == nullptr : pict.Pixel(9, 5) == 3);
   });
   Sweep("tbPicture::Set", [](Trial& t) {
@@ -108,7 +110,7 @@ TEST(ToolboxSweep, Services) {
     list.AddTail(&items[0]);
     list.AddTail(&items[1]);
     const bool failed = t.Failed(!t([&] { return list.AddTail(&items[2]); }));
-    EXPECT_EQ(list.GetCount(), failed ? 2 : 3);
+    EXPECT_TRUE(list.GetCount() == (failed ? 2 : 3) && list.GetAt(1) == &items[1]);
   });
   Sweep("MDependable::AddDependent", [](Trial& t) {
     MDependable a, b;
