@@ -34,9 +34,11 @@ class tbRect;
 /// **Images.** Each frame holds an untransformed image (SetOrgImage) and the
 /// transformed image and mask that drawing uses (SetImage). Zoom, rotation,
 /// anchor, position and size are applied only when the transformed image is
-/// made: after SetZoom, SetRot, SetAnchor, Set, SetPos or SetSize call
-/// SetImage(index, nullptr, 0, 0, 0) to make it again from the untransformed
-/// image. SetOrgImage alone draws nothing: a frame without a transformed
+/// made: after SetZoom, SetRot or SetAnchor call SetImage(index, nullptr, 0,
+/// 0, 0) to make it again from the untransformed image already cut out; after
+/// Set, SetPos or SetSize, which move or resize the rectangle, cut the frame
+/// out again by passing the source picture to SetImage (a new size releases
+/// the old cut-out, and a null source then fails). SetOrgImage alone draws nothing: a frame without a transformed
 /// image draws nothing. Images are 8-bit colour indices, one byte per pixel,
 /// rows from the top; the frame's own buffers have rows exactly as long as
 /// the image is wide.

@@ -46,10 +46,13 @@
 /// The host owns every cast store, layer store and animation it creates. A
 /// cast store owns its members and everything attached to them, including
 /// the private copies of the animations registered on them. A layer store
-/// names members by (cast store, cast id) and owns no cast store. Blocks the
-/// library hands out (names, comments, thumbnails, pixel buffers) belong to
-/// the receiver: name handles are freed with QvFreeString(), other blocks
-/// with qv::GlobalFree(). Everything else the library returns stays its own.
+/// names members by (cast store, cast id) and owns no cast store. Name
+/// handles the library hands out (QvMCast::GetName)
+/// belong to the receiver, who frees them with QvFreeString(). Everything
+/// else the library returns (the layer store's comment block, icons, frame
+/// images, colour tables, Dft and anchor arrays) stays its own: never free it,
+/// and do not keep it past the next change of its owner. Blocks the host
+/// gets from qv::GlobalAlloc() itself are freed with qv::GlobalFree().
 ///
 /// ## Results
 /// Nothing is thrown or logged. A `char` result is 1 for success and 0 for
