@@ -17,6 +17,7 @@
 
 #include "render/ContactSheet.h"
 #include "render/GifWriter.h"
+#include "render/RenderPipeline.h"
 #include "scene/MovieTime.h"
 #include "scene/PngIO.h"
 #include "scene/SceneError.h"
@@ -328,16 +329,25 @@ int Run(const Options& o) {
                   &error)) {
       return Fail(kExitRender, error);
     }
-    for (std::size_t k = 0; k < times.size(); ++k) {
-      if (!scene->Render(times[k], &moment)) {
-        return Fail(kExitRender, "cannot draw moment " + std::to_string(times[k]));
+    // Moments are drawn here while the worker encodes the ones before.
+    auto draw = [&](int k, qvscene::Picture* out, std::string* message) {
+      const std::int32_t t = times[static_cast<std::size_t>(k)];
+      if (!scene->Render(t, out)) {
+        *message = "cannot draw moment " + std::to_string(t);
+        return false;
       }
-      const int delay =
-          static_cast<int>(qvscene::DelayCentiseconds(static_cast<std::int64_t>(k), scene->Step()));
-      if (!gif.AddFrame(Enlarge(moment, o.scale), delay, &error)) return Fail(kExitRender, error);
+      if (o.scale != 1) *out = Enlarge(*out, o.scale);
       progress.Update(++done, "rendering moment");
+      return true;
+    };
+    auto encode = [&](int k, const qvscene::Picture& picture, std::string* message) {
+      return gif.AddFrame(picture, static_cast<int>(qvscene::DelayCentiseconds(k, scene->Step())),
+                          message);
+    };
+    if (!qvrender::RunPipeline(static_cast<int>(times.size()), draw, encode, 2, &error) ||
+        !gif.Close(&error)) {
+      return Fail(kExitRender, error);
     }
-    if (!gif.Close(&error)) return Fail(kExitRender, error);
   }
 
   for (const auto& png : o.pngs) {
