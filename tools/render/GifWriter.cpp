@@ -2,9 +2,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstring>
-#include <cstdlib>
-#include <cstdlib>
 
 namespace qvrender {
 namespace {
@@ -30,16 +29,45 @@ int TableBits(int n) {
 
 }  // namespace
 
-// One way of writing the rectangle of a frame: its colour table, its pixels
-// as indices into it, the transparent index or -1, and the compressed data.
+// One way of writing the rectangle of a frame: its pixels as slots of a
+// local table of colours (plus the transparent slot after them, if any) or
+// as indices of the global table, and the compressed data.
 struct GifWriter::Candidate {
-  std::vector<std::uint32_t> colours;
+  std::vector<std::uint32_t> colours;  // of the local table, without the transparent slot
   std::vector<unsigned char>* pixels = nullptr;
   std::vector<unsigned char>* codes = nullptr;
-  int transparent = -1;
-  int bits = 8;  // of the colour table
-  std::size_t Bytes() const { return 3u * (1u << bits) + GifDataSize(codes->size()); }
+  bool transparent = false;
+  bool global = false;
+  int bits = 1;          // of the local table
+  int codeSize = 2;      // of the compressed data
+  int value[257] = {};   // the pixel value of each slot, the transparent one last
+  int Transparent() const { return transparent ? value[colours.size()] : -1; }
+  std::size_t TableBytes() const { return global ? 0 : 3u << bits; }
+  std::size_t Bytes() const { return TableBytes() + GifDataSize(codes->size()); }
 };
+
+namespace {
+
+// Bits of the first n codes of a cycle of the compressor, roots of m bits.
+double CycleBits(int m, double n) {
+  double bits = 0, next = (1 << m) + 2;
+  for (int w = m + 1; n > 0; ++w) {
+    const double span = w < 12 ? std::min(n, (1 << w) - next) : n;
+    bits += span * w;
+    n -= span;
+    next += span;
+  }
+  return bits;
+}
+
+// Bits of a stream of n codes, roots of m bits, cleared whenever full.
+double StreamBits(int m, double n) {
+  const double cycle = 4095 - ((1 << m) + 2);
+  const double full = std::floor(n / cycle);
+  return full * CycleBits(m, cycle) + CycleBits(m, n - full * cycle);
+}
+
+}  // namespace
 
 GifWriter::~GifWriter() {
   if (file_) std::fclose(file_);
@@ -64,27 +92,81 @@ bool GifWriter::Open(const std::string& path, int width, int height, int loops,
   path_ = path;
   width_ = width;
   height_ = height;
+  loops_ = loops;
   first_ = true;
   size_ = 0;
-  const std::size_t area = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
-  shown_.assign(area, 0);
+  shown_.assign(static_cast<std::size_t>(width) * static_cast<std::size_t>(height), 0);
+  global_ = !wholeFrames_;
+  globalHeld_ = 0;
+  globalIndex_.clear();
+  return true;
+}
+
+bool GifWriter::WriteHead(std::string* error) {
   std::vector<unsigned char> head = {'G', 'I', 'F', '8', '9', 'a'};
-  Put16(&head, width);
-  Put16(&head, height);
-  // No global colour table, 8 bits of colour resolution, background 0,
-  // square pixels.
-  head.insert(head.end(), {0x70, 0, 0});
+  Put16(&head, width_);
+  Put16(&head, height_);
+  // 8 bits of colour resolution, a global table of 256 colours or none,
+  // background 0, square pixels.
+  head.insert(head.end(), {static_cast<unsigned char>(global_ ? 0xF7 : 0x70), 0, 0});
+  if (global_) head.resize(head.size() + 3 * 256, 0);  // filled in on Close
   // NETSCAPE2.0 application extension: sub-block 1 holds the loop count.
   head.insert(head.end(), {kExtension, kApplication, 11, 'N', 'E', 'T', 'S', 'C', 'A', 'P', 'E',
                            '2', '.', '0', 3, 1});
-  Put16(&head, loops);
+  Put16(&head, loops_);
   head.push_back(0);
   return Write(head, error);
 }
 
-void GifWriter::Encode(Candidate* c) {
+void GifWriter::AdmitColours(const std::vector<std::uint32_t>& colours) {
+  if (!global_) return;
+  int missing = 0;
+  for (std::uint32_t c : colours) missing += globalIndex_.count(c) == 0;
+  if (missing == 0 || missing > 256 - globalHeld_) return;
+  for (std::uint32_t c : colours) {
+    if (globalIndex_.emplace(c, globalHeld_).second) globalColour_[globalHeld_++] = c;
+  }
+}
+
+void GifWriter::PlanTable(Candidate* c, std::size_t count, double bytesPerPixel) {
+  const int slots = static_cast<int>(c->colours.size()) + c->transparent;
+  c->bits = TableBits(slots);
+  c->codeSize = std::max(2, c->bits);
+  c->global = false;
+  for (int s = 0; s < slots; ++s) c->value[s] = s;
+  if (!global_) return;
+  int index[257];
+  bool taken[256] = {};
+  int most = 0;
+  for (std::size_t s = 0; s < c->colours.size(); ++s) {
+    const auto at = globalIndex_.find(c->colours[s]);
+    if (at == globalIndex_.end()) return;
+    index[s] = at->second;
+    taken[at->second] = true;
+    most = std::max(most, at->second);
+  }
+  if (c->transparent) {
+    const int t = static_cast<int>(std::find(taken, taken + 256, false) - taken);
+    if (t == 256) return;
+    index[c->colours.size()] = t;
+    most = std::max(most, t);
+  }
+  // The global table saves the local one but may widen the codes: compare
+  // the local table with the bits the wider codes would add to the data
+  // expected.
+  const int codeSize = std::max(2, TableBits(most + 1));
+  const double codes = static_cast<double>(count) * bytesPerPixel * 8 / 11;
+  const double extra = (StreamBits(codeSize, codes) - StreamBits(c->codeSize, codes)) / 8;
+  if (extra >= static_cast<double>(c->TableBytes())) return;
+  std::copy(index, index + slots, c->value);
+  c->global = true;
+  c->codeSize = codeSize;
+}
+
+void GifWriter::Encode(Candidate* c, std::size_t limit) {
   c->codes->clear();
-  lzw_.Encode(c->pixels->data(), c->pixels->size(), std::max(2, c->bits), c->codes);
+  if (!lzw_.Encode(c->pixels->data(), c->pixels->size(), c->codeSize, c->codes, limit))
+    c->codes->clear();
 }
 
 bool GifWriter::AddFrame(const Picture& frame, int delay, std::string* error) {
@@ -97,11 +179,14 @@ bool GifWriter::AddFrame(const Picture& frame, int delay, std::string* error) {
     colour[i] = static_cast<std::uint32_t>(frame.palette[i][0]) << 16 |
                 static_cast<std::uint32_t>(frame.palette[i][1]) << 8 | frame.palette[i][2];
   }
+  if (first_ && !WriteHead(error)) return false;
   const std::size_t w = static_cast<std::size_t>(width_);
   const std::uint32_t* const shownColour = shownColour_;
+  const bool whole = first_ || wholeFrames_;
   // The rectangle where the colours differ from those shown.
-  int left = width_, right = -1, top = height_, bottom = -1;
-  if (!first_ && !wholeFrames_) {
+  int left = 0, right = width_ - 1, top = 0, bottom = height_ - 1;
+  if (!whole) {
+    left = width_, right = -1, top = height_, bottom = -1;
     for (int y = 0; y < height_; ++y) {
       const unsigned char* now = frame.Row(y);
       const unsigned char* was = shown_.data() + y * w;
@@ -116,28 +201,25 @@ bool GifWriter::AddFrame(const Picture& frame, int delay, std::string* error) {
       bottom = y;
     }
     if (right < 0) left = right = top = bottom = 0;  // nothing changed: one transparent pixel
-  } else {
-    left = top = 0;
-    right = width_ - 1;
-    bottom = height_ - 1;
   }
-  const bool whole = first_ || wholeFrames_;
   const int rw = right - left + 1, rh = bottom - top + 1;
   const std::size_t count = static_cast<std::size_t>(rw) * static_cast<std::size_t>(rh);
 
-  Candidate opaque, clear, mixed;
+  Candidate opaque, runs, clear;
   opaque.pixels = &pixels_[0];
   opaque.codes = &codes_[0];
-  clear.pixels = &pixels_[1];
-  clear.codes = &codes_[1];
-  mixed.pixels = &pixels_[2];
-  mixed.codes = &codes_[2];
+  runs.pixels = &pixels_[1];
+  runs.codes = &codes_[1];
+  clear.pixels = &pixels_[2];
+  clear.codes = &codes_[2];
+  opaque.pixels->resize(count);
   if (wholeFrames_) {
     opaque.colours.assign(colour, colour + 256);
     opaque.pixels->assign(frame.pixels.begin(), frame.pixels.end());
+    opaque.bits = opaque.codeSize = 8;
   } else {
     // The palette entries the rectangle uses, in all its pixels and in
-    // those whose colour changes; each distinct colour gets one slot.
+    // those whose colour changes.
     bool usedAll[256] = {}, usedChanged[256] = {};
     changed_.resize(count);
     unsigned char* mask = changed_.data();
@@ -148,87 +230,133 @@ bool GifWriter::AddFrame(const Picture& frame, int delay, std::string* error) {
         const unsigned char c = now[x];
         const bool differs = whole || colour[c] != shownColour[was[x]];
         usedAll[c] = true;
-        usedChanged[c] |= differs;
+        if (differs) usedChanged[c] = true;
         *mask++ = differs;
       }
     }
-    int slotAll[256], slotChanged[256];
-    auto assign = [&](const bool* used, int* slot, std::vector<std::uint32_t>* colours) {
-      colours->clear();
+    // Each distinct colour gets one slot; value[i] is then the pixel value
+    // of palette entry i.
+    int slot[256], value[256];
+    auto assign = [&](const bool* used, Candidate* c) {
+      c->colours.clear();
       for (int i = 0; i < 256; ++i) {
-        const auto at = std::find(colours->begin(), colours->end(), colour[i]);
-        slot[i] = static_cast<int>(at - colours->begin());
-        if (at == colours->end()) {
-          if (used[i]) colours->push_back(colour[i]);
-          else slot[i] = -1;
-        }
+        if (!used[i]) continue;
+        const auto at = std::find(c->colours.begin(), c->colours.end(), colour[i]);
+        slot[i] = static_cast<int>(at - c->colours.begin());
+        if (at == c->colours.end()) c->colours.push_back(colour[i]);
       }
     };
-    assign(usedAll, slotAll, &opaque.colours);
-    assign(usedChanged, slotChanged, &clear.colours);
-    opaque.pixels->resize(count);
+    assign(usedAll, &opaque);
+    AdmitColours(opaque.colours);
+    PlanTable(&opaque, count, bytesPerPixel_[0]);
+    for (int i = 0; i < 256; ++i) value[i] = usedAll[i] ? opaque.value[slot[i]] : 0;
+    const unsigned char* src = nullptr;
     unsigned char* out = opaque.pixels->data();
     for (int y = top; y <= bottom; ++y) {
-      const unsigned char* src = frame.Row(y) + left;
-      for (int x = 0; x < rw; ++x) *out++ = static_cast<unsigned char>(slotAll[src[x]]);
+      src = frame.Row(y) + left;
+      for (int x = 0; x < rw; ++x) *out++ = static_cast<unsigned char>(value[src[x]]);
     }
-    // With a transparent index for the pixels that keep their colour (when
-    // the changed ones leave a slot free).
-    if (!whole && clear.colours.size() < 256) {
-      clear.transparent = static_cast<int>(clear.colours.size());
-      clear.colours.push_back(0);
-      clear.pixels->resize(count);
-      mixed.transparent = clear.transparent;
-      mixed.colours = clear.colours;
-      mixed.pixels->resize(count);
-      out = clear.pixels->data();
-      unsigned char* out2 = mixed.pixels->data();
-      const auto t = static_cast<unsigned char>(clear.transparent);
+    // With a transparent index. Pixels whose colour stays keep it while
+    // their stretch (in the order the pixels are written) has one colour,
+    // which may join the pixels around it in one run; a stretch of several
+    // colours becomes transparent. Only when the rectangle uses every
+    // colour there is, the transparent index goes to every pixel whose
+    // colour stays instead, if the others leave it room.
+    // Two ways with a transparent index (when the colours leave room for
+    // it). runs: pixels whose colour stays keep it while their stretch (in
+    // the order the pixels are written) has one colour, which may then join
+    // the pixels around it in one run; a stretch of several colours becomes
+    // transparent. clear: every pixel whose colour stays is transparent, and
+    // the table holds only the colours of the others.
+    if (!whole && opaque.colours.size() < 256) {
+      runs.colours = opaque.colours;
+      runs.transparent = true;
+      PlanTable(&runs, count, bytesPerPixel_[1]);
+      const auto t = static_cast<unsigned char>(runs.Transparent());
+      int own[256];  // opaque value -> value here
+      for (std::size_t s = 0; s < opaque.colours.size(); ++s) own[opaque.value[s]] = runs.value[s];
+      runs.pixels->resize(count);
+      unsigned char* data = runs.pixels->data();
+      const unsigned char* was = opaque.pixels->data();
       mask = changed_.data();
-      for (int y = top; y <= bottom; ++y) {
-        const unsigned char* src = frame.Row(y) + left;
-        int last = t;
-        for (int x = 0; x < rw; ++x) {
-          const int s = slotChanged[src[x]];
-          *out++ = *mask ? static_cast<unsigned char>(s) : t;
-          if (*mask || s != last || !getenv("QVMIX")) last = *mask ? s : t;
-          *out2++ = static_cast<unsigned char>(last);
-          ++mask;
+      std::size_t begin = 0;
+      int same = 0;
+      for (std::size_t k = 0; k < count; ++k) {
+        if (mask[k]) {
+          same = 0;
+        } else if (same == 0) {
+          begin = k;
+          same = 1;
+        } else if (same == 1 && was[k] != was[k - 1]) {
+          std::fill(data + begin, data + k, t);
+          same = 2;
+        }
+        data[k] = same > 1 ? t : static_cast<unsigned char>(own[was[k]]);
+      }
+    }
+    if (!whole) {
+      assign(usedChanged, &clear);
+      if (clear.colours.size() < 256) {
+        clear.transparent = true;
+        PlanTable(&clear, count, bytesPerPixel_[2]);
+        for (int i = 0; i < 256; ++i) value[i] = usedChanged[i] ? clear.value[slot[i]] : 0;
+        const auto t = static_cast<unsigned char>(clear.Transparent());
+        clear.pixels->resize(count);
+        out = clear.pixels->data();
+        mask = changed_.data();
+        for (int y = top; y <= bottom; ++y) {
+          src = frame.Row(y) + left;
+          for (int x = 0; x < rw; ++x) {
+            *out++ = *mask++ ? static_cast<unsigned char>(value[src[x]]) : t;
+          }
         }
       }
     }
   }
-  opaque.bits = TableBits(static_cast<int>(opaque.colours.size()));
-  Encode(&opaque);
-  const Candidate* best = &opaque;
-  if (clear.transparent >= 0) {
-    clear.bits = TableBits(static_cast<int>(clear.colours.size()));
-    Encode(&clear);
-    if (clear.Bytes() < best->Bytes()) best = &clear;
-    mixed.bits = clear.bits;
-    Encode(&mixed);
-    if (getenv("QVMIX") && mixed.Bytes() < best->Bytes()) best = &mixed;
+  // The transparent encodings first, then each other one only as far as it
+  // can still be the smallest.
+  const Candidate* best = nullptr;
+  Candidate* const order[3] = {&runs, &clear, &opaque};
+  const int kinds[3] = {1, 2, 0};  // of bytesPerPixel_
+  for (int k = 0; k < 3; ++k) {
+    Candidate* c = order[k];
+    if (c != &opaque && !c->transparent) continue;
+    std::size_t limit = SIZE_MAX;
+    if (best) {
+      const std::size_t most = best->Bytes();
+      if (most <= c->TableBytes() + 3) continue;
+      limit = most - c->TableBytes() - 3;
+    }
+    Encode(c, limit);
+    if (c->codes->empty()) continue;
+    bytesPerPixel_[kinds[k]] = static_cast<double>(c->codes->size()) / static_cast<double>(count);
+    if (!best || c->Bytes() < best->Bytes()) best = c;
   }
 
   std::vector<unsigned char>& b = bytes_;
   b.clear();
+  const int transparent = best->Transparent();
   b.insert(b.end(), {kExtension, kGraphicControl, 4,
-                     static_cast<unsigned char>(kDisposeNone << 2 | (best->transparent >= 0))});
+                     static_cast<unsigned char>(kDisposeNone << 2 | (transparent >= 0))});
   Put16(&b, std::clamp(delay, 0, 65535));
-  b.push_back(static_cast<unsigned char>(best->transparent >= 0 ? best->transparent : 0xFF));
+  b.push_back(static_cast<unsigned char>(transparent >= 0 ? transparent : 0xFF));
   b.push_back(0);
   b.push_back(kImage);
   Put16(&b, left);
   Put16(&b, top);
   Put16(&b, rw);
   Put16(&b, rh);
-  b.push_back(static_cast<unsigned char>(0x80 | (best->bits - 1)));
-  for (std::size_t i = 0; i < (1u << best->bits); ++i) {
-    const std::uint32_t c = i < best->colours.size() ? best->colours[i] : 0;
-    b.insert(b.end(), {static_cast<unsigned char>(c >> 16), static_cast<unsigned char>(c >> 8),
-                       static_cast<unsigned char>(c)});
+  if (best->global) {
+    b.push_back(0);
+  } else {
+    b.push_back(static_cast<unsigned char>(0x80 | (best->bits - 1)));
+    for (std::size_t i = 0; i < (1u << best->bits); ++i) {
+      const std::uint32_t c = i < best->colours.size() ? best->colours[i] : 0;
+      b.insert(b.end(), {static_cast<unsigned char>(c >> 16), static_cast<unsigned char>(c >> 8),
+                         static_cast<unsigned char>(c)});
+    }
   }
-  b.push_back(static_cast<unsigned char>(std::max(2, best->bits)));
+  b.push_back(static_cast<unsigned char>(best->codeSize));
   const std::vector<unsigned char>& codes = *best->codes;
   for (std::size_t at = 0; at < codes.size(); at += 255) {
     const std::size_t n = std::min<std::size_t>(255, codes.size() - at);
@@ -245,8 +373,20 @@ bool GifWriter::AddFrame(const Picture& frame, int delay, std::string* error) {
 
 bool GifWriter::Close(std::string* error) {
   if (!file_) return true;
-  std::vector<unsigned char> trailer = {kTrailer};
-  bool ok = Write(trailer, error);
+  bool ok = !first_ || WriteHead(error);
+  std::vector<unsigned char> bytes = {kTrailer};
+  ok = ok && Write(bytes, error);
+  if (ok && global_) {
+    // The global table, now complete, over its place in the head.
+    bytes.clear();
+    for (const std::uint32_t c : globalColour_) {
+      bytes.insert(bytes.end(), {static_cast<unsigned char>(c >> 16),
+                                 static_cast<unsigned char>(c >> 8), static_cast<unsigned char>(c)});
+    }
+    ok = std::fseek(file_, 13, SEEK_SET) == 0 &&
+         std::fwrite(bytes.data(), 1, bytes.size(), file_) == bytes.size();
+    if (!ok) *error = "cannot write '" + path_ + "': " + std::strerror(errno);
+  }
   if (std::fclose(file_) != 0 && ok) {
     *error = "cannot write '" + path_ + "': " + std::strerror(errno);
     ok = false;

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "render/GifLzw.h"
@@ -13,19 +14,23 @@ namespace qvrender {
 using qvscene::Picture;
 using qvscene::RgbPicture;
 
-// Writes an animated GIF89a that every viewer shows the same: no global
-// colour table, a NETSCAPE2.0 loop extension, delays in centiseconds given
-// by the caller and disposal "do not dispose" on every frame.
+// Writes an animated GIF89a that every viewer shows the same: a NETSCAPE2.0
+// loop extension, delays in centiseconds given by the caller and disposal
+// "do not dispose" on every frame, so that each frame draws over the one
+// before.
 //
-// The first frame is whole. Every later frame holds only the smallest
-// rectangle outside which the colours shown (red, green, blue, not the
-// indices, since each moment has its own colour table) stay those of the
-// frame before; inside it, the pixels whose colour stays may be written as
-// a transparent index, whichever of the two encodings compresses smaller.
-// A frame whose colours do not change at all is a single transparent pixel.
-// Each frame carries a local colour table of just the colours it uses (its
-// size the next power of two), and its pixels are indices into it. Every
-// frame a decoder composes is thus, colour for colour, the picture given.
+// The first frame is whole; the global colour table holds the colours of
+// the first frames that use it (up to 256, filled in on Close). Every
+// later frame holds only the smallest rectangle outside which the colours
+// shown (red, green, blue, not the indices, since each moment has its own
+// colour table) stay those of the frame before; inside it, the pixels whose
+// colour stays may be written as a transparent index, whichever of the two
+// encodings compresses smaller. A frame whose colours do not change at all
+// is a single transparent pixel. A frame whose colours are all in the
+// global table uses it when that is expected to be smaller than a local
+// table of just the colours it uses (its size the next power of two), and
+// carries such a local table otherwise. Every frame a decoder composes is
+// thus, colour for colour, the picture given.
 class GifWriter {
  public:
   GifWriter() = default;
@@ -33,8 +38,9 @@ class GifWriter {
   GifWriter(const GifWriter&) = delete;
   GifWriter& operator=(const GifWriter&) = delete;
 
-  // Every frame whole with its own full 256-entry table and its indices as
-  // given, as earlier versions wrote them (for comparisons). Before Open.
+  // Every frame whole with its own full 256-entry local table and its
+  // indices as given, no global table, as earlier versions wrote them (for
+  // comparisons). Before Open.
   void SetWholeFrames(bool whole) { wholeFrames_ = whole; }
 
   // loops: 0 repeats for ever.
@@ -49,12 +55,21 @@ class GifWriter {
  private:
   struct Candidate;
   bool Write(const std::vector<unsigned char>& bytes, std::string* error);
-  void Encode(Candidate* c);
+  bool WriteHead(std::string* error);
+  // Gives the colours missing from the global table entries of their own
+  // when all of them fit.
+  void AdmitColours(const std::vector<std::uint32_t>& colours);
+  // The table of c, whose colours are set: the global table when it holds
+  // them and is expected to be smaller than a local one; sets c's pixel
+  // value for each slot.
+  void PlanTable(Candidate* c, std::size_t count, double bytesPerPixel);
+  void Encode(Candidate* c, std::size_t limit);
 
   std::FILE* file_ = nullptr;
   std::string path_;
   int width_ = 0;
   int height_ = 0;
+  int loops_ = 0;
   bool wholeFrames_ = false;
   bool first_ = true;
   std::uint64_t size_ = 0;
@@ -62,6 +77,17 @@ class GifWriter {
   // colours (0xRRGGBB).
   std::vector<unsigned char> shown_;
   std::uint32_t shownColour_[256] = {};
+  // The global table, written at the start and completed on Close: its
+  // colours, which entries hold a colour (given to the first frame that
+  // needs it; the others are still free), and the entry of each colour.
+  bool global_ = false;
+  std::uint32_t globalColour_[256] = {};
+  int globalHeld_ = 0;
+  std::unordered_map<std::uint32_t, int> globalIndex_;
+  // Data bytes per pixel of the last frame in each way (opaque, runs,
+  // clear: see AddFrame),
+  // which estimate what a frame will take before it is compressed.
+  double bytesPerPixel_[3] = {0.25, 0.25, 0.25};
   GifLzw lzw_;
   std::vector<unsigned char> bytes_;
   std::vector<unsigned char> changed_;
