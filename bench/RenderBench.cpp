@@ -279,13 +279,15 @@ void RenderGif(benchmark::State& state, const std::string& sceneName, Writer wri
       state.SkipWithError("cannot open the GIF");
       return;
     }
-    auto draw = [&](int k, Picture* picture, std::string*) {
-      return scene->Render(times[static_cast<std::size_t>(k)], picture);
-    };
-    auto encode = [&](int k, const Picture& picture, std::string* message) {
+    auto draw = [&](int k, qvrender::PipelineItem* item, std::string* message) {
       const int delay = static_cast<int>(qvscene::DelayCentiseconds(k, scene->Step()));
-      return writer == kGiflibWhole ? plain.AddFrame(picture, delay)
-                                    : gif.AddFrame(picture, delay, message);
+      return scene->Render(times[static_cast<std::size_t>(k)], &item->picture) &&
+             (writer == kGiflibWhole || gif.Prepare(item->picture, delay, &item->frame, message));
+    };
+    auto encode = [&](int k, qvrender::PipelineItem& item, std::string* message) {
+      const int delay = static_cast<int>(qvscene::DelayCentiseconds(k, scene->Step()));
+      return writer == kGiflibWhole ? plain.AddFrame(item.picture, delay)
+                                    : gif.Finish(&item.frame, message);
     };
     qvrender::PipelineTimes t;
     if (!qvrender::RunPipeline(static_cast<int>(times.size()), draw, encode, queue, &error, &t) ||

@@ -48,7 +48,7 @@ void GifLzw::Reset(std::uint32_t roots) {
 }
 
 bool GifLzw::Encode(const unsigned char* pixels, std::size_t count, int minCodeSize,
-                    std::vector<unsigned char>* out, std::size_t limit) {
+                    std::vector<unsigned char>* out, std::size_t limit, bool paced) {
   const std::size_t base = out->size();
   const std::uint32_t clear = 1u << minCodeSize;
   const std::uint32_t end = clear + 1;
@@ -106,7 +106,10 @@ bool GifLzw::Encode(const unsigned char* pixels, std::size_t count, int minCodeS
     ++i;
     if (found) continue;
     emit(prefix);
-    if (out->size() - base > limit) return false;
+    const std::size_t bytes = out->size() - base;
+    if (bytes > limit) return false;
+    // Paced: a quarter over the limit's pace once a sixteenth is done.
+    if (paced && i > count / 16 && 4 * bytes * count > 5 * limit * i) return false;
     if (next > kLastCode) {
       emit(clear);
       width = minCodeSize + 1;

@@ -19,9 +19,13 @@ class GifLzw {
   // code, clears again when the dictionary is full (4095 codes, as most
   // encoders do) and ends with the end-of-information code. count 0 writes
   // only the clear and end codes. Returns false, leaving out with a
-  // partial stream, as soon as the stream grows past limit bytes.
+  // partial stream, as soon as the stream grows past limit bytes, or, when
+  // paced, once a sixteenth of the pixels is done, as soon as the stream is a
+  // quarter longer than its share of the limit (the share of the pixels
+  // done): a stream that far behind is most unlikely to end below it.
   bool Encode(const unsigned char* pixels, std::size_t count, int minCodeSize,
-              std::vector<unsigned char>* out, std::size_t limit = SIZE_MAX);
+              std::vector<unsigned char>* out, std::size_t limit = SIZE_MAX,
+              bool paced = false);
 
  private:
   // Empties the dictionary down to its roots 0 to roots - 1.

@@ -32,21 +32,11 @@ int TableBits(int n) {
 // One way of writing the rectangle of a frame: its pixels as slots of a
 // local table of colours (plus the transparent slot after them, if any) or
 // as indices of the global table, and the compressed data.
-struct GifWriter::Candidate {
-  std::vector<std::uint32_t> colours;  // of the local table, without the transparent slot
-  std::vector<unsigned char>* pixels = nullptr;
-  std::vector<unsigned char>* codes = nullptr;
-  bool transparent = false;
-  bool global = false;
-  int bits = 1;          // of the local table
-  int codeSize = 2;      // of the compressed data
-  int value[257] = {};   // the pixel value of each slot, the transparent one last
-  int Transparent() const { return transparent ? value[colours.size()] : -1; }
-  std::size_t TableBytes() const { return global ? 0 : 3u << bits; }
-  std::size_t Bytes() const { return TableBytes() + GifDataSize(codes->size()); }
-};
-
 namespace {
+
+// Data bytes per pixel of a frame, for the choice between the global and
+// a local table before a frame is compressed.
+constexpr double kBytesPerPixel = 0.15;
 
 // Bits of the first n codes of a cycle of the compressor, roots of m bits.
 double CycleBits(int m, double n) {
@@ -65,6 +55,44 @@ double StreamBits(int m, double n) {
   const double cycle = 4095 - ((1 << m) + 2);
   const double full = std::floor(n / cycle);
   return full * CycleBits(m, cycle) + CycleBits(m, n - full * cycle);
+}
+
+// Fills the pixels of the opaque way (every pixel its colour) and of runs:
+// pixels whose colour stays keep it while their stretch (in the order the
+// pixels are written) has one colour, which may then join the pixels around
+// it in one run; a stretch of several colours becomes transparent.
+void FillOpaqueAndRuns(GifWriter::Frame* frame) {
+  GifWriter::Candidate& opaque = frame->opaque;
+  GifWriter::Candidate& runs = frame->runs;
+  const std::size_t count =
+      static_cast<std::size_t>(frame->width) * static_cast<std::size_t>(frame->height);
+  opaque.pixels.resize(count);
+  unsigned char* out = opaque.pixels.data();
+  for (int y = frame->top; y < frame->top + frame->height; ++y) {
+    const unsigned char* src = frame->picture->Row(y) + frame->left;
+    for (int x = 0; x < frame->width; ++x) *out++ = opaque.byIndex[src[x]];
+  }
+  const unsigned char* const own = opaque.pixels.data();
+  const unsigned char* const mask = frame->mask.data();
+  if (runs.used) {
+    unsigned char value[256];  // of each opaque value
+    for (std::size_t s = 0; s < opaque.colours.size(); ++s) value[opaque.value[s]] = runs.value[s];
+    const auto t = static_cast<unsigned char>(runs.Transparent());
+    runs.pixels.resize(count);
+    unsigned char* data = runs.pixels.data();
+    for (std::size_t k = 0; k < count;) {
+      if (mask[k]) {
+        data[k] = value[own[k]];
+        ++k;
+        continue;
+      }
+      std::size_t end = k + 1;
+      bool one = true;
+      for (; end < count && !mask[end]; ++end) one = one && own[end] == own[k];
+      std::memset(data + k, one ? value[own[k]] : t, end - k);
+      k = end;
+    }
+  }
 }
 
 }  // namespace
@@ -128,7 +156,7 @@ void GifWriter::AdmitColours(const std::vector<std::uint32_t>& colours) {
   }
 }
 
-void GifWriter::PlanTable(Candidate* c, std::size_t count, double bytesPerPixel) {
+void GifWriter::PlanTable(Candidate* c, std::size_t count) {
   const int slots = static_cast<int>(c->colours.size()) + c->transparent;
   c->bits = TableBits(slots);
   c->codeSize = std::max(2, c->bits);
@@ -155,7 +183,7 @@ void GifWriter::PlanTable(Candidate* c, std::size_t count, double bytesPerPixel)
   // the local table with the bits the wider codes would add to the data
   // expected.
   const int codeSize = std::max(2, TableBits(most + 1));
-  const double codes = static_cast<double>(count) * bytesPerPixel * 8 / 11;
+  const double codes = static_cast<double>(count) * kBytesPerPixel * 8 / 11;
   const double extra = (StreamBits(codeSize, codes) - StreamBits(c->codeSize, codes)) / 8;
   if (extra >= static_cast<double>(c->TableBytes())) return;
   std::copy(index, index + slots, c->value);
@@ -164,12 +192,14 @@ void GifWriter::PlanTable(Candidate* c, std::size_t count, double bytesPerPixel)
 }
 
 void GifWriter::Encode(Candidate* c, std::size_t limit) {
-  c->codes->clear();
-  if (!lzw_.Encode(c->pixels->data(), c->pixels->size(), c->codeSize, c->codes, limit))
-    c->codes->clear();
+  c->codes.clear();
+  if (!c->used ||
+      !lzw_.Encode(c->pixels.data(), c->pixels.size(), c->codeSize, &c->codes, limit,
+                   limit != SIZE_MAX))
+    c->codes.clear();
 }
 
-bool GifWriter::AddFrame(const Picture& frame, int delay, std::string* error) {
+bool GifWriter::Prepare(const Picture& frame, int delay, Frame* out, std::string* error) {
   if (!file_ || frame.width != width_ || frame.height != height_) {
     *error = "internal error: frame does not fit the GIF";
     return false;
@@ -179,7 +209,6 @@ bool GifWriter::AddFrame(const Picture& frame, int delay, std::string* error) {
     colour[i] = static_cast<std::uint32_t>(frame.palette[i][0]) << 16 |
                 static_cast<std::uint32_t>(frame.palette[i][1]) << 8 | frame.palette[i][2];
   }
-  if (first_ && !WriteHead(error)) return false;
   const std::size_t w = static_cast<std::size_t>(width_);
   const std::uint32_t* const shownColour = shownColour_;
   const bool whole = first_ || wholeFrames_;
@@ -205,24 +234,28 @@ bool GifWriter::AddFrame(const Picture& frame, int delay, std::string* error) {
   const int rw = right - left + 1, rh = bottom - top + 1;
   const std::size_t count = static_cast<std::size_t>(rw) * static_cast<std::size_t>(rh);
 
-  Candidate opaque, runs, clear;
-  opaque.pixels = &pixels_[0];
-  opaque.codes = &codes_[0];
-  runs.pixels = &pixels_[1];
-  runs.codes = &codes_[1];
-  clear.pixels = &pixels_[2];
-  clear.codes = &codes_[2];
-  opaque.pixels->resize(count);
+  out->first = first_;
+  out->delay = delay;
+  out->left = left;
+  out->top = top;
+  out->width = rw;
+  out->height = rh;
+  Candidate& opaque = out->opaque;
+  Candidate& runs = out->runs;
+  Candidate& clear = out->clear;
+  opaque.used = true;
+  runs.used = clear.used = false;
+  out->picture = &frame;
+  out->mask.resize(count);
   if (wholeFrames_) {
     opaque.colours.assign(colour, colour + 256);
-    opaque.pixels->assign(frame.pixels.begin(), frame.pixels.end());
+    for (int i = 0; i < 256; ++i) opaque.byIndex[i] = static_cast<unsigned char>(i);
     opaque.bits = opaque.codeSize = 8;
   } else {
-    // The palette entries the rectangle uses, in all its pixels and in
-    // those whose colour changes.
-    bool usedAll[256] = {}, usedChanged[256] = {};
-    changed_.resize(count);
-    unsigned char* mask = changed_.data();
+    // Which pixels change colour, and the palette entries the rectangle
+    // uses, in all its pixels and in those that change.
+    bool usedAll[256] = {}, usedChanged[257] = {};
+    unsigned char* mask = out->mask.data();
     for (int y = top; y <= bottom; ++y) {
       const unsigned char* now = frame.Row(y) + left;
       const unsigned char* was = shown_.data() + y * w + left;
@@ -230,13 +263,13 @@ bool GifWriter::AddFrame(const Picture& frame, int delay, std::string* error) {
         const unsigned char c = now[x];
         const bool differs = whole || colour[c] != shownColour[was[x]];
         usedAll[c] = true;
-        if (differs) usedChanged[c] = true;
+        usedChanged[differs ? c : 256] = true;
         *mask++ = differs;
       }
     }
-    // Each distinct colour gets one slot; value[i] is then the pixel value
-    // of palette entry i.
-    int slot[256], value[256];
+    // Each distinct colour gets one slot, and each palette entry the pixel
+    // value of its slot.
+    int slot[256];
     auto assign = [&](const bool* used, Candidate* c) {
       c->colours.clear();
       for (int i = 0; i < 256; ++i) {
@@ -246,81 +279,66 @@ bool GifWriter::AddFrame(const Picture& frame, int delay, std::string* error) {
         if (at == c->colours.end()) c->colours.push_back(colour[i]);
       }
     };
+    auto values = [&](const bool* used, Candidate* c) {
+      for (int i = 0; i < 256; ++i) {
+        c->byIndex[i] = static_cast<unsigned char>(used[i] ? c->value[slot[i]] : 0);
+      }
+    };
     assign(usedAll, &opaque);
     AdmitColours(opaque.colours);
-    PlanTable(&opaque, count, bytesPerPixel_[0]);
-    for (int i = 0; i < 256; ++i) value[i] = usedAll[i] ? opaque.value[slot[i]] : 0;
-    const unsigned char* src = nullptr;
-    unsigned char* out = opaque.pixels->data();
-    for (int y = top; y <= bottom; ++y) {
-      src = frame.Row(y) + left;
-      for (int x = 0; x < rw; ++x) *out++ = static_cast<unsigned char>(value[src[x]]);
-    }
-    // With a transparent index. Pixels whose colour stays keep it while
-    // their stretch (in the order the pixels are written) has one colour,
-    // which may join the pixels around it in one run; a stretch of several
-    // colours becomes transparent. Only when the rectangle uses every
-    // colour there is, the transparent index goes to every pixel whose
-    // colour stays instead, if the others leave it room.
-    // Two ways with a transparent index (when the colours leave room for
-    // it). runs: pixels whose colour stays keep it while their stretch (in
-    // the order the pixels are written) has one colour, which may then join
-    // the pixels around it in one run; a stretch of several colours becomes
-    // transparent. clear: every pixel whose colour stays is transparent, and
-    // the table holds only the colours of the others.
+    PlanTable(&opaque, count);
+    values(usedAll, &opaque);
+    // Two ways with a transparent index, when the colours leave room for
+    // it (see Finish).
     if (!whole && opaque.colours.size() < 256) {
       runs.colours = opaque.colours;
-      runs.transparent = true;
-      PlanTable(&runs, count, bytesPerPixel_[1]);
-      const auto t = static_cast<unsigned char>(runs.Transparent());
-      int own[256];  // opaque value -> value here
-      for (std::size_t s = 0; s < opaque.colours.size(); ++s) own[opaque.value[s]] = runs.value[s];
-      runs.pixels->resize(count);
-      unsigned char* data = runs.pixels->data();
-      const unsigned char* was = opaque.pixels->data();
-      mask = changed_.data();
-      std::size_t begin = 0;
-      int same = 0;
-      for (std::size_t k = 0; k < count; ++k) {
-        if (mask[k]) {
-          same = 0;
-        } else if (same == 0) {
-          begin = k;
-          same = 1;
-        } else if (same == 1 && was[k] != was[k - 1]) {
-          std::fill(data + begin, data + k, t);
-          same = 2;
-        }
-        data[k] = same > 1 ? t : static_cast<unsigned char>(own[was[k]]);
-      }
+      runs.transparent = runs.used = true;
+      PlanTable(&runs, count);
+      values(usedAll, &runs);
     }
     if (!whole) {
       assign(usedChanged, &clear);
       if (clear.colours.size() < 256) {
-        clear.transparent = true;
-        PlanTable(&clear, count, bytesPerPixel_[2]);
-        for (int i = 0; i < 256; ++i) value[i] = usedChanged[i] ? clear.value[slot[i]] : 0;
-        const auto t = static_cast<unsigned char>(clear.Transparent());
-        clear.pixels->resize(count);
-        out = clear.pixels->data();
-        mask = changed_.data();
-        for (int y = top; y <= bottom; ++y) {
-          src = frame.Row(y) + left;
-          for (int x = 0; x < rw; ++x) {
-            *out++ = *mask++ ? static_cast<unsigned char>(value[src[x]]) : t;
-          }
-        }
+        clear.transparent = clear.used = true;
+        PlanTable(&clear, count);
+        values(usedChanged, &clear);
       }
+    }
+  }
+  FillOpaqueAndRuns(out);
+  shown_.assign(frame.pixels.begin(), frame.pixels.end());
+  std::copy(colour, colour + 256, shownColour_);
+  first_ = false;
+  return true;
+}
+
+bool GifWriter::Finish(Frame* frame, std::string* error) {
+  if (frame->first && !WriteHead(error)) return false;
+  Candidate& opaque = frame->opaque;
+  Candidate& runs = frame->runs;
+  Candidate& clear = frame->clear;
+  const std::size_t count =
+      static_cast<std::size_t>(frame->width) * static_cast<std::size_t>(frame->height);
+  const unsigned char* const mask = frame->mask.data();
+  // clear: every pixel whose colour stays is transparent, and the table
+  // holds only the colours of the others.
+  if (clear.used) {
+    const auto t = static_cast<unsigned char>(clear.Transparent());
+    clear.pixels.resize(count);
+    unsigned char* out = clear.pixels.data();
+    const unsigned char* m = mask;
+    for (int y = frame->top; y < frame->top + frame->height; ++y) {
+      const unsigned char* src = frame->picture->Row(y) + frame->left;
+      for (int x = 0; x < frame->width; ++x) *out++ = *m++ ? clear.byIndex[src[x]] : t;
     }
   }
   // The transparent encodings first, then each other one only as far as it
   // can still be the smallest.
   const Candidate* best = nullptr;
   Candidate* const order[3] = {&runs, &clear, &opaque};
-  const int kinds[3] = {1, 2, 0};  // of bytesPerPixel_
   for (int k = 0; k < 3; ++k) {
     Candidate* c = order[k];
-    if (c != &opaque && !c->transparent) continue;
+    if (!c->used) continue;
     std::size_t limit = SIZE_MAX;
     if (best) {
       const std::size_t most = best->Bytes();
@@ -328,8 +346,7 @@ bool GifWriter::AddFrame(const Picture& frame, int delay, std::string* error) {
       limit = most - c->TableBytes() - 3;
     }
     Encode(c, limit);
-    if (c->codes->empty()) continue;
-    bytesPerPixel_[kinds[k]] = static_cast<double>(c->codes->size()) / static_cast<double>(count);
+    if (c->codes.empty()) continue;
     if (!best || c->Bytes() < best->Bytes()) best = c;
   }
 
@@ -338,14 +355,14 @@ bool GifWriter::AddFrame(const Picture& frame, int delay, std::string* error) {
   const int transparent = best->Transparent();
   b.insert(b.end(), {kExtension, kGraphicControl, 4,
                      static_cast<unsigned char>(kDisposeNone << 2 | (transparent >= 0))});
-  Put16(&b, std::clamp(delay, 0, 65535));
+  Put16(&b, std::clamp(frame->delay, 0, 65535));
   b.push_back(static_cast<unsigned char>(transparent >= 0 ? transparent : 0xFF));
   b.push_back(0);
   b.push_back(kImage);
-  Put16(&b, left);
-  Put16(&b, top);
-  Put16(&b, rw);
-  Put16(&b, rh);
+  Put16(&b, frame->left);
+  Put16(&b, frame->top);
+  Put16(&b, frame->width);
+  Put16(&b, frame->height);
   if (best->global) {
     b.push_back(0);
   } else {
@@ -357,7 +374,7 @@ bool GifWriter::AddFrame(const Picture& frame, int delay, std::string* error) {
     }
   }
   b.push_back(static_cast<unsigned char>(best->codeSize));
-  const std::vector<unsigned char>& codes = *best->codes;
+  const std::vector<unsigned char>& codes = best->codes;
   for (std::size_t at = 0; at < codes.size(); at += 255) {
     const std::size_t n = std::min<std::size_t>(255, codes.size() - at);
     b.push_back(static_cast<unsigned char>(n));
@@ -365,10 +382,11 @@ bool GifWriter::AddFrame(const Picture& frame, int delay, std::string* error) {
              codes.begin() + static_cast<std::ptrdiff_t>(at + n));
   }
   b.push_back(0);
-  shown_.assign(frame.pixels.begin(), frame.pixels.end());
-  std::copy(colour, colour + 256, shownColour_);
-  first_ = false;
   return Write(b, error);
+}
+
+bool GifWriter::AddFrame(const Picture& frame, int delay, std::string* error) {
+  return Prepare(frame, delay, &frame_, error) && Finish(&frame_, error);
 }
 
 bool GifWriter::Close(std::string* error) {

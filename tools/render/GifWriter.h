@@ -45,15 +45,51 @@ class GifWriter {
 
   // loops: 0 repeats for ever.
   bool Open(const std::string& path, int width, int height, int loops, std::string* error);
+  // One way of writing the rectangle of a frame: its pixels as slots of a
+  // local table of colours (plus the transparent slot after them, if any)
+  // or as indices of the global table, and the compressed data.
+  struct Candidate {
+    bool used = false;
+    std::vector<std::uint32_t> colours;  // of the local table, without the transparent slot
+    std::vector<unsigned char> pixels;
+    std::vector<unsigned char> codes;
+    bool transparent = false;
+    bool global = false;
+    int bits = 1;         // of the local table
+    int codeSize = 2;     // of the compressed data
+    int value[257] = {};  // the pixel value of each slot, the transparent one last
+    unsigned char byIndex[256] = {};  // the pixel value of each palette entry
+    int Transparent() const { return transparent ? value[colours.size()] : -1; }
+    std::size_t TableBytes() const { return global ? 0 : 3u << bits; }
+    std::size_t Bytes() const { return TableBytes() + GifDataSize(codes.size()); }
+  };
+  // A frame prepared for compressing: the picture (which must stay until
+  // Finish), its rectangle, which of its pixels change colour (one byte
+  // each, in rows) and the ways of writing it. Reusable.
+  struct Frame {
+    const Picture* picture = nullptr;
+    bool first = false;
+    int delay = 0;
+    int left = 0, top = 0, width = 0, height = 0;
+    std::vector<unsigned char> mask;
+    Candidate opaque, runs, clear;
+  };
+
   // frame must have the size given to Open; delay in 1/100 s (0 to 65535).
   bool AddFrame(const Picture& frame, int delay, std::string* error);
+  // AddFrame in two halves, so that frames can be prepared on one thread
+  // while the ones before are compressed on another: Prepare, in the order
+  // of the frames, compares frame with the one before and fills out; Finish,
+  // in the same order (and not at the same time as another Finish),
+  // compresses it and writes it. Only Finish uses the file.
+  bool Prepare(const Picture& frame, int delay, Frame* out, std::string* error);
+  bool Finish(Frame* frame, std::string* error);
   bool Close(std::string* error);
 
   // Bytes written so far.
   std::uint64_t Size() const { return size_; }
 
  private:
-  struct Candidate;
   bool Write(const std::vector<unsigned char>& bytes, std::string* error);
   bool WriteHead(std::string* error);
   // Gives the colours missing from the global table entries of their own
@@ -62,7 +98,7 @@ class GifWriter {
   // The table of c, whose colours are set: the global table when it holds
   // them and is expected to be smaller than a local one; sets c's pixel
   // value for each slot.
-  void PlanTable(Candidate* c, std::size_t count, double bytesPerPixel);
+  void PlanTable(Candidate* c, std::size_t count);
   void Encode(Candidate* c, std::size_t limit);
 
   std::FILE* file_ = nullptr;
@@ -84,15 +120,9 @@ class GifWriter {
   std::uint32_t globalColour_[256] = {};
   int globalHeld_ = 0;
   std::unordered_map<std::uint32_t, int> globalIndex_;
-  // Data bytes per pixel of the last frame in each way (opaque, runs,
-  // clear: see AddFrame),
-  // which estimate what a frame will take before it is compressed.
-  double bytesPerPixel_[3] = {0.25, 0.25, 0.25};
   GifLzw lzw_;
   std::vector<unsigned char> bytes_;
-  std::vector<unsigned char> changed_;
-  std::vector<unsigned char> pixels_[3];
-  std::vector<unsigned char> codes_[3];
+  Frame frame_;  // of AddFrame
 };
 
 }  // namespace qvrender

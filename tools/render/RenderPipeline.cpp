@@ -16,7 +16,6 @@ namespace qvrender {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using qvscene::Picture;
 
 double Since(Clock::time_point start) {
   return std::chrono::duration<double>(Clock::now() - start).count();
@@ -33,9 +32,9 @@ double ThreadSeconds() {
 struct Shared {
   std::mutex mutex;
   std::condition_variable changed;
-  std::deque<std::pair<int, std::unique_ptr<Picture>>> ready;  // drawn, in order
-  std::vector<std::unique_ptr<Picture>> spare;                 // encoded, to reuse
-  bool drawingDone = false;  // every picture is in ready: encode them, then end
+  std::deque<std::pair<int, std::unique_ptr<PipelineItem>>> ready;  // drawn, in order
+  std::vector<std::unique_ptr<PipelineItem>> spare;                 // encoded, to reuse
+  bool drawingDone = false;  // every item is in ready: encode them, then end
   bool stop = false;         // drawing failed: end now
   bool failed = false;       // encoding failed: error or exception tell why
   std::string error;
@@ -48,7 +47,7 @@ void Encoder(Shared& s, const EncodeStep& encode) {
   for (;;) {
     s.changed.wait(lock, [&] { return s.stop || !s.ready.empty() || s.drawingDone; });
     if (s.stop || s.ready.empty()) return;
-    std::pair<int, std::unique_ptr<Picture>> item = std::move(s.ready.front());
+    std::pair<int, std::unique_ptr<PipelineItem>> item = std::move(s.ready.front());
     s.ready.pop_front();
     lock.unlock();
     std::string error;
@@ -85,13 +84,13 @@ bool RunPipeline(int count, const DrawStep& draw, const EncodeStep& encode, int 
     return ok;
   };
   if (queue <= 0) {
-    Picture picture;
+    PipelineItem item;
     for (int k = 0; k < count; ++k) {
       double step = ThreadSeconds();
-      if (!draw(k, &picture, error)) return finish(false);
+      if (!draw(k, &item, error)) return finish(false);
       t.draw += ThreadSeconds() - step;
       step = ThreadSeconds();
-      if (!encode(k, picture, error)) return finish(false);
+      if (!encode(k, item, error)) return finish(false);
       t.encode += ThreadSeconds() - step;
     }
     return finish(true);
@@ -99,8 +98,8 @@ bool RunPipeline(int count, const DrawStep& draw, const EncodeStep& encode, int 
 
   Shared s;
   std::thread worker(Encoder, std::ref(s), std::cref(encode));
-  // Ends the worker however this function is left: after the last picture
-  // when every picture was drawn, at once otherwise.
+  // Ends the worker however this function is left: after the last item
+  // when every item was drawn, at once otherwise.
   struct Join {
     Shared& s;
     std::thread& worker;
@@ -118,32 +117,32 @@ bool RunPipeline(int count, const DrawStep& draw, const EncodeStep& encode, int 
   std::string drawError;
   {
     Join join{s, worker};
-    const std::size_t pictures = static_cast<std::size_t>(queue) + 2;
+    const std::size_t items = static_cast<std::size_t>(queue) + 2;
     std::size_t made = 0;
     int k = 0;
     for (; k < count; ++k) {
-      std::unique_ptr<Picture> picture;
+      std::unique_ptr<PipelineItem> item;
       {
         const Clock::time_point wait = Clock::now();
         std::unique_lock<std::mutex> lock(s.mutex);
-        s.changed.wait(lock, [&] { return s.failed || !s.spare.empty() || made < pictures; });
+        s.changed.wait(lock, [&] { return s.failed || !s.spare.empty() || made < items; });
         t.drawWaiting += Since(wait);
         if (s.failed) break;
         if (!s.spare.empty()) {
-          picture = std::move(s.spare.back());
+          item = std::move(s.spare.back());
           s.spare.pop_back();
         }
       }
-      if (!picture) {
-        picture = std::make_unique<Picture>();
+      if (!item) {
+        item = std::make_unique<PipelineItem>();
         ++made;
       }
       const double step = ThreadSeconds();
-      if (!draw(k, picture.get(), &drawError)) break;
+      if (!draw(k, item.get(), &drawError)) break;
       t.draw += ThreadSeconds() - step;
       {
         std::lock_guard<std::mutex> lock(s.mutex);
-        s.ready.emplace_back(k, std::move(picture));
+        s.ready.emplace_back(k, std::move(item));
       }
       s.changed.notify_all();
     }

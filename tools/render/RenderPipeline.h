@@ -3,6 +3,7 @@
 #include <functional>
 #include <string>
 
+#include "render/GifWriter.h"
 #include "scene/Picture.h"
 
 namespace qvrender {
@@ -18,19 +19,27 @@ struct PipelineTimes {
   double total = 0;
 };
 
-// Draws picture k into out (on the calling thread); false with *error set
-// stops the run.
-using DrawStep = std::function<bool(int k, qvscene::Picture* out, std::string* error)>;
-// Encodes picture k (on the worker thread, in the order k = 0, 1, ...);
-// false with *error set stops the run.
-using EncodeStep = std::function<bool(int k, const qvscene::Picture& picture, std::string* error)>;
+// What passes from the drawing thread to the encoder: a picture and what
+// the drawing thread has made of it already (a GIF frame prepared for
+// compressing, or nothing).
+struct PipelineItem {
+  qvscene::Picture picture;
+  GifWriter::Frame frame;
+};
 
-// Draws count pictures one after another on the calling thread while a
-// worker thread encodes the ones already drawn, so that drawing (which calls
-// the library, and so stays on one thread) and encoding overlap. At most
-// `queue` drawn pictures wait for the encoder (1 or more); queue 0 draws and
-// encodes each picture in turn on the calling thread, without a worker.
-// Pictures are reused, so a run allocates queue + 2 of them at most.
+// Draws item k (on the calling thread, in the order k = 0, 1, ...); false
+// with *error set stops the run.
+using DrawStep = std::function<bool(int k, PipelineItem* out, std::string* error)>;
+// Encodes item k (on the worker thread, in the same order); false with
+// *error set stops the run.
+using EncodeStep = std::function<bool(int k, PipelineItem& item, std::string* error)>;
+
+// Draws count items one after another on the calling thread while a worker
+// thread encodes the ones already drawn, so that drawing (which calls the
+// library, and so stays on one thread) and encoding overlap. At most
+// `queue` drawn items wait for the encoder (1 or more); queue 0 draws and
+// encodes each item in turn on the calling thread, without a worker. Items
+// are reused, so a run allocates queue + 2 of them at most.
 //
 // Returns true when every picture was drawn and encoded; otherwise false
 // with the first failure's message in *error (drawing stops as soon as the

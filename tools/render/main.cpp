@@ -329,20 +329,21 @@ int Run(const Options& o) {
                   &error)) {
       return Fail(kExitRender, error);
     }
-    // Moments are drawn here while the worker encodes the ones before.
-    auto draw = [&](int k, qvscene::Picture* out, std::string* message) {
+    // Moments are drawn (and compared with the one before) here while the
+    // worker compresses and writes the ones before.
+    auto draw = [&](int k, qvrender::PipelineItem* item, std::string* message) {
       const std::int32_t t = times[static_cast<std::size_t>(k)];
-      if (!scene->Render(t, out)) {
+      if (!scene->Render(t, &item->picture)) {
         *message = "cannot draw moment " + std::to_string(t);
         return false;
       }
-      if (o.scale != 1) *out = Enlarge(*out, o.scale);
+      if (o.scale != 1) item->picture = Enlarge(item->picture, o.scale);
       progress.Update(++done, "rendering moment");
-      return true;
+      const auto delay = static_cast<int>(qvscene::DelayCentiseconds(k, scene->Step()));
+      return gif.Prepare(item->picture, delay, &item->frame, message);
     };
-    auto encode = [&](int k, const qvscene::Picture& picture, std::string* message) {
-      return gif.AddFrame(picture, static_cast<int>(qvscene::DelayCentiseconds(k, scene->Step())),
-                          message);
+    auto encode = [&](int, qvrender::PipelineItem& item, std::string* message) {
+      return gif.Finish(&item.frame, message);
     };
     if (!qvrender::RunPipeline(static_cast<int>(times.size()), draw, encode, 2, &error) ||
         !gif.Close(&error)) {
