@@ -221,7 +221,8 @@ class GiflibWriter {
     GifByteType ext[4];
     EGifGCBToExtension(&gcb, ext);
     GifColorType colors[256];
-    for (int i = 0; i < 256; ++i) colors[i] = {frame.palette[i][0], frame.palette[i][1], frame.palette[i][2]};
+    for (int i = 0; i < 256; ++i)
+      colors[i] = {frame.palette[i][0], frame.palette[i][1], frame.palette[i][2]};
     std::unique_ptr<ColorMapObject, void (*)(ColorMapObject*)> map(GifMakeMapObject(256, colors),
                                                                    GifFreeMapObject);
     if (EGifPutExtension(gif_, GRAPHICS_EXT_FUNC_CODE, 4, ext) == GIF_ERROR ||
@@ -249,7 +250,7 @@ class GiflibWriter {
 };
 
 long long FileSize(const std::string& path) {
-  struct stat st{};
+  struct stat st {};
   return stat(path.c_str(), &st) == 0 ? static_cast<long long>(st.st_size) : -1;
 }
 
@@ -272,9 +273,9 @@ void RenderGif(benchmark::State& state, const std::string& sceneName, Writer wri
     GiflibWriter plain;
     std::string error;
     gif.SetWholeFrames(writer == kWhole);
-    const bool opened = writer == kGiflibWhole ? plain.Open(out, scene->Width(), scene->Height())
-                                               : gif.Open(out, scene->Width(), scene->Height(), 0,
-                                                          &error);
+    const bool opened = writer == kGiflibWhole
+                            ? plain.Open(out, scene->Width(), scene->Height())
+                            : gif.Open(out, scene->Width(), scene->Height(), 0, &error);
     if (!opened) {
       state.SkipWithError("cannot open the GIF");
       return;
@@ -307,8 +308,8 @@ void RenderGif(benchmark::State& state, const std::string& sceneName, Writer wri
   state.counters["bytes"] = static_cast<double>(bytes);
   if (writer == kGiflibWhole && !scenes.gifsicle.count(sceneName)) {
     const std::string optimised = out + ".O3";
-    const bool ran = std::system(("gifsicle -O3 " + out + " -o " + optimised + " 2>/dev/null")
-                                     .c_str()) == 0;
+    const bool ran =
+        std::system(("gifsicle -O3 " + out + " -o " + optimised + " 2>/dev/null").c_str()) == 0;
     scenes.gifsicle[sceneName] = ran ? FileSize(optimised) : 0;
   }
   if (scenes.gifsicle.count(sceneName)) {
@@ -336,7 +337,8 @@ void EncodeCrowd(benchmark::State& state, Writer writer) {
     GiflibWriter plain;
     std::string error;
     gif.SetWholeFrames(writer == kWhole);
-    bool ok = writer == kGiflibWhole ? plain.Open(out, 640, 480) : gif.Open(out, 640, 480, 0, &error);
+    bool ok =
+        writer == kGiflibWhole ? plain.Open(out, 640, 480) : gif.Open(out, 640, 480, 0, &error);
     for (const Picture& m : moments) {
       ok = ok && (writer == kGiflibWhole ? plain.AddFrame(m, 3) : gif.AddFrame(m, 3, &error));
     }
@@ -363,10 +365,9 @@ void RegisterAll() {
       Writer writer;
       int queue;
     };
-    for (const Case& c : {Case{"giflib_whole_1thread", kGiflibWhole, 0},
-                          Case{"whole_1thread", kWhole, 0},
-                          Case{"changed_1thread", kChanged, 0},
-                          Case{"changed_pipeline", kChanged, 2}}) {
+    for (const Case& c :
+         {Case{"giflib_whole_1thread", kGiflibWhole, 0}, Case{"whole_1thread", kWhole, 0},
+          Case{"changed_1thread", kChanged, 0}, Case{"changed_pipeline", kChanged, 2}}) {
       benchmark::RegisterBenchmark(
           (std::string("BM_RenderGif/") + scene + "/" + c.name).c_str(),
           [scene, c](benchmark::State& state) { RenderGif(state, scene, c.writer, c.queue); })

@@ -32,7 +32,8 @@ std::vector<Rgb> DecodeWithPillow(const std::string& gif, const TempDir& dir, in
             "with open(sys.argv[2], 'wb') as out:\n"
             "    out.write(b'%d %d %d\\n' % (len(frames), im.size[0], im.size[1]))\n"
             "    for f in frames: out.write(f)\n");
-  const RunResult r = RunCommand(std::string(QV_PYTHON3) + " " + script + " " + gif + " " + raw, dir);
+  const RunResult r =
+      RunCommand(std::string(QV_PYTHON3) + " " + script + " " + gif + " " + raw, dir);
   EXPECT_EQ(0, r.exitCode) << r.text;
   std::ifstream in(raw, std::ios::binary);
   int count = 0, height = 0;
@@ -64,7 +65,8 @@ std::string ExpectGifShowsEveryMoment(const std::string& scene, const std::strin
     std::string command = std::string(QV_RENDER_TOOL) + " " + scene + " --quiet " + args;
     if (first == 0) command += " -o " + gif;
     for (std::size_t k = first; k < std::min(times.size(), first + 60); ++k) {
-      command += " --png-at " + std::to_string(times[k]) + " " + dir / ("m" + std::to_string(k) + ".png");
+      command +=
+          " --png-at " + std::to_string(times[k]) + " " + dir / ("m" + std::to_string(k) + ".png");
     }
     const RunResult r = RunCommand(command, dir);
     EXPECT_EQ(0, r.exitCode) << r.text;
@@ -148,7 +150,8 @@ TEST(GifDecode, StressedFrameDifferencesDecodeToTheMoments) {
   // Frames after the first hold only what changed: a single pixel where
   // nothing did, the columns of entry 3 where only it did.
   const std::vector<std::string> sizes = FrameSizes(gif, dir);
-  const std::vector<std::string> expected = {"8x4", "1x1", "1x1", "1x1", "1x1", "3x4", "3x4", "3x4"};
+  const std::vector<std::string> expected = {"8x4", "1x1", "1x1", "1x1",
+                                             "1x1", "3x4", "3x4", "3x4"};
   ASSERT_EQ(14u, sizes.size());
   EXPECT_EQ(expected, std::vector<std::string>(sizes.begin() + 6, sizes.end()));
   EXPECT_EQ("8x4", sizes[0]);

@@ -22,7 +22,8 @@ struct Outcome {
 
 // Items 0 to count - 1, each drawn as a picture count + k wide; drawing
 // fails at failDraw, encoding at failEncode, throwing when asked.
-Outcome Pipeline(int queue, int count, int failDraw = -1, int failEncode = -1, bool toThrow = false) {
+Outcome Pipeline(int queue, int count, int failDraw = -1, int failEncode = -1,
+                 bool toThrow = false) {
   Outcome r;
   auto draw = [&](int k, PipelineItem* item, std::string* error) {
     r.drawn.push_back(k);

@@ -24,8 +24,7 @@ class GifLzw {
   // quarter longer than its share of the limit (the share of the pixels
   // done): a stream that far behind is most unlikely to end below it.
   bool Encode(const unsigned char* pixels, std::size_t count, int minCodeSize,
-              std::vector<unsigned char>* out, std::size_t limit = SIZE_MAX,
-              bool paced = false);
+              std::vector<unsigned char>* out, std::size_t limit = SIZE_MAX, bool paced = false);
 
  private:
   // Empties the dictionary down to its roots 0 to roots - 1.

@@ -27,13 +27,6 @@ int TableBits(int n) {
   return bits;
 }
 
-}  // namespace
-
-// One way of writing the rectangle of a frame: its pixels as slots of a
-// local table of colours (plus the transparent slot after them, if any) or
-// as indices of the global table, and the compressed data.
-namespace {
-
 // Data bytes per pixel of a frame, for the choice between the global and
 // a local table before a frame is compressed.
 constexpr double kBytesPerPixel = 0.15;
@@ -106,7 +99,6 @@ bool GifWriter::Write(const std::vector<unsigned char>& bytes, std::string* erro
     *error = "cannot write '" + path_ + "': " + std::strerror(errno);
     return false;
   }
-  size_ += bytes.size();
   return true;
 }
 
@@ -122,7 +114,6 @@ bool GifWriter::Open(const std::string& path, int width, int height, int loops,
   height_ = height;
   loops_ = loops;
   first_ = true;
-  size_ = 0;
   shown_.assign(static_cast<std::size_t>(width) * static_cast<std::size_t>(height), 0);
   global_ = !wholeFrames_;
   globalHeld_ = 0;
@@ -193,9 +184,8 @@ void GifWriter::PlanTable(Candidate* c, std::size_t count) {
 
 void GifWriter::Encode(Candidate* c, std::size_t limit) {
   c->codes.clear();
-  if (!c->used ||
-      !lzw_.Encode(c->pixels.data(), c->pixels.size(), c->codeSize, &c->codes, limit,
-                   limit != SIZE_MAX))
+  if (!c->used || !lzw_.Encode(c->pixels.data(), c->pixels.size(), c->codeSize, &c->codes, limit,
+                               limit != SIZE_MAX))
     c->codes.clear();
 }
 
@@ -398,8 +388,9 @@ bool GifWriter::Close(std::string* error) {
     // The global table, now complete, over its place in the head.
     bytes.clear();
     for (const std::uint32_t c : globalColour_) {
-      bytes.insert(bytes.end(), {static_cast<unsigned char>(c >> 16),
-                                 static_cast<unsigned char>(c >> 8), static_cast<unsigned char>(c)});
+      bytes.insert(bytes.end(),
+                   {static_cast<unsigned char>(c >> 16), static_cast<unsigned char>(c >> 8),
+                    static_cast<unsigned char>(c)});
     }
     ok = std::fseek(file_, 13, SEEK_SET) == 0 &&
          std::fwrite(bytes.data(), 1, bytes.size(), file_) == bytes.size();

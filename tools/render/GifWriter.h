@@ -55,9 +55,9 @@ class GifWriter {
     std::vector<unsigned char> codes;
     bool transparent = false;
     bool global = false;
-    int bits = 1;         // of the local table
-    int codeSize = 2;     // of the compressed data
-    int value[257] = {};  // the pixel value of each slot, the transparent one last
+    int bits = 1;                     // of the local table
+    int codeSize = 2;                 // of the compressed data
+    int value[257] = {};              // the pixel value of each slot, the transparent one last
     unsigned char byIndex[256] = {};  // the pixel value of each palette entry
     int Transparent() const { return transparent ? value[colours.size()] : -1; }
     std::size_t TableBytes() const { return global ? 0 : 3u << bits; }
@@ -86,9 +86,6 @@ class GifWriter {
   bool Finish(Frame* frame, std::string* error);
   bool Close(std::string* error);
 
-  // Bytes written so far.
-  std::uint64_t Size() const { return size_; }
-
  private:
   bool Write(const std::vector<unsigned char>& bytes, std::string* error);
   bool WriteHead(std::string* error);
@@ -108,7 +105,6 @@ class GifWriter {
   int loops_ = 0;
   bool wholeFrames_ = false;
   bool first_ = true;
-  std::uint64_t size_ = 0;
   // What a viewer shows after the last frame: its indices and their
   // colours (0xRRGGBB).
   std::vector<unsigned char> shown_;
