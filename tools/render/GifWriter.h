@@ -23,10 +23,12 @@ using qvscene::RgbPicture;
 // the first frames that use it (up to 256, filled in on Close). Every
 // later frame holds only the smallest rectangle outside which the colours
 // shown (red, green, blue, not the indices, since each moment has its own
-// colour table) stay those of the frame before; inside it, the pixels whose
-// colour stays may be written as a transparent index, whichever of the two
-// encodings compresses smaller. A frame whose colours do not change at all
-// is a single transparent pixel. A frame whose colours are all in the
+// colour table) stay those of the frame before. Inside it the frame is
+// compressed three ways and the smallest is kept: opaque (every pixel its
+// colour); runs (pixels whose colour stays keep it in stretches of one
+// colour and are transparent in stretches of several); clear (every pixel
+// whose colour stays transparent). A frame whose colours do not change at
+// all is a single transparent pixel. A frame whose colours are all in the
 // global table uses it when that is expected to be smaller than a local
 // table of just the colours it uses (its size the next power of two), and
 // carries such a local table otherwise. Every frame a decoder composes is
