@@ -36,7 +36,7 @@ class BitWriter {
 
 }  // namespace
 
-GifLzw::GifLzw() : table_(kTableSize, kEmpty) {}
+GifLzw::GifLzw() : table_(kTableSize, kEmpty), chunk_(kChunk) {}
 
 void GifLzw::Reset(std::uint32_t roots) {
   std::fill(table_.begin(), table_.end(), kEmpty);
@@ -48,6 +48,17 @@ void GifLzw::Reset(std::uint32_t roots) {
 }
 
 bool GifLzw::Encode(const unsigned char* pixels, std::size_t count, int minCodeSize,
+                    std::vector<unsigned char>* out, std::size_t limit, bool paced) {
+  struct Whole {
+    static const unsigned char* Get(void* at, std::size_t first, std::size_t, unsigned char*) {
+      return static_cast<const unsigned char*>(at) + first;
+    }
+  };
+  return Encode(&Whole::Get, const_cast<unsigned char*>(pixels), count, minCodeSize, out, limit,
+                paced);
+}
+
+bool GifLzw::Encode(Source source, void* context, std::size_t count, int minCodeSize,
                     std::vector<unsigned char>* out, std::size_t limit, bool paced) {
   const std::size_t base = out->size();
   const std::uint32_t clear = 1u << minCodeSize;
@@ -70,21 +81,29 @@ bool GifLzw::Encode(const unsigned char* pixels, std::size_t count, int minCodeS
     bits.Flush();
     return out->size() - base <= limit;
   }
-  std::uint32_t prefix = pixels[0];
+  // The pixels come in chunks: at[k] is pixel first + k, up to stop.
+  std::size_t first = 0, stop = std::min(count, kChunk);
+  const unsigned char* at = source(context, 0, stop, chunk_.data());
+  std::uint32_t prefix = at[0];
   std::uint32_t* const table = table_.data();
   constexpr std::uint32_t mask = kTableSize - 1;
   std::size_t i = 1;
   while (i < count) {
-    const std::uint32_t pixel = pixels[i];
+    if (i == stop) {
+      first = stop;
+      stop = std::min(count, stop + kChunk);
+      at = source(context, first, stop - first, chunk_.data());
+    }
+    const std::uint32_t pixel = at[i - first];
     // A run of one pixel value after a string of nothing but that value:
     // the longest such string the dictionary holds is found without hashing.
     if (runSymbol_[prefix] == pixel + 1) {
       const std::vector<std::uint16_t>& chain = chain_[pixel];
       const std::size_t have = runLength_[prefix];
       if (have < chain.size()) {
-        const std::size_t most = std::min(chain.size() - have, count - i);
+        const std::size_t most = std::min(chain.size() - have, stop - i);
         std::size_t take = 1;
-        while (take < most && pixels[i + take] == pixel) ++take;
+        while (take < most && at[i - first + take] == pixel) ++take;
         prefix = chain[have + take - 1];
         i += take;
         continue;

@@ -17,13 +17,25 @@ class GifLzw {
   // 8) and appends the code stream, packed least significant bit first and
   // not yet cut into sub-blocks, to out. The stream starts with a clear
   // code, clears again when the dictionary is full (4095 codes, as most
-  // encoders do) and ends with the end-of-information code. count 0 writes
+  // encoders do) and ends with the end-of-information code. Runs of one
+  // value are matched without hashing, with the same result. count 0 writes
   // only the clear and end codes. Returns false, leaving out with a
   // partial stream, as soon as the stream grows past limit bytes, or, when
   // paced, once a sixteenth of the pixels is done, as soon as the stream is a
   // quarter longer than its share of the limit (the share of the pixels
   // done): a stream that far behind is most unlikely to end below it.
   bool Encode(const unsigned char* pixels, std::size_t count, int minCodeSize,
+              std::vector<unsigned char>* out, std::size_t limit = SIZE_MAX, bool paced = false);
+
+  // Gives the pixels first to first + n - 1 (n at most kChunk): a pointer to
+  // them, which may be buffer (room for kChunk pixels) after filling it.
+  // Valid until the next call.
+  using Source = const unsigned char* (*)(void* context, std::size_t first, std::size_t n,
+                                          unsigned char* buffer);
+  static constexpr std::size_t kChunk = 16384;
+  // The same with the pixels asked for a chunk at a time, as far as they
+  // are needed (a stream given up on asks for no more).
+  bool Encode(Source source, void* context, std::size_t count, int minCodeSize,
               std::vector<unsigned char>* out, std::size_t limit = SIZE_MAX, bool paced = false);
 
  private:
@@ -42,6 +54,7 @@ class GifLzw {
   std::uint16_t runSymbol_[4096] = {};
   std::uint16_t runLength_[4096] = {};
   std::vector<std::uint16_t> chain_[256];
+  std::vector<unsigned char> chunk_;
 };
 
 // Bytes a code stream of n bytes takes in a GIF file, with its code size

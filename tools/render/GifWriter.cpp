@@ -79,10 +79,18 @@ void FillOpaqueAndRuns(GifWriter::Frame* frame) {
         ++k;
         continue;
       }
+      // The stretch: up to the next pixel that changes, eight at a time.
       std::size_t end = k + 1;
-      bool one = true;
-      for (; end < count && !mask[end]; ++end) one = one && own[end] == own[k];
-      std::memset(data + k, one ? value[own[k]] : t, end - k);
+      while (end + 8 <= count) {
+        std::uint64_t word;
+        std::memcpy(&word, mask + end, 8);
+        if (word) break;
+        end += 8;
+      }
+      while (end < count && !mask[end]) ++end;
+      unsigned other = 0;
+      for (std::size_t j = k + 1; j < end; ++j) other |= own[j] ^ own[k];
+      std::memset(data + k, other ? t : value[own[k]], end - k);
       k = end;
     }
   }
@@ -182,11 +190,34 @@ void GifWriter::PlanTable(Candidate* c, std::size_t count) {
   c->codeSize = codeSize;
 }
 
-void GifWriter::Encode(Candidate* c, std::size_t limit) {
+void GifWriter::Encode(Frame* frame, Candidate* c, std::size_t limit) {
   c->codes.clear();
-  if (!c->used || !lzw_.Encode(c->pixels.data(), c->pixels.size(), c->codeSize, &c->codes, limit,
-                               limit != SIZE_MAX))
-    c->codes.clear();
+  const std::size_t count =
+      static_cast<std::size_t>(frame->width) * static_cast<std::size_t>(frame->height);
+  bool ok;
+  if (c == &frame->clear) {
+    // clear: every pixel whose colour stays is transparent, and the table
+    // holds only the colours of the others. Made a chunk at a time, as far
+    // as the compressor gets.
+    struct Clear {
+      static const unsigned char* Get(void* context, std::size_t first, std::size_t n,
+                                      unsigned char* out) {
+        const Frame& f = *static_cast<const Frame*>(context);
+        const auto t = static_cast<unsigned char>(f.clear.Transparent());
+        const auto w = static_cast<std::size_t>(f.width);
+        const unsigned char* mask = f.mask.data();
+        for (std::size_t k = first; k < first + n; ++k) {
+          const unsigned char* row = f.picture->Row(f.top + static_cast<std::int32_t>(k / w));
+          out[k - first] = mask[k] ? f.clear.byIndex[row[f.left + k % w]] : t;
+        }
+        return out;
+      }
+    };
+    ok = lzw_.Encode(&Clear::Get, frame, count, c->codeSize, &c->codes, limit, limit != SIZE_MAX);
+  } else {
+    ok = lzw_.Encode(c->pixels.data(), count, c->codeSize, &c->codes, limit, limit != SIZE_MAX);
+  }
+  if (!ok) c->codes.clear();
 }
 
 bool GifWriter::Prepare(const Picture& frame, int delay, Frame* out, std::string* error) {
@@ -244,14 +275,15 @@ bool GifWriter::Prepare(const Picture& frame, int delay, Frame* out, std::string
   } else {
     // Which pixels change colour, and the palette entries the rectangle
     // uses, in all its pixels and in those that change.
-    bool usedAll[256] = {}, usedChanged[257] = {};
+    bool usedAll[256] = {}, usedChanged[257] = {}, same[256];
+    for (int i = 0; i < 256; ++i) same[i] = colour[i] == shownColour[i];
     unsigned char* mask = out->mask.data();
     for (int y = top; y <= bottom; ++y) {
       const unsigned char* now = frame.Row(y) + left;
       const unsigned char* was = shown_.data() + y * w + left;
       for (int x = 0; x < rw; ++x) {
         const unsigned char c = now[x];
-        const bool differs = whole || colour[c] != shownColour[was[x]];
+        const bool differs = whole || (c == was[x] ? !same[c] : colour[c] != shownColour[was[x]]);
         usedAll[c] = true;
         usedChanged[differs ? c : 256] = true;
         *mask++ = differs;
@@ -307,21 +339,6 @@ bool GifWriter::Finish(Frame* frame, std::string* error) {
   Candidate& opaque = frame->opaque;
   Candidate& runs = frame->runs;
   Candidate& clear = frame->clear;
-  const std::size_t count =
-      static_cast<std::size_t>(frame->width) * static_cast<std::size_t>(frame->height);
-  const unsigned char* const mask = frame->mask.data();
-  // clear: every pixel whose colour stays is transparent, and the table
-  // holds only the colours of the others.
-  if (clear.used) {
-    const auto t = static_cast<unsigned char>(clear.Transparent());
-    clear.pixels.resize(count);
-    unsigned char* out = clear.pixels.data();
-    const unsigned char* m = mask;
-    for (int y = frame->top; y < frame->top + frame->height; ++y) {
-      const unsigned char* src = frame->picture->Row(y) + frame->left;
-      for (int x = 0; x < frame->width; ++x) *out++ = *m++ ? clear.byIndex[src[x]] : t;
-    }
-  }
   // The transparent encodings first, then each other one only as far as it
   // can still be the smallest.
   const Candidate* best = nullptr;
@@ -335,7 +352,7 @@ bool GifWriter::Finish(Frame* frame, std::string* error) {
       if (most <= c->TableBytes() + 3) continue;
       limit = most - c->TableBytes() - 3;
     }
-    Encode(c, limit);
+    Encode(frame, c, limit);
     if (c->codes.empty()) continue;
     if (!best || c->Bytes() < best->Bytes()) best = c;
   }

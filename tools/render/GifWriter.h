@@ -98,7 +98,9 @@ class GifWriter {
   // them and is expected to be smaller than a local one; sets c's pixel
   // value for each slot.
   void PlanTable(Candidate* c, std::size_t count);
-  void Encode(Candidate* c, std::size_t limit);
+  // Compresses c, a way of writing frame, into its codes (none when it
+  // grew past limit or fell behind its pace).
+  void Encode(Frame* frame, Candidate* c, std::size_t limit);
 
   std::FILE* file_ = nullptr;
   std::string path_;
