@@ -8,6 +8,7 @@
 #include <exception>
 #include <memory>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -97,7 +98,12 @@ bool RunPipeline(int count, const DrawStep& draw, const EncodeStep& encode, int 
   }
 
   Shared s;
-  std::thread worker(Encoder, std::ref(s), std::cref(encode));
+  std::thread worker;
+  try {
+    worker = std::thread(Encoder, std::ref(s), std::cref(encode));
+  } catch (const std::system_error&) {
+    return RunPipeline(count, draw, encode, 0, error, times);  // no thread to be had: in turn
+  }
   // Ends the worker however this function is left: after the last item
   // when every item was drawn, at once otherwise.
   struct Join {

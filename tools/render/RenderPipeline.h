@@ -38,7 +38,8 @@ using EncodeStep = std::function<bool(int k, PipelineItem& item, std::string* er
 // thread encodes the ones already drawn, so that drawing (which calls the
 // library, and so stays on one thread) and encoding overlap. At most
 // `queue` drawn items wait for the encoder (1 or more); queue 0 draws and
-// encodes each item in turn on the calling thread, without a worker. Items
+// encodes each item in turn on the calling thread, without a worker (as
+// happens too when no thread can be started). Items
 // are reused, so a run allocates queue + 2 of them at most.
 //
 // Returns true when every picture was drawn and encoded; otherwise false
