@@ -275,19 +275,26 @@ bool GifWriter::Prepare(const Picture& frame, int delay, Frame* out, std::string
   } else {
     // Which pixels change colour, and the palette entries the rectangle
     // uses, in all its pixels and in those that change.
-    bool usedAll[256] = {}, usedChanged[257] = {}, same[256];
-    for (int i = 0; i < 256; ++i) same[i] = colour[i] == shownColour[i];
+    // used[c] for entry c in a pixel that keeps its colour, used[256 + c]
+    // in one that changes (the first frame: all of them).
+    bool used[512] = {};
+    const unsigned kept = whole ? 256 : 0;
     unsigned char* mask = out->mask.data();
     for (int y = top; y <= bottom; ++y) {
       const unsigned char* now = frame.Row(y) + left;
       const unsigned char* was = shown_.data() + y * w + left;
       for (int x = 0; x < rw; ++x) {
-        const unsigned char c = now[x];
-        const bool differs = whole || (c == was[x] ? !same[c] : colour[c] != shownColour[was[x]]);
-        usedAll[c] = true;
-        usedChanged[differs ? c : 256] = true;
-        *mask++ = differs;
+        const unsigned c = now[x];
+        const unsigned differs = (colour[c] != shownColour[was[x]]) | kept >> 8;
+        used[c | differs << 8] = true;
+        mask[x] = static_cast<unsigned char>(differs);
       }
+      mask += rw;
+    }
+    bool usedAll[256], usedChanged[256];
+    for (int i = 0; i < 256; ++i) {
+      usedChanged[i] = used[256 + i];
+      usedAll[i] = used[i] || usedChanged[i];
     }
     // Each distinct colour gets one slot, and each palette entry the pixel
     // value of its slot.
