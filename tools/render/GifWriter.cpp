@@ -50,49 +50,54 @@ double StreamBits(int m, double n) {
   return full * CycleBits(m, cycle) + CycleBits(m, n - full * cycle);
 }
 
-// Fills the pixels of the opaque way (every pixel its colour) and of runs:
-// pixels whose colour stays keep it while their stretch (in the order the
-// pixels are written) has one colour, which may then join the pixels around
-// it in one run; a stretch of several colours becomes transparent.
-void FillOpaqueAndRuns(GifWriter::Frame* frame) {
+// Fills the pixels of the opaque way: every pixel its colour.
+void FillOpaque(GifWriter::Frame* frame) {
   GifWriter::Candidate& opaque = frame->opaque;
-  GifWriter::Candidate& runs = frame->runs;
-  const std::size_t count =
-      static_cast<std::size_t>(frame->width) * static_cast<std::size_t>(frame->height);
-  opaque.pixels.resize(count);
+  opaque.pixels.resize(static_cast<std::size_t>(frame->width) *
+                       static_cast<std::size_t>(frame->height));
   unsigned char* out = opaque.pixels.data();
   for (int y = frame->top; y < frame->top + frame->height; ++y) {
     const unsigned char* src = frame->picture->Row(y) + frame->left;
     for (int x = 0; x < frame->width; ++x) *out++ = opaque.byIndex[src[x]];
   }
-  const unsigned char* const own = opaque.pixels.data();
+}
+
+// Fills the pixels of runs with the opaque way's values and, for the
+// transparent ones, hole (a value the opaque way does not use): pixels
+// whose colour stays keep it where their stretch (in the order the pixels
+// are written) has one colour, which the changing pixels (changing[v] for
+// opaque value v) show too, so that it may join them in runs and costs no
+// entry of its own; every other stretch becomes transparent. kept[v] tells
+// whether opaque value v remains.
+void FillRuns(GifWriter::Frame* frame, unsigned char hole, const bool* changing, bool* kept) {
+  const std::size_t count =
+      static_cast<std::size_t>(frame->width) * static_cast<std::size_t>(frame->height);
+  const unsigned char* const own = frame->opaque.pixels.data();
   const unsigned char* const mask = frame->mask.data();
-  if (runs.used) {
-    unsigned char value[256];  // of each opaque value
-    for (std::size_t s = 0; s < opaque.colours.size(); ++s) value[opaque.value[s]] = runs.value[s];
-    const auto t = static_cast<unsigned char>(runs.Transparent());
-    runs.pixels.resize(count);
-    unsigned char* data = runs.pixels.data();
-    for (std::size_t k = 0; k < count;) {
-      if (mask[k]) {
-        data[k] = value[own[k]];
-        ++k;
-        continue;
-      }
-      // The stretch: up to the next pixel that changes, eight at a time.
-      std::size_t end = k + 1;
-      while (end + 8 <= count) {
-        std::uint64_t word;
-        std::memcpy(&word, mask + end, 8);
-        if (word) break;
-        end += 8;
-      }
-      while (end < count && !mask[end]) ++end;
-      unsigned other = 0;
-      for (std::size_t j = k + 1; j < end; ++j) other |= own[j] ^ own[k];
-      std::memset(data + k, other ? t : value[own[k]], end - k);
-      k = end;
+  frame->runs.pixels.resize(count);
+  unsigned char* data = frame->runs.pixels.data();
+  for (std::size_t k = 0; k < count;) {
+    if (mask[k]) {
+      kept[own[k]] = true;
+      data[k] = own[k];
+      ++k;
+      continue;
     }
+    // The stretch: up to the next pixel that changes, eight at a time.
+    std::size_t end = k + 1;
+    while (end + 8 <= count) {
+      std::uint64_t word;
+      std::memcpy(&word, mask + end, 8);
+      if (word) break;
+      end += 8;
+    }
+    while (end < count && !mask[end]) ++end;
+    unsigned other = 0;
+    for (std::size_t j = k + 1; j < end; ++j) other |= own[j] ^ own[k];
+    const bool keep = !other && changing[own[k]];
+    if (keep) kept[own[k]] = true;
+    std::memset(data + k, keep ? own[k] : hole, end - k);
+    k = end;
   }
 }
 
@@ -319,11 +324,27 @@ bool GifWriter::Prepare(const Picture& frame, int delay, Frame* out, std::string
     values(usedAll, &opaque);
     // Two ways with a transparent index, when the colours leave room for
     // it (see Finish).
+    FillOpaque(out);
     if (!whole && opaque.colours.size() < 256) {
-      runs.colours = opaque.colours;
+      // runs: its table holds just the colours it keeps.
+      bool taken[257] = {}, changing[256] = {}, kept[256] = {};
+      for (std::size_t c = 0; c < opaque.colours.size(); ++c) taken[opaque.value[c]] = true;
+      for (int i = 0; i < 256; ++i) changing[opaque.byIndex[i]] |= usedChanged[i];
+      const auto hole = static_cast<unsigned char>(std::find(taken, taken + 257, false) - taken);
+      FillRuns(out, hole, changing, kept);
+      runs.colours.clear();
+      for (std::size_t c = 0; c < opaque.colours.size(); ++c) {
+        if (kept[opaque.value[c]]) runs.colours.push_back(opaque.colours[c]);
+      }
       runs.transparent = runs.used = true;
       PlanTable(&runs, count);
-      values(usedAll, &runs);
+      unsigned char value[256];  // of each opaque value
+      for (std::size_t c = 0, r = 0; c < opaque.colours.size(); ++c) {
+        if (kept[opaque.value[c]])
+          value[opaque.value[c]] = static_cast<unsigned char>(runs.value[r++]);
+      }
+      value[hole] = static_cast<unsigned char>(runs.Transparent());
+      for (unsigned char& p : runs.pixels) p = value[p];
     }
     if (!whole) {
       assign(usedChanged, &clear);
@@ -334,7 +355,7 @@ bool GifWriter::Prepare(const Picture& frame, int delay, Frame* out, std::string
       }
     }
   }
-  FillOpaqueAndRuns(out);
+  if (wholeFrames_) FillOpaque(out);
   shown_.assign(frame.pixels.begin(), frame.pixels.end());
   std::copy(colour, colour + 256, shownColour_);
   first_ = false;
