@@ -26,13 +26,13 @@ using qvscene::RgbPicture;
 // colour table) stay those of the frame before. Inside it the frame is
 // compressed three ways and the smallest is kept: opaque (every pixel its
 // colour); runs (pixels whose colour stays keep it in stretches of one
-// colour and are transparent in stretches of several); clear (every pixel
-// whose colour stays transparent). A frame whose colours do not change at
-// all is a single transparent pixel. A frame whose colours are all in the
-// global table uses it when that is expected to be smaller than a local
-// table of just the colours it uses (its size the next power of two), and
-// carries such a local table otherwise. Every frame a decoder composes is
-// thus, colour for colour, the picture given.
+// colour that the changing pixels show too, and are transparent elsewhere);
+// clear (every pixel whose colour stays transparent). A frame whose colours
+// do not change at all is a single transparent pixel. A frame whose colours
+// are all in the global table uses it when that is expected to be smaller
+// than a local table of just the colours it uses (its size the next power
+// of two), and carries such a local table otherwise. Every frame a decoder
+// composes is thus, colour for colour, the picture given.
 class GifWriter {
  public:
   GifWriter() = default;
