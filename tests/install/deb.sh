@@ -74,8 +74,8 @@ if ls "$work"/packages/qvmovie-tools_*.deb >/dev/null 2>&1; then
   echo "qvmovie-tools $version: Depends: $(dpkg-deb -f "$tools" Depends)"
   has "$tools" Depends "libqvmovie0 \\(= $version\\)"
   has "$tools" Depends 'libpng16'
-  has "$tools" Depends 'libgif'
   holds "$tools" usr/bin/qvmovie-render usr/share/man/man1/qvmovie-render.1 \
+    usr/bin/qvmovie-import usr/share/man/man1/qvmovie-import.1 \
     usr/share/qvmovie/examples/demo.json usr/share/qvmovie/examples/falls.json \
     usr/share/doc/qvmovie/SCENE.md
   for deb in $debs; do dpkg -x "$deb" "$work/root" || fail "dpkg -x $deb"; done

@@ -16,6 +16,7 @@
 #include "render/ContactSheet.h"
 #include "render/GifWriter.h"
 #include "render/HtmlExport.h"
+#include "render/RenderPipeline.h"
 #include "scene/MovieTime.h"
 #include "scene/Outputs.h"
 #include "scene/PngIO.h"
@@ -28,6 +29,8 @@ namespace {
 constexpr int kExitOk = 0;
 constexpr int kExitRender = 1;
 constexpr int kExitUsage = 2;
+// Moments drawn ahead of the GIF encoder at most.
+constexpr int kGifQueue = 2;
 
 const char kUsage[] =
     "Usage: qvmovie-render SCENE [-o OUT.gif] [--png-at T OUT.png]...\n"
@@ -38,8 +41,8 @@ const char kUsage[] =
     "Renders the movie that the scene file SCENE describes.\n"
     "\n"
     "  -o, --output OUT.gif   the moments from the scene's \"from\" to \"to\" in steps\n"
-    "                         of \"step\" as an animated GIF (looping, one full local\n"
-    "                         colour table per frame)\n"
+    "                         of \"step\" as an animated GIF (looping; each frame\n"
+    "                         holds only what changed in colour)\n"
     "  --png-at T OUT.png     moment T as an indexed PNG with that moment's palette\n"
     "                         (may be given several times)\n"
     "  --sheet OUT.png        a contact sheet (RGB PNG) of several moments\n"
@@ -282,12 +285,22 @@ int Run(const Options& o) {
       o.sheet.empty()
           ? 0
           : qvrender::ContactSheet::Bytes(width, height, static_cast<int>(sheetTimes.size()));
-  const std::uint64_t need = scene->Memory() + enlarged + sheetBytes;
+  // The GIF's frames in flight: each of the queued and the two busy ones
+  // holds a moment, its change mask and up to three encodings of it, and the
+  // writer keeps what a viewer shows.
+  const std::uint64_t gifBytes =
+      o.gif.empty()
+          ? 0
+          : static_cast<std::uint64_t>(kGifQueue + 2) * 6 * static_cast<std::uint64_t>(width) *
+                    static_cast<std::uint64_t>(height) +
+                static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height);
+  const std::uint64_t need = scene->Memory() + enlarged + sheetBytes + gifBytes;
   if (need > o.maxMemory) {
     const auto mb = qvscene::Megabytes;
     std::string parts = "the scene " + mb(scene->Memory());
     if (enlarged)
       parts += ", moments enlarged " + std::to_string(o.scale) + " times " + mb(enlarged);
+    if (gifBytes) parts += ", the GIF's frames in flight " + mb(gifBytes);
     if (sheetBytes)
       parts += ", a sheet of " + std::to_string(sheetTimes.size()) + " moments " + mb(sheetBytes);
     return Fail(kExitUsage,
@@ -313,16 +326,26 @@ int Run(const Options& o) {
     if (!gif.Open(outputs.Temp(next++), width, height, scene->Loops(), &error)) {
       return failed(error);
     }
-    for (std::size_t k = 0; k < times.size(); ++k) {
-      if (!scene->Render(times[k], &moment)) {
-        return failed("cannot draw moment " + std::to_string(times[k]));
+    // Moments are drawn (and compared with the one before) here while the
+    // worker compresses and writes the ones before.
+    auto draw = [&](int k, qvrender::PipelineItem* item, std::string* message) {
+      const std::int32_t t = times[static_cast<std::size_t>(k)];
+      if (!scene->Render(t, &item->picture)) {
+        *message = "cannot draw moment " + std::to_string(t);
+        return false;
       }
-      const int delay =
-          static_cast<int>(qvscene::DelayCentiseconds(static_cast<std::int64_t>(k), scene->Step()));
-      if (!gif.AddFrame(Enlarge(moment, o.scale), delay, &error)) return failed(error);
+      if (o.scale != 1) item->picture = Enlarge(item->picture, o.scale);
       progress.Update(++done, "rendering moment");
+      const auto delay = static_cast<int>(qvscene::DelayCentiseconds(k, scene->Step()));
+      return gif.Prepare(item->picture, delay, &item->frame, message);
+    };
+    auto encode = [&](int, qvrender::PipelineItem& item, std::string* message) {
+      return gif.Finish(&item.frame, message);
+    };
+    if (!qvrender::RunPipeline(static_cast<int>(times.size()), draw, encode, kGifQueue, &error) ||
+        !gif.Close(&error)) {
+      return failed(error);
     }
-    if (!gif.Close(&error)) return failed(error);
   }
 
   for (const auto& png : o.pngs) {

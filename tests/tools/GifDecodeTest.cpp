@@ -1,0 +1,160 @@
+// The render tool's GIFs decoded by another program (Python's Pillow) and
+// compared, frame by frame and colour by colour, with the same moments
+// written directly by the tool as indexed PNG files (--png-at): on the demo
+// and on a scene made to stress the frame differences (colour tables that
+// change where the indices do not, members that appear and vanish, frames
+// identical to the one before).
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+
+#include "ToolTestUtil.h"
+#include "scene/MovieTime.h"
+#include "scene/SceneReader.h"
+
+namespace {
+
+using namespace tooltest;
+
+using Rgb = std::vector<unsigned char>;
+
+// Every frame of a GIF as the decoder composes it, in red, green, blue; an
+// empty list when it cannot decode the file.
+std::vector<Rgb> DecodeWithPillow(const std::string& gif, const TempDir& dir, int* width) {
+  const std::string script = dir / "decode.py", raw = dir / "frames.raw";
+  WriteText(script,
+            "import sys\n"
+            "from PIL import Image, ImageSequence\n"
+            "im = Image.open(sys.argv[1])\n"
+            "frames = [f.convert('RGB').tobytes() for f in ImageSequence.Iterator(im)]\n"
+            "with open(sys.argv[2], 'wb') as out:\n"
+            "    out.write(b'%d %d %d\\n' % (len(frames), im.size[0], im.size[1]))\n"
+            "    for f in frames: out.write(f)\n");
+  const RunResult r =
+      RunCommand(std::string(QV_PYTHON3) + " " + script + " " + gif + " " + raw, dir);
+  EXPECT_EQ(0, r.exitCode) << r.text;
+  std::ifstream in(raw, std::ios::binary);
+  int count = 0, height = 0;
+  in >> count >> *width >> height;
+  in.get();
+  std::vector<Rgb> frames;
+  for (int k = 0; k < count && in; ++k) {
+    Rgb f(static_cast<std::size_t>(*width) * height * 3);
+    in.read(reinterpret_cast<char*>(f.data()), static_cast<std::streamsize>(f.size()));
+    if (in) frames.push_back(std::move(f));
+  }
+  return frames;
+}
+
+Rgb ToRgb(const Picture& p) {
+  Rgb rgb;
+  for (unsigned char i : p.pixels) rgb.insert(rgb.end(), p.palette[i], p.palette[i] + 3);
+  return rgb;
+}
+
+// Renders scene to a GIF and, in the same run, each of its moments to a
+// PNG; decodes the GIF and expects every frame to show its moment's
+// colours. Returns the GIF's path.
+std::string ExpectGifShowsEveryMoment(const std::string& scene, const std::string& args,
+                                      const std::vector<std::int32_t>& times, const TempDir& dir) {
+  const std::string gif = dir / "out.gif";
+  // At most 60 outputs a run.
+  for (std::size_t first = 0; first < times.size(); first += 60) {
+    std::string command = std::string(QV_RENDER_TOOL) + " " + scene + " --quiet " + args;
+    if (first == 0) command += " -o " + gif;
+    for (std::size_t k = first; k < std::min(times.size(), first + 60); ++k) {
+      command +=
+          " --png-at " + std::to_string(times[k]) + " " + dir / ("m" + std::to_string(k) + ".png");
+    }
+    const RunResult r = RunCommand(command, dir);
+    EXPECT_EQ(0, r.exitCode) << r.text;
+  }
+  int width = 0;
+  const std::vector<Rgb> frames = DecodeWithPillow(gif, dir, &width);
+  EXPECT_EQ(times.size(), frames.size());
+  for (std::size_t k = 0; k < std::min(times.size(), frames.size()); ++k) {
+    Picture moment;
+    std::string error;
+    EXPECT_TRUE(qvscene::ReadIndexedPng(dir / ("m" + std::to_string(k) + ".png"), &moment, &error))
+        << error;
+    EXPECT_EQ(moment.width, width);
+    EXPECT_TRUE(ToRgb(moment) == frames[k]) << "moment " << times[k];
+  }
+  return gif;
+}
+
+bool HavePillow() {
+  TempDir dir;
+  return std::string(QV_PYTHON3).size() > 0 &&
+         RunCommand(std::string(QV_PYTHON3) + " -c 'import PIL'", dir).exitCode == 0;
+}
+
+// The frames of a GIF as gifsicle --info lists them: "WxH" for each.
+std::vector<std::string> FrameSizes(const std::string& gif, const TempDir& dir) {
+  const RunResult r = RunCommand("gifsicle --info " + gif, dir);
+  std::vector<std::string> sizes;
+  std::istringstream lines(r.text);
+  for (std::string line; std::getline(lines, line);) {
+    std::istringstream words(line);
+    std::string plus, image, number, size;
+    if (words >> plus >> image >> number >> size && plus == "+" && image == "image") {
+      sizes.push_back(size);
+    }
+  }
+  return sizes;
+}
+
+TEST(GifDecode, DemoFramesShowTheMomentsColourForColour) {
+  if (!HavePillow()) GTEST_SKIP() << "Python with Pillow (python3-pil) is needed";
+  TempDir dir;
+  ASSERT_EQ(0, RunCommand(std::string(QV_DEMO_ASSETS_TOOL) + " " + dir / "assets", dir).exitCode);
+  const std::string scene = std::string(QV_EXAMPLES_DIR) + "/demo.json";
+  qvscene::LoadOptions options;
+  options.pictureDir = dir / "assets";
+  const std::vector<std::int32_t> times = qvscene::LoadScene(scene, options)->Times();
+  ASSERT_EQ(120u, times.size());
+  ExpectGifShowsEveryMoment(scene, "--pictures " + dir / "assets", times, dir);
+}
+
+// On the tiny pictures: the background member cycles indices 4 to 7 (its
+// pixels keep their indices and change colour) up to moment 5, when an
+// identical member without colours takes its place; a sprite appears at 2
+// and vanishes after 5; a colour-only member flashes entry 10, which no
+// pixel shows, up to 4; from 10 on a switch changes entry 3, shown at (2, 0)
+// and (4, 3), every other moment. Moments 6 to 10 are identical.
+TEST(GifDecode, StressedFrameDifferencesDecodeToTheMoments) {
+  if (!HavePillow()) GTEST_SKIP() << "Python with Pillow (python3-pil) is needed";
+  TempDir dir;
+  WriteTinyPictures(dir);
+  const std::string text = R"({
+  "output": {"width": 8, "height": 4, "to": 13, "palette": "pal", "background": 9},
+  "pictures": {"pal": "pal.png", "spr": "spr.png"},
+  "members": [
+    {"name": "m", "picture": "pal", "frames": [{"rect": [0, 0, 8, 4]}], "end": 5,
+     "colors": [{"kind": "cycle", "area": [[4, 7]]}]},
+    {"name": "still", "picture": "pal", "frames": [{"rect": [0, 0, 8, 4]}], "start": 6},
+    {"name": "s", "picture": "spr", "transparent": 0, "frames": [{"rect": [0, 0, 2, 2]}],
+     "start": 2, "end": 5, "path": {"points": [[1, 1], [7, 3]], "between": 2, "type": "reflect"}},
+    {"name": "lamp", "colorTable": "pal", "start": 0, "end": 4,
+     "colors": [{"kind": "flash", "area": [10]}]},
+    {"name": "sw", "colorTable": "pal", "start": 10,
+     "colors": [{"kind": "switch", "area": [3], "tables": [{}, {"entries": [[3, "#123456"]]}]}]}],
+  "layers": [{"members": ["m", "still", "lamp", "sw"]}, {"members": ["s"]}]
+})";
+  WriteText(dir / "stress.json", text);
+  std::vector<std::int32_t> times;
+  for (std::int32_t t = 0; t <= 13; ++t) times.push_back(t);
+  const std::string gif = ExpectGifShowsEveryMoment(dir / "stress.json", "", times, dir);
+  // Frames after the first hold only what changed: a single pixel where
+  // nothing did, the columns of entry 3 where only it did.
+  const std::vector<std::string> sizes = FrameSizes(gif, dir);
+  const std::vector<std::string> expected = {"8x4", "1x1", "1x1", "1x1",
+                                             "1x1", "3x4", "3x4", "3x4"};
+  ASSERT_EQ(14u, sizes.size());
+  EXPECT_EQ(expected, std::vector<std::string>(sizes.begin() + 6, sizes.end()));
+  EXPECT_EQ("8x4", sizes[0]);
+}
+
+}  // namespace
