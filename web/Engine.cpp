@@ -243,24 +243,11 @@ EMSCRIPTEN_KEEPALIVE const char* qvw_hit(int x, int y) {
   if (!gMovie) return "";
   Movie& m = *gMovie;
   m.hit.clear();
-  QvMLayer* layers = m.scene->Layers();
-  tbRect area = m.scene->Area();
-  for (int layer = layers->Count() - 1; layer >= 0 && m.hit.empty(); --layer) {
-    std::vector<std::pair<QvMCast*, std::int16_t>> refs;
-    QvMCast* cast = nullptr;
-    std::int16_t id = -1;
-    for (std::int16_t i = 0; layers->Get(static_cast<std::int16_t>(layer), i, &cast, &id); ++i) {
-      refs.emplace_back(cast, id);
-    }
-    for (auto it = refs.rbegin(); it != refs.rend(); ++it) {
-      tbPoint pt(x, y);
-      if (!it->first->PtInAFrame(&pt, it->second, m.shown, &area, 0)) continue;
-      for (const std::string& name : m.scene->MemberNames()) {
-        if (it->first == m.scene->Cast() && m.scene->MemberId(name) == it->second) m.hit = name;
-      }
-      if (m.hit.empty()) m.hit = "member " + std::to_string(it->second);
-      break;
-    }
+  std::int16_t id = -1;
+  int layer = -1;
+  if (m.scene->TopmostAt(x, y, m.shown, &id, &layer)) {
+    m.hit = m.scene->MemberName(id);
+    if (m.hit.empty()) m.hit = "member " + std::to_string(id);
   }
   return m.hit.c_str();
 }

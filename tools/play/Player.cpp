@@ -422,30 +422,9 @@ Hit Player::HitTest(int x, int y) {
   hit.x = x;
   hit.y = y;
   if (!scene_) return hit;
-  QvMLayer* layers = scene_->Layers();
-  tbRect area = scene_->Area();
-  const std::int32_t t = Moment();
-  for (int layer = layers->Count() - 1; layer >= 0; --layer) {
-    if (!LayerVisible(layer)) continue;
-    std::vector<std::pair<QvMCast*, std::int16_t>> refs;
-    QvMCast* cast = nullptr;
-    std::int16_t id = -1;
-    for (std::int16_t i = 0; layers->Get(static_cast<std::int16_t>(layer), i, &cast, &id); ++i) {
-      refs.emplace_back(cast, id);
-    }
-    // The member placed last is drawn last, so it lies on top.
-    for (auto it = refs.rbegin(); it != refs.rend(); ++it) {
-      tbPoint pt(x, y);
-      if (!it->first->PtInAFrame(&pt, it->second, t, &area, QvMCast::kPixelsSquare)) continue;
-      hit.found = true;
-      hit.id = it->second;
-      hit.layer = layer;
-      for (const MemberRange& m : members_) {
-        if (it->first == scene_->Cast() && m.id == it->second) hit.name = m.name;
-      }
-      return hit;
-    }
-  }
+  hit.found = scene_->TopmostAt(x, y, Moment(), &hit.id, &hit.layer,
+                                [this](int layer) { return LayerVisible(layer); });
+  if (hit.found) hit.name = scene_->MemberName(hit.id);
   return hit;
 }
 

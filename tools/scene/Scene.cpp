@@ -8,6 +8,7 @@
 #include "layer/QvMLayer.h"
 #include "scene/GWorld.h"
 #include "toolbox/tbPixMap.h"
+#include "toolbox/tbPoint.h"
 
 namespace qvscene {
 
@@ -72,6 +73,35 @@ std::vector<std::string> Scene::MemberNames() const {
   std::vector<std::string> names;
   for (const Member& m : members_) names.push_back(m.name);
   return names;
+}
+
+std::string Scene::MemberName(std::int16_t id) const {
+  for (const Member& m : members_) {
+    if (m.id == id) return m.name;
+  }
+  return "";
+}
+
+bool Scene::TopmostAt(std::int32_t x, std::int32_t y, std::int32_t t, std::int16_t* id, int* layer,
+                      const std::function<bool(int)>& shown) {
+  tbRect area = Area();
+  for (int l = layers_->Count() - 1; l >= 0; --l) {
+    if (shown && !shown(l)) continue;
+    std::vector<std::int16_t> ids;
+    QvMCast* cast = nullptr;
+    std::int16_t ref = -1;
+    for (std::int16_t i = 0; layers_->Get(static_cast<std::int16_t>(l), i, &cast, &ref); ++i) {
+      if (cast == cast_.get()) ids.push_back(ref);
+    }
+    for (auto it = ids.rbegin(); it != ids.rend(); ++it) {
+      tbPoint pt(x, y);
+      if (!cast_->PtInAFrame(&pt, *it, t, &area, QvMCast::kPixelsSquare)) continue;
+      *id = *it;
+      *layer = l;
+      return true;
+    }
+  }
+  return false;
 }
 
 std::int16_t Scene::MemberId(const std::string& name) const {

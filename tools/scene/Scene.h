@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -68,6 +69,16 @@ class Scene {
   std::vector<std::string> MemberNames() const;
   // Cast id of the member with that name, or -1.
   std::int16_t MemberId(const std::string& name) const;
+  // Name of the member with that cast id, or "" when none has it.
+  std::string MemberName(std::int16_t id) const;
+
+  // The topmost member whose frame holds the movie pixel (x, y) at moment t:
+  // the layers from the top down, on each the member placed last first (it
+  // is drawn last). Layers for which shown(layer) is false are passed over
+  // (all are looked at when shown is empty). Its cast id and layer, or false
+  // when there is none.
+  bool TopmostAt(std::int32_t x, std::int32_t y, std::int32_t t, std::int16_t* id, int* layer,
+                 const std::function<bool(int)>& shown = {});
   QvMCast* Cast() { return cast_.get(); }
   QvMLayer* Layers() { return layers_.get(); }
 
