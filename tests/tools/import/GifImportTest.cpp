@@ -272,7 +272,7 @@ TEST(GifReader, DecodesLzwAndRefusesBadFiles) {
     "members": [{"name": "m", "picture": "p", "frames": [{"rect": [0, 0, 2, 2], "anchor": [0, 0]}], "position": [0, 0]}],
     "layers": [{"members": ["m"]}]})");
   ASSERT_EQ(Render(dir / "s.json --png-at 0 " + dir / "o.png -q", dir).exitCode, 0);
-  const Rgb out = ToRgb(ReadPng(dir / "o.png"));
+  const Rgb out = ReadRgb(dir / "o.png");
   EXPECT_TRUE(out.pixels == a.frames[0].rgb);
 }
 

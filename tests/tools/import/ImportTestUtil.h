@@ -57,10 +57,8 @@ inline void WriteBytes(const std::string& path, const Bytes& b) {
       .write(reinterpret_cast<const char*>(b.data()), static_cast<std::streamsize>(b.size()));
 }
 
-struct Rgb {
-  int width = 0, height = 0;
-  Bytes pixels;  // r, g, b
-};
+using Rgb = tooltest::RgbImage;
+using tooltest::ReadRgb;
 
 // Binary PPM (P6, maxval 255) as netpbm writes it.
 inline void WritePpm(const std::string& path, const Rgb& img) {
@@ -83,15 +81,6 @@ inline Rgb ReadPpm(const std::string& path) {
   return img;
 }
 
-// The colours of an indexed picture.
-inline Rgb ToRgb(const qvscene::Picture& p) {
-  Rgb img;
-  img.width = p.width;
-  img.height = p.height;
-  for (unsigned char i : p.pixels)
-    img.pixels.insert(img.pixels.end(), p.palette[i], p.palette[i] + 3);
-  return img;
-}
 inline qvscene::Picture ReadPng(const std::string& path) {
   qvscene::Picture p;
   std::string error;

@@ -5,8 +5,6 @@
 // speed and colour tables. Skipped when the WebAssembly build (scripts/web.sh)
 // was not configured beside this build.
 
-#include <png.h>
-
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -30,27 +28,8 @@ using tooltest::RunCommand;
 using tooltest::TempDir;
 namespace fs = std::filesystem;
 
-// Any PNG decoded to 8-bit RGB by libpng itself (palettes expanded).
-struct Rgb {
-  int width = 0, height = 0;
-  std::vector<unsigned char> pixels;
-  const unsigned char* At(int x, int y) const {
-    return &pixels[(static_cast<std::size_t>(y) * width + x) * 3];
-  }
-};
-
-Rgb ReadRgb(const std::string& path) {
-  png_image image{};
-  image.version = PNG_IMAGE_VERSION;
-  Rgb out;
-  if (!png_image_begin_read_from_file(&image, path.c_str())) return out;
-  image.format = PNG_FORMAT_RGB;
-  out.pixels.resize(PNG_IMAGE_SIZE(image));
-  if (!png_image_finish_read(&image, nullptr, out.pixels.data(), 0, nullptr)) return out;
-  out.width = static_cast<int>(image.width);
-  out.height = static_cast<int>(image.height);
-  return out;
-}
+using Rgb = tooltest::RgbImage;
+using tooltest::ReadRgb;
 
 // Every scale x scale block of the screenshot is one pixel of the render
 // tool's picture, in its colour.
@@ -317,22 +296,15 @@ TEST_F(WebPage, PlaysAtTheEnginesSpeedWithItsColours) {
 // names it on a click, and its moment 3, four times enlarged, is the render
 // tool's (the cycle of indices 4 to 7 three steps on).
 TEST_F(WebPage, TinySceneWithMarkupInItsNames) {
-  const std::string name = "<!--<script></script>m";
-  std::string text = tooltest::TinySceneText();
-  text = tooltest::Replace(tooltest::Replace(text, "\"m\",", "\"" + name + "\","), "[\"m\"]",
-                           "[\"" + name + "\"]");
+  const std::string name = "<!--<script></script>m", hit = *dir_ / "hit.json";
+  const std::string scene = *dir_ / "tiny.json", page = *dir_ / "tiny.html";
   tooltest::WriteTinyPictures(*dir_);
-  tooltest::WriteText(*dir_ / "tiny.json", text);
-  const std::string page = *dir_ / "tiny.html", shot = *dir_ / "tiny-shot.png";
-  ASSERT_EQ(RenderTool(*dir_ / "tiny.json --html " + page + " --png-at 3 " + (*dir_ / "tiny3.png"),
-                       *dir_),
-            "0 ");
-  ASSERT_TRUE(Browse("t=3&s=4",
-                     "--wait-for 'window.qvPage && qvPage.ready && qvPage.moment() === 3' --shot " +
-                         shot + " --eval 'qvPage.hit(7, 3)' " + (*dir_ / "hit.json"),
-                     page));
-  EXPECT_EQ(ReadJson(*dir_ / "hit.json"), name);
-  ExpectEnlarged(shot, *dir_ / "tiny3.png", 4);
+  tooltest::WriteText(scene, tooltest::Replace(tooltest::Replace(tooltest::TinySceneText(),
+                                                                 "\"m\",", "\"" + name + "\","),
+                                               "[\"m\"]", "[\"" + name + "\"]"));
+  ASSERT_EQ(RenderTool(scene + " --html " + page, *dir_), "0 ");
+  ExpectMoment(page, scene, 3, 4, "--eval 'qvPage.hit(7, 3)' " + hit);
+  EXPECT_EQ(ReadJson(hit), name);
 }
 
 }  // namespace
