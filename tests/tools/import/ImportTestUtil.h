@@ -10,10 +10,12 @@
 #include <vector>
 
 #include "ToolTestUtil.h"
+#include "import/FormatError.h"
 #include "scene/PngIO.h"
 
 namespace importtest {
 
+using tooltest::Contains;
 using tooltest::Ints;
 using tooltest::RunCommand;
 using tooltest::RunResult;
@@ -46,6 +48,26 @@ inline RunResult Import(const std::string& args, const TempDir& dir) {
 }
 inline RunResult Render(const std::string& args, const TempDir& dir) {
   return RunCommand(std::string(QV_RENDER_TOOL) + " " + args, dir);
+}
+
+// read (a decoder of a byte buffer) refuses file with a FormatError whose
+// message holds message.
+template <class Read>
+void ExpectRefused(Read read, const Bytes& file, const std::string& message) {
+  try {
+    read(file);
+    ADD_FAILURE() << "accepted: " << message;
+  } catch (const qvimport::FormatError& e) {
+    EXPECT_TRUE(Contains(e.what(), message)) << e.what();
+  }
+}
+// read refuses every proper beginning of file.
+template <class Read>
+void ExpectCutsRefused(Read read, const Bytes& file) {
+  for (std::size_t n = 0; n < file.size(); ++n)
+    EXPECT_THROW(read(Bytes(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(n))),
+                 qvimport::FormatError)
+        << n;
 }
 
 inline Bytes ReadBytes(const std::string& path) {
