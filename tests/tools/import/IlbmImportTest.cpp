@@ -116,9 +116,8 @@ TEST(IlbmRanges, RenderedTablesTurnAsTheRangesSay) {
   for (const Bytes& c :
        {Crng(0, 7, 2731, true, false), Crng(8, 11, 1000, true, true), Ccrt(1, 12, 17, 0, 250000),
         Ccrt(-1, 18, 21, 1, 0), Drng(22, 27, 1638, {22, 23, -1, 25, 26, 27}, {{24, gold}}),
-        Crng(28, 31, 8192, false, false)}) {
-    chunks.insert(chunks.end(), c.begin(), c.end());
-  }
+        Crng(28, 31, 8192, false, false)})
+    Append(&chunks, c);
   Bytes file = InsertChunks(ReadBytes(dir / "pic.lbm"), chunks);
   WriteBytes(dir / "r.lbm", file);
   const RunResult r = Import(dir / "r.lbm -o " + dir / "r.json", dir);
