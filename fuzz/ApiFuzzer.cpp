@@ -92,38 +92,12 @@ class Bytes {
     return values[U8() % 16];
   }
   double Real() {
-    static const double values[] = {0.0,
-                                    1.0,
-                                    -1.0,
-                                    0.5,
-                                    2.0,
-                                    1.5,
-                                    0.25,
-                                    3.0,
-                                    -0.75,
-                                    1e-9,
-                                    40.0,
-                                    0.7,
-                                    1.25,
-                                    -2.0,
-                                    0.1,
-                                    6.0,
-                                    0.0,
-                                    1.0,
-                                    2.5,
-                                    0.33,
-                                    4.0,
-                                    -0.5,
-                                    0.9,
-                                    1.1,
-                                    1e300,
-                                    -1e300,
-                                    3.14159265358979,
-                                    1.5707963267949,
-                                    0.0,
-                                    1.0,
-                                    8.0,
-                                    0.125};
+    // clang-format off
+    static const double values[] = {
+        0.0, 1.0, -1.0, 0.5, 2.0, 1.5, 0.25, 3.0, -0.75, 1e-9, 40.0, 0.7, 1.25, -2.0, 0.1, 6.0,
+        0.0, 1.0, 2.5, 0.33, 4.0, -0.5, 0.9, 1.1, 1e300, -1e300, 3.14159265358979,
+        1.5707963267949, 0.0, 1.0, 8.0, 0.125};
+    // clang-format on
     return values[U8() % 32];
   }
 
@@ -795,31 +769,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                                              "frame", "colour", "clock", "fault"};
         std::fprintf(stderr, "%s %d\n", groups[op % 9], arg);
       }
-      switch (op % 9) {
-        case 0:
-        case 1:
-        case 2:
-          CastOp(w, in, arg);
-          break;
-        case 3:
-          LayerOp(w, in, arg);
-          break;
-        case 4:
-        case 5:
-          FrameOp(w, in, arg);
-          break;
-        case 6:
-          ColourOp(w, in, arg);
-          break;
-        case 7:
-          fakeMilliseconds += static_cast<std::uint32_t>(arg) * 17u;
-          break;
-        default:
-          // The allocation numbered arg (counted from here) fails, within
-          // the next few calls.
-          if (faults) QvFailAllocation(arg % 64 + 1);
-          continue;
+      if (op % 9 == 8) {
+        // The allocation numbered arg (counted from here) fails, within the
+        // next few calls.
+        if (faults) QvFailAllocation(arg % 64 + 1);
+        continue;
       }
+      auto cast = [&] { CastOp(w, in, arg); };
+      auto frame = [&] { FrameOp(w, in, arg); };
+      Pick(
+          op % 9, cast, cast, cast, [&] { LayerOp(w, in, arg); }, frame, frame,
+          [&] { ColourOp(w, in, arg); },
+          [&] { fakeMilliseconds += static_cast<std::uint32_t>(arg) * 17u; });
       QvFailAllocation(0);
     }
     w.Destroy(destroyOrder);
