@@ -178,25 +178,19 @@ TEST_F(HostileRender, SignalsAndTheFileSizeLimitLeaveNothingBehind) {
 // A PNG whose header claims width x height pixels, with a palette of one
 // entry and no image data.
 void WritePngHeader(const std::string& path, std::uint32_t width, std::uint32_t height) {
+  auto be32 = [](std::size_t v) {
+    std::string s;
+    for (int i = 0; i < 4; ++i) s += static_cast<char>(v >> (24 - 8 * i));
+    return s;
+  };
   std::string bytes("\x89PNG\r\n\x1a\n", 8);
-  auto be32 = [&](std::uint32_t v) {
-    for (int i = 0; i < 4; ++i) bytes += static_cast<char>(v >> (24 - 8 * i));
-  };
-  auto chunk = [&](const std::string& typeAndData) {
-    be32(static_cast<std::uint32_t>(typeAndData.size() - 4));
-    bytes += typeAndData;
-    be32(static_cast<std::uint32_t>(crc32(0, reinterpret_cast<const Bytef*>(typeAndData.data()),
-                                          static_cast<uInt>(typeAndData.size()))));
-  };
-  std::string ihdr = "IHDR";
-  for (std::uint32_t v : {width, height}) {
-    for (int i = 0; i < 4; ++i) ihdr += static_cast<char>(v >> (24 - 8 * i));
+  for (const std::string& chunk :  // type and data; 8 bits, indexed
+       {"IHDR" + be32(width) + be32(height) + std::string("\x08\x03\0\0\0", 5),
+        std::string("PLTE\0\0\0", 7), std::string("IDAT"), std::string("IEND")}) {
+    bytes += be32(chunk.size() - 4) + chunk +
+             be32(crc32(0, reinterpret_cast<const Bytef*>(chunk.data()),
+                        static_cast<uInt>(chunk.size())));
   }
-  ihdr += std::string("\x08\x03\0\0\0", 5);  // 8 bits, indexed
-  chunk(ihdr);
-  chunk(std::string("PLTE\0\0\0", 7));
-  chunk("IDAT");
-  chunk("IEND");
   WriteText(path, bytes);
 }
 
@@ -235,7 +229,7 @@ TEST_F(HostileRender, InputsMustBeRegularFilesOfBoundedSizeAndMemory) {
       {{"\"to\": 5", "\"to\": 1e400"}, "/output/to: number out of range: 1e400"},
       {{"\"to\": 5", "\"to\": -1e999"}, "/output/to: number out of range: -1e999"},
       {{"\"zoom\": 1.0", "\"zoom\": 1e309"}, frame + "zoom: number out of range: 1e309"},
-      {{"\"to\": 5", "\"to\": 20000"}, "/output/to: more than 20000 moments"},
+      {{"\"to\": 5", "\"to\": 20000"}, "/output/to: more than 20000 moments to render"},
       {{"\"to\": 5", "\"to\": 1e20"}, "/output/to: out of range: 1e+20"},
       {{"\"zoom\": 1.0", "\"anchor\": [32767, -32768], \"zoom\": 16, \"rotation\": 90"},
        frame + "anchor: zoomed and rotated about its anchor, the image of this frame would be more "

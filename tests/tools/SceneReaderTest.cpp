@@ -231,13 +231,9 @@ TEST_F(SceneReader, ErrorsNameTheFilePathAndLine) {
       {"\"frames\"",
        "\"path\": {\"points\": [" + points + "[40, 0]], \"between\": 1000},\n \"frames\"",
        "/members/0/path/between: the path would have more than 32767 anchors", "\"between\""},
-      // Numbers out of range of any kind, and values whose consequences are.
-      {"\"to\": 5", "\"to\": 1e400", "/output/to: number out of range: 1e400"},
+      // Numbers out of range (more in the render tool's hostile-input test).
       {"1.0}", "-1e999}", "/members/0/frames/0/zoom: number out of range: -1e999"},
       {"\"width\": 8", "\"width\": 1e20", "/output/width: out of range: 1e+20"},
-      {"\"to\": 5", "\"to\": 20000", "/output/to: more than 20000 moments to render"},
-      {"\"zoom\": 1.0", "\"anchor\": [32767, -32768], \"zoom\": 16, \"rotation\": 90",
-       "/members/0/frames/0/anchor: zoomed and rotated about its anchor"},
       {"\"to\": 5", "\"to\": " + std::string(199, '[') + std::string(199, ']'),
        "/output/to/0/0/0/"},
   };

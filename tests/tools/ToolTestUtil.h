@@ -3,6 +3,7 @@
 // of 8 x 4 pixels whose every pixel and colour the tests know.
 #pragma once
 
+#include <png.h>
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -113,6 +114,28 @@ inline void SavePicture(const std::string& path, const Picture& p, int seconds =
   std::string error;
   if (!qvscene::WriteIndexedPng(path, p, &error)) throw std::runtime_error(error);
   Restamp(path, seconds);
+}
+
+// Any PNG decoded to 8-bit RGB by libpng itself (palettes expanded); 0 x 0
+// when it cannot be read.
+struct RgbImage {
+  int width = 0, height = 0;
+  std::vector<unsigned char> pixels;  // r, g, b
+  const unsigned char* At(int x, int y) const {
+    return &pixels[(static_cast<std::size_t>(y) * width + x) * 3];
+  }
+};
+inline RgbImage ReadRgb(const std::string& path) {
+  png_image image{};
+  image.version = PNG_IMAGE_VERSION;
+  RgbImage out;
+  if (!png_image_begin_read_from_file(&image, path.c_str())) return out;
+  image.format = PNG_FORMAT_RGB;
+  out.pixels.resize(PNG_IMAGE_SIZE(image));
+  if (!png_image_finish_read(&image, nullptr, out.pixels.data(), 0, nullptr)) return {};
+  out.width = static_cast<int>(image.width);
+  out.height = static_cast<int>(image.height);
+  return out;
 }
 
 // pal.png: 8 x 4 as below; spr.png: 2 x 2 with the pixels 3 5 / 6 0.

@@ -7,14 +7,12 @@
 #include <nlohmann/json.hpp>
 
 #include "ImportTestUtil.h"
-#include "import/FormatError.h"
 #include "import/Gif.h"
 #include "import/SceneWriter.h"
 
 namespace {
 
 using namespace importtest;
-using tooltest::Contains;
 
 qvimport::GifAnimation Decode(const Bytes& b) { return qvimport::ReadGif(b.data(), b.size()); }
 
@@ -105,11 +103,9 @@ void WriteFrames(const TempDir& dir, int count, int shades) {
              static_cast<unsigned char>(square ? 10 : 90 + s)});
       }
     }
-    WritePpm(dir / ("f" + std::to_string(k) + ".ppm"), f);
-    ASSERT_EQ(Sh("pamtogif " + dir / ("f" + std::to_string(k) + ".ppm") + " > " +
-                     dir / ("f" + std::to_string(k) + ".gif") + "",
-                 dir),
-              0);
+    const std::string name = dir / ("f" + std::to_string(k));
+    WritePpm(name + ".ppm", f);
+    ASSERT_EQ(Sh("pamtogif " + name + ".ppm > " + name + ".gif", dir), 0);
   }
 }
 
@@ -202,13 +198,8 @@ TEST(GifScene, DelaysBecomeIntervalsWithTheRoundingCarried) {
   // Two of the longest delays last longer than a scene's 32767 units.
   anim.frames[3].delay = anim.frames[4].delay = 65535;
   anim.frames[4].offset = 1234;
-  try {
-    qvimport::SceneFromGif(anim, "x");
-    ADD_FAILURE() << "accepted";
-  } catch (const qvimport::FormatError& e) {
-    EXPECT_TRUE(Contains(e.what(), "image block 5 at byte 1234: the frames last longer"))
-        << e.what();
-  }
+  ExpectRefused([&](const Bytes&) { qvimport::SceneFromGif(anim, "x"); }, {},
+                "image block 5 at byte 1234: the frames last longer");
 }
 
 TEST(GifReader, DecodesLzwAndRefusesBadFiles) {
@@ -218,33 +209,15 @@ TEST(GifReader, DecodesLzwAndRefusesBadFiles) {
   ASSERT_EQ(a.frames.size(), 1u);
   EXPECT_TRUE(a.frames[0].rgb == Bytes({80, 0, 0, 80, 0, 0, 80, 0, 0, 80, 0, 0}));
 
-  struct Case {
-    Bytes file;
-    const char* message;
-  };
   Bytes wide = good;
   wide[7] = 0x9c;  // screen width 40000
-  const Case cases[] = {
-      // Data from byte 37 on, 3 bits a code: code 7 ends in byte 38.
-      {MakeGif(2, 2, {4, 1, 7, 5}),
-       "image block 1 at byte 38: LZW code 7 beyond the table (6 codes)"},
-      {MakeGif(2, 2, {4, 6, 5}), "LZW code 6 before any string is known"},
-      {MakeGif(2, 2, {4, 1, 5}), "the image data ends after 1 of 4 pixels"},
-      {wide, "logical screen descriptor at byte 6: the screen is too large"},
-  };
-  for (const Case& c : cases) {
-    try {
-      Decode(c.file);
-      ADD_FAILURE() << "accepted: " << c.message;
-    } catch (const qvimport::FormatError& e) {
-      EXPECT_TRUE(Contains(e.what(), c.message)) << e.what();
-    }
-  }
-  for (std::size_t n = 0; n < good.size(); ++n) {
-    EXPECT_THROW(Decode(Bytes(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(n))),
-                 qvimport::FormatError)
-        << n;
-  }
+  // Data from byte 37 on, 3 bits a code: code 7 ends in byte 38.
+  ExpectRefused(Decode, MakeGif(2, 2, {4, 1, 7, 5}),
+                "image block 1 at byte 38: LZW code 7 beyond the table (6 codes)");
+  ExpectRefused(Decode, MakeGif(2, 2, {4, 6, 5}), "LZW code 6 before any string is known");
+  ExpectRefused(Decode, MakeGif(2, 2, {4, 1, 5}), "the image data ends after 1 of 4 pixels");
+  ExpectRefused(Decode, wide, "logical screen descriptor at byte 6: the screen is too large");
+  ExpectCutsRefused(Decode, good);
 
   TempDir dir;
   WriteBytes(dir / "bad.gif", MakeGif(2, 2, {4, 1, 7, 5}));
@@ -272,7 +245,7 @@ TEST(GifReader, DecodesLzwAndRefusesBadFiles) {
     "members": [{"name": "m", "picture": "p", "frames": [{"rect": [0, 0, 2, 2], "anchor": [0, 0]}], "position": [0, 0]}],
     "layers": [{"members": ["m"]}]})");
   ASSERT_EQ(Render(dir / "s.json --png-at 0 " + dir / "o.png -q", dir).exitCode, 0);
-  const Rgb out = ToRgb(ReadPng(dir / "o.png"));
+  const Rgb out = ReadRgb(dir / "o.png");
   EXPECT_TRUE(out.pixels == a.frames[0].rgb);
 }
 

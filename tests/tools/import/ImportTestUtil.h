@@ -10,10 +10,12 @@
 #include <vector>
 
 #include "ToolTestUtil.h"
+#include "import/FormatError.h"
 #include "scene/PngIO.h"
 
 namespace importtest {
 
+using tooltest::Contains;
 using tooltest::Ints;
 using tooltest::RunCommand;
 using tooltest::RunResult;
@@ -48,6 +50,26 @@ inline RunResult Render(const std::string& args, const TempDir& dir) {
   return RunCommand(std::string(QV_RENDER_TOOL) + " " + args, dir);
 }
 
+// read (a decoder of a byte buffer) refuses file with a FormatError whose
+// message holds message.
+template <class Read>
+void ExpectRefused(Read read, const Bytes& file, const std::string& message) {
+  try {
+    read(file);
+    ADD_FAILURE() << "accepted: " << message;
+  } catch (const qvimport::FormatError& e) {
+    EXPECT_TRUE(Contains(e.what(), message)) << e.what();
+  }
+}
+// read refuses every proper beginning of file.
+template <class Read>
+void ExpectCutsRefused(Read read, const Bytes& file) {
+  for (std::size_t n = 0; n < file.size(); ++n)
+    EXPECT_THROW(read(Bytes(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(n))),
+                 qvimport::FormatError)
+        << n;
+}
+
 inline Bytes ReadBytes(const std::string& path) {
   const std::string s = tooltest::Slurp(path);
   return Bytes(s.begin(), s.end());
@@ -57,10 +79,8 @@ inline void WriteBytes(const std::string& path, const Bytes& b) {
       .write(reinterpret_cast<const char*>(b.data()), static_cast<std::streamsize>(b.size()));
 }
 
-struct Rgb {
-  int width = 0, height = 0;
-  Bytes pixels;  // r, g, b
-};
+using Rgb = tooltest::RgbImage;
+using tooltest::ReadRgb;
 
 // Binary PPM (P6, maxval 255) as netpbm writes it.
 inline void WritePpm(const std::string& path, const Rgb& img) {
@@ -83,15 +103,6 @@ inline Rgb ReadPpm(const std::string& path) {
   return img;
 }
 
-// The colours of an indexed picture.
-inline Rgb ToRgb(const qvscene::Picture& p) {
-  Rgb img;
-  img.width = p.width;
-  img.height = p.height;
-  for (unsigned char i : p.pixels)
-    img.pixels.insert(img.pixels.end(), p.palette[i], p.palette[i] + 3);
-  return img;
-}
 inline qvscene::Picture ReadPng(const std::string& path) {
   qvscene::Picture p;
   std::string error;
@@ -121,10 +132,11 @@ inline void Be16(Bytes* b, int v) {
   b->push_back(static_cast<unsigned char>(v >> 8));
   b->push_back(static_cast<unsigned char>(v));
 }
+inline void Append(Bytes* b, const Bytes& more) { b->insert(b->end(), more.begin(), more.end()); }
 inline Bytes Chunk(const char* id, const Bytes& body) {
   Bytes c(id, id + 4);
   Be32(&c, static_cast<std::uint32_t>(body.size()));
-  c.insert(c.end(), body.begin(), body.end());
+  Append(&c, body);
   if (body.size() & 1) c.push_back(0);
   return c;
 }
@@ -137,7 +149,7 @@ inline Bytes InsertChunks(const Bytes& file, const Bytes& chunks) {
     at += 8 + size + (size & 1);
   }
   Bytes out(file.begin(), file.begin() + at);
-  out.insert(out.end(), chunks.begin(), chunks.end());
+  Append(&out, chunks);
   out.insert(out.end(), file.begin() + at, file.end());
   const std::uint32_t form = static_cast<std::uint32_t>(out.size() - 8);
   for (int i = 0; i < 4; ++i) out[4 + i] = static_cast<unsigned char>(form >> (24 - 8 * i));
@@ -145,18 +157,14 @@ inline Bytes InsertChunks(const Bytes& file, const Bytes& chunks) {
 }
 inline Bytes Crng(int low, int high, int rate, bool active, bool reverse) {
   Bytes b;
-  Be16(&b, 0);
-  Be16(&b, rate);
-  Be16(&b, (active ? 1 : 0) | (reverse ? 2 : 0));
-  b.push_back(static_cast<unsigned char>(low));
-  b.push_back(static_cast<unsigned char>(high));
+  for (int v : {0, rate, (active ? 1 : 0) | (reverse ? 2 : 0)}) Be16(&b, v);
+  b.insert(b.end(), {static_cast<unsigned char>(low), static_cast<unsigned char>(high)});
   return Chunk("CRNG", b);
 }
 inline Bytes Ccrt(int direction, int low, int high, std::uint32_t seconds, std::uint32_t micro) {
   Bytes b;
   Be16(&b, direction);
-  b.push_back(static_cast<unsigned char>(low));
-  b.push_back(static_cast<unsigned char>(high));
+  b.insert(b.end(), {static_cast<unsigned char>(low), static_cast<unsigned char>(high)});
   Be32(&b, seconds);
   Be32(&b, micro);
   Be16(&b, 0);
@@ -176,9 +184,9 @@ inline Bytes Drng(int low, int high, int rate, const std::vector<int>& regs,
     for (int s = 16; s >= 0; s -= 8) b.push_back(static_cast<unsigned char>(t.second >> s));
   }
   for (std::size_t i = 0; i < regs.size(); ++i) {
-    if (regs[i] < 0) continue;
-    b.push_back(static_cast<unsigned char>(low + static_cast<int>(i)));
-    b.push_back(static_cast<unsigned char>(regs[i]));
+    if (regs[i] >= 0)
+      b.insert(b.end(), {static_cast<unsigned char>(low + static_cast<int>(i)),
+                         static_cast<unsigned char>(regs[i])});
   }
   return Chunk("DRNG", b);
 }
@@ -192,57 +200,47 @@ inline Bytes MakeIff(bool chunky, int width, int height, int planes, int masking
   Be16(&bmhd, width);
   Be16(&bmhd, height);
   Be32(&bmhd, 0);
-  bmhd.push_back(static_cast<unsigned char>(planes));
-  bmhd.push_back(static_cast<unsigned char>(masking));
-  bmhd.push_back(0);
-  bmhd.push_back(0);
-  Be16(&bmhd, 0);
-  bmhd.push_back(10);
-  bmhd.push_back(11);
+  bmhd.insert(bmhd.end(), {static_cast<unsigned char>(planes), static_cast<unsigned char>(masking),
+                           0, 0, 0, 0, 10, 11});
   Be16(&bmhd, width);
   Be16(&bmhd, height);
   Bytes cmap;
-  for (int i = 0; i < colors; ++i) {
-    cmap.push_back(static_cast<unsigned char>(i * 40));
-    cmap.push_back(static_cast<unsigned char>(255 - i * 20));
-    cmap.push_back(static_cast<unsigned char>(i * 7));
-  }
+  for (int i = 0; i < colors; ++i)
+    cmap.insert(cmap.end(),
+                {static_cast<unsigned char>(i * 40), static_cast<unsigned char>(255 - i * 20),
+                 static_cast<unsigned char>(i * 7)});
   Bytes body;
-  if (chunky) {
-    for (int y = 0; y < height; ++y) {
+  const int rowBytes = (width + 15) / 16 * 2;
+  for (int y = 0; y < height; ++y) {
+    if (chunky) {
       for (int x = 0; x < width; ++x)
         body.push_back(static_cast<unsigned char>(pixels[static_cast<std::size_t>(y * width + x)]));
       if (width & 1) body.push_back(0);
+      continue;
     }
-  } else {
-    const int rowBytes = (width + 15) / 16 * 2;
-    for (int y = 0; y < height; ++y) {
-      for (int p = 0; p < planes + (masking == 1 ? 1 : 0); ++p) {
-        Bytes row(static_cast<std::size_t>(rowBytes), 0);
-        for (int x = 0; x < width; ++x) {
-          const std::size_t i = static_cast<std::size_t>(y * width + x);
-          const bool bit = p < planes ? ((pixels[i] >> p) & 1) != 0 : static_cast<bool>(opaque[i]);
-          if (bit)
-            row[static_cast<std::size_t>(x >> 3)] |= static_cast<unsigned char>(0x80 >> (x & 7));
-        }
-        body.insert(body.end(), row.begin(), row.end());
+    for (int p = 0; p < planes + (masking == 1 ? 1 : 0); ++p) {
+      Bytes row(static_cast<std::size_t>(rowBytes), 0);
+      for (int x = 0; x < width; ++x) {
+        const std::size_t i = static_cast<std::size_t>(y * width + x);
+        const bool bit = p < planes ? ((pixels[i] >> p) & 1) != 0 : static_cast<bool>(opaque[i]);
+        if (bit)
+          row[static_cast<std::size_t>(x >> 3)] |= static_cast<unsigned char>(0x80 >> (x & 7));
       }
+      Append(&body, row);
     }
   }
   Bytes all(chunky ? "PBM " : "ILBM", (chunky ? "PBM " : "ILBM") + 4);
-  for (const Bytes& c : {Chunk("BMHD", bmhd), Chunk("CMAP", cmap)})
-    all.insert(all.end(), c.begin(), c.end());
+  Append(&all, Chunk("BMHD", bmhd));
+  Append(&all, Chunk("CMAP", cmap));
   if (camg) {
     Bytes v;
     Be32(&v, camg);
-    const Bytes c = Chunk("CAMG", v);
-    all.insert(all.end(), c.begin(), c.end());
+    Append(&all, Chunk("CAMG", v));
   }
-  const Bytes b = Chunk("BODY", body);
-  all.insert(all.end(), b.begin(), b.end());
+  Append(&all, Chunk("BODY", body));
   Bytes file{'F', 'O', 'R', 'M'};
   Be32(&file, static_cast<std::uint32_t>(all.size()));
-  file.insert(file.end(), all.begin(), all.end());
+  Append(&file, all);
   return file;
 }
 

@@ -5,8 +5,6 @@
 // speed and colour tables. Skipped when the WebAssembly build (scripts/web.sh)
 // was not configured beside this build.
 
-#include <png.h>
-
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -26,38 +24,13 @@
 
 namespace {
 
-using tooltest::RunCommand;
-using tooltest::TempDir;
-namespace fs = std::filesystem;
-
-// Any PNG decoded to 8-bit RGB by libpng itself (palettes expanded).
-struct Rgb {
-  int width = 0, height = 0;
-  std::vector<unsigned char> pixels;
-  const unsigned char* At(int x, int y) const {
-    return &pixels[(static_cast<std::size_t>(y) * width + x) * 3];
-  }
-};
-
-Rgb ReadRgb(const std::string& path) {
-  png_image image{};
-  image.version = PNG_IMAGE_VERSION;
-  Rgb out;
-  if (!png_image_begin_read_from_file(&image, path.c_str())) return out;
-  image.format = PNG_FORMAT_RGB;
-  out.pixels.resize(PNG_IMAGE_SIZE(image));
-  if (!png_image_finish_read(&image, nullptr, out.pixels.data(), 0, nullptr)) return out;
-  out.width = static_cast<int>(image.width);
-  out.height = static_cast<int>(image.height);
-  return out;
-}
+using namespace tooltest;
 
 // Every scale x scale block of the screenshot is one pixel of the render
 // tool's picture, in its colour.
 void ExpectEnlarged(const std::string& shot, const std::string& png, int scale) {
-  const Rgb page = ReadRgb(shot), ref = ReadRgb(png);
-  ASSERT_EQ(tooltest::Ints(page.width, page.height),
-            tooltest::Ints(ref.width * scale, ref.height * scale));
+  const RgbImage page = ReadRgb(shot), ref = ReadRgb(png);
+  ASSERT_EQ(Ints(page.width, page.height), Ints(ref.width * scale, ref.height * scale));
   int wrong = 0;
   for (int y = 0; y < page.height; ++y) {
     for (int x = 0; x < page.width; ++x) {
@@ -83,23 +56,23 @@ std::string RenderTool(const std::string& args, const TempDir& dir, const std::s
 // a page or a part of one.
 TEST(HtmlExport, BadSceneOrMissingEngineLeavesNoPage) {
   TempDir dir;
-  tooltest::WriteTinyPictures(dir);
-  const std::string bad = tooltest::Replace(tooltest::TinySceneText(), "zoom", "zom");
-  tooltest::WriteText(dir / "bad.json", bad);
+  WriteTinyPictures(dir);
+  const std::string bad = Replace(TinySceneText(), "zoom", "zom");
+  WriteText(dir / "bad.json", bad);
   const std::string badRun = RenderTool(dir / "bad.json --html " + dir / "out.html", dir);
-  EXPECT_TRUE(tooltest::Contains(badRun, "2 qvmovie-render: " + dir / "bad.json:" +
-                                             std::to_string(tooltest::LineOfText(bad, "zom")) +
-                                             ": /members/0/frames/0/zom: unknown key"))
+  EXPECT_TRUE(Contains(
+      badRun, "2 qvmovie-render: " + dir / "bad.json:" + std::to_string(LineOfText(bad, "zom")) +
+                  ": /members/0/frames/0/zom: unknown key"))
       << badRun;
-  tooltest::WriteText(dir / "tiny.json", tooltest::TinySceneText());
+  WriteText(dir / "tiny.json", TinySceneText());
   fs::create_directory(dir / "empty");
   const std::string missing = RenderTool(dir / "tiny.json --html " + dir / "out.html", dir,
                                          "QVMOVIE_WEB_DIR=" + dir / "empty");
   EXPECT_EQ(missing.substr(0, 2), "1 ");
-  EXPECT_TRUE(tooltest::Contains(missing,
-                                 "the engine for the browser is not built (no "
-                                 "qvmovie-engine.wasm in " +
-                                     dir / "empty" + "): build it with 'bash scripts/web.sh"))
+  EXPECT_TRUE(Contains(missing,
+                       "the engine for the browser is not built (no "
+                       "qvmovie-engine.wasm in " +
+                           dir / "empty" + "): build it with 'bash scripts/web.sh"))
       << missing;
   EXPECT_FALSE(fs::exists(dir / "out.html"));
   EXPECT_FALSE(dir.HasPartial());
@@ -139,7 +112,7 @@ class WebPage : public ::testing::Test {
     return r.exitCode == 0;
   }
   static nlohmann::json ReadJson(const std::string& path) {
-    return nlohmann::json::parse(tooltest::Slurp(path));
+    return nlohmann::json::parse(Slurp(path));
   }
   static std::string Render(const std::string& args, const std::string& scene = scene_) {
     const auto r = RunCommand(std::string(QV_RENDER_TOOL) + " " + Quote(scene) + " " + args, *dir_);
@@ -166,20 +139,20 @@ class WebPage : public ::testing::Test {
 
   static std::unique_ptr<TempDir> dir_;
   static std::string scene_, page_;
-  static tooltest::RunResult made_;
+  static RunResult made_;
 };
 
 std::unique_ptr<TempDir> WebPage::dir_;
 std::string WebPage::scene_, WebPage::page_;
-tooltest::RunResult WebPage::made_;
+RunResult WebPage::made_;
 
 TEST_F(WebPage, IsOneSmallFile) {
-  const std::string html = tooltest::Slurp(page_);
+  const std::string html = Slurp(page_);
   EXPECT_LE(html.size(), 400u * 1024u);
   // Nothing is fetched: no script, style or picture from elsewhere.
-  EXPECT_FALSE(tooltest::Contains(html, "<script src"));
-  EXPECT_FALSE(tooltest::Contains(html, "<link"));
-  EXPECT_FALSE(tooltest::Contains(html, "<img"));
+  EXPECT_FALSE(Contains(html, "<script src"));
+  EXPECT_FALSE(Contains(html, "<link"));
+  EXPECT_FALSE(Contains(html, "<img"));
 }
 
 // #t=T&s=2: moment T paused, twice enlarged. Every 2 x 2 block of the
@@ -215,7 +188,7 @@ TEST_F(WebPage, FallsFromAFolderWithSpaces) {
   ASSERT_EQ(made.exitCode, 0) << made.text;
   const std::string page = *dir_ / "elsewhere/falls page.html";
   EXPECT_LE(fs::file_size(page), 400u * 1024u);
-  const Rgb first = ReadRgb(ExpectMoment(page, scene, 0, 2));
+  const RgbImage first = ReadRgb(ExpectMoment(page, scene, 0, 2));
   EXPECT_NE(first.pixels, ReadRgb(ExpectMoment(page, scene, 146, 2)).pixels);
 }
 
@@ -225,8 +198,7 @@ TEST_F(WebPage, FallsFromAFolderWithSpaces) {
 TEST_F(WebPage, SceneWithAnIlbmPicture) {
   const std::string import = std::string(QV_EXAMPLES_DIR) + "/import/";
   const std::string scene = *dir_ / "ilbm.json", page = *dir_ / "ilbm.html";
-  tooltest::WriteText(scene, tooltest::Replace(tooltest::Slurp(import + "waterfall.json"),
-                                               "waterfall.png", "waterfall.lbm"));
+  WriteText(scene, Replace(Slurp(import + "waterfall.json"), "waterfall.png", "waterfall.lbm"));
   fs::copy_file(import + "waterfall.lbm", *dir_ / "waterfall.lbm");
   ASSERT_EQ(RenderTool(scene + " --html " + page, *dir_), "0 ");
   ExpectMoment(page, scene, 40, 2);
@@ -253,8 +225,7 @@ TEST_F(WebPage, KeysOfThePlayer) {
                          state));
   const nlohmann::json clicked = ReadJson(state);
   EXPECT_NE(clicked[1], "");
-  EXPECT_TRUE(tooltest::Contains(clicked[0], "(160, 20): " + clicked[1].get<std::string>()))
-      << clicked;
+  EXPECT_TRUE(Contains(clicked[0], "(160, 20): " + clicked[1].get<std::string>())) << clicked;
   ASSERT_TRUE(Browse("t=110", "--keys Home,' ' --sleep 0.5 --eval 'qvPage.moment()' " + state));
   EXPECT_GT(ReadJson(state).get<int>(), 0);  // playing from the first moment
 }
@@ -317,22 +288,14 @@ TEST_F(WebPage, PlaysAtTheEnginesSpeedWithItsColours) {
 // names it on a click, and its moment 3, four times enlarged, is the render
 // tool's (the cycle of indices 4 to 7 three steps on).
 TEST_F(WebPage, TinySceneWithMarkupInItsNames) {
-  const std::string name = "<!--<script></script>m";
-  std::string text = tooltest::TinySceneText();
-  text = tooltest::Replace(tooltest::Replace(text, "\"m\",", "\"" + name + "\","), "[\"m\"]",
-                           "[\"" + name + "\"]");
-  tooltest::WriteTinyPictures(*dir_);
-  tooltest::WriteText(*dir_ / "tiny.json", text);
-  const std::string page = *dir_ / "tiny.html", shot = *dir_ / "tiny-shot.png";
-  ASSERT_EQ(RenderTool(*dir_ / "tiny.json --html " + page + " --png-at 3 " + (*dir_ / "tiny3.png"),
-                       *dir_),
-            "0 ");
-  ASSERT_TRUE(Browse("t=3&s=4",
-                     "--wait-for 'window.qvPage && qvPage.ready && qvPage.moment() === 3' --shot " +
-                         shot + " --eval 'qvPage.hit(7, 3)' " + (*dir_ / "hit.json"),
-                     page));
-  EXPECT_EQ(ReadJson(*dir_ / "hit.json"), name);
-  ExpectEnlarged(shot, *dir_ / "tiny3.png", 4);
+  const std::string name = "<!--<script></script>m", hit = *dir_ / "hit.json";
+  const std::string scene = *dir_ / "tiny.json", page = *dir_ / "tiny.html";
+  WriteTinyPictures(*dir_);
+  WriteText(scene, Replace(Replace(TinySceneText(), "\"m\",", "\"" + name + "\","), "[\"m\"]",
+                           "[\"" + name + "\"]"));
+  ASSERT_EQ(RenderTool(scene + " --html " + page, *dir_), "0 ");
+  ExpectMoment(page, scene, 3, 4, "--eval 'qvPage.hit(7, 3)' " + hit);
+  EXPECT_EQ(ReadJson(hit), name);
 }
 
 }  // namespace

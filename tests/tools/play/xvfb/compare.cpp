@@ -6,14 +6,12 @@
 //
 // Exit status 0 when every block matches, 1 when not, 2 on bad input.
 
-#include <png.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <vector>
 
-#include "scene/PngIO.h"
+#include "../../ToolTestUtil.h"
 
 int main(int argc, char** argv) {
   if (argc != 4) {
@@ -23,19 +21,11 @@ int main(int argc, char** argv) {
   const int scale = std::atoi(argv[3]);
   if (scale < 1) return 2;
 
-  png_image shot{};
-  shot.version = PNG_IMAGE_VERSION;
-  if (!png_image_begin_read_from_file(&shot, argv[1])) {
-    std::fprintf(stderr, "cannot read %s: %s\n", argv[1], shot.message);
+  const tooltest::RgbImage shot = tooltest::ReadRgb(argv[1]);
+  if (shot.pixels.empty()) {
+    std::fprintf(stderr, "cannot read %s as a PNG\n", argv[1]);
     return 2;
   }
-  shot.format = PNG_FORMAT_RGB;
-  std::vector<unsigned char> rgb(PNG_IMAGE_SIZE(shot));
-  if (!png_image_finish_read(&shot, nullptr, rgb.data(), 0, nullptr)) {
-    std::fprintf(stderr, "cannot read %s: %s\n", argv[1], shot.message);
-    return 2;
-  }
-
   qvscene::Picture moment;
   std::string error;
   if (!qvscene::ReadIndexedPng(argv[2], &moment, &error)) {
@@ -43,8 +33,8 @@ int main(int argc, char** argv) {
     return 2;
   }
   const int w = moment.width * scale, h = moment.height * scale;
-  if (static_cast<int>(shot.width) != w || static_cast<int>(shot.height) < h) {
-    std::fprintf(stderr, "screenshot is %u x %u, expected %d wide and at least %d high\n",
+  if (shot.width != w || shot.height < h) {
+    std::fprintf(stderr, "screenshot is %d x %d, expected %d wide and at least %d high\n",
                  shot.width, shot.height, w, h);
     return 1;
   }
@@ -52,7 +42,7 @@ int main(int argc, char** argv) {
   for (int y = 0; y < h; ++y) {
     for (int x = 0; x < w; ++x) {
       const unsigned char* want = moment.palette[moment.At(x / scale, y / scale)];
-      const unsigned char* got = &rgb[(static_cast<std::size_t>(y) * shot.width + x) * 3];
+      const unsigned char* got = shot.At(x, y);
       if (got[0] != want[0] || got[1] != want[1] || got[2] != want[2]) {
         if (wrong < 5) {
           std::fprintf(stderr, "pixel (%d, %d): screenshot #%02x%02x%02x, render #%02x%02x%02x\n",
