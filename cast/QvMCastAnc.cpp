@@ -354,7 +354,11 @@ char QvMCast::GetAnc(std::int16_t id, std::int16_t index, tbPoint* point, char* 
 
 char QvMCast::GetAnc(std::int16_t id, std::int32_t time, tbPoint* point, char* flag) {
   QvMCastInfo* info = localSearch(id);
-  if (!info || !info->anc || !InRange(info, time)) return 0;
+  return info ? localAncAt(info, time, point, flag) : 0;
+}
+
+char QvMCast::localAncAt(QvMCastInfo* info, std::int32_t time, tbPoint* point, char* flag) {
+  if (!info->anc || !InRange(info, time)) return 0;
   std::int16_t k = Sum16(Trunc32(Elapsed(time, info->start) * info->ancStep), info->ancOffset);
   localGetAnc(info, &k);
   if (point) *point = info->anc[k].point;

@@ -45,7 +45,7 @@ char QvMCast::DrawPicture(std::int16_t id, std::int32_t time, tbPixMap* dst, tbR
   const std::int16_t bottom = Low16(static_cast<std::uint32_t>(area->bottom));
   tbPoint p;
   char flag = 0;
-  if (!GetAnc(id, t, &p, &flag)) {
+  if (!localAncAt(info, t, &p, &flag)) {
     p.x = Sum16(right, -left) / 2;
     p.y = Sum16(bottom, -top) / 2;
   }
@@ -57,10 +57,10 @@ char QvMCast::DrawPicture(std::int16_t id, std::int32_t time, tbPixMap* dst, tbR
 
   const char wrap = info->scroll != 0 ? 3 : 0;
   std::int16_t sh = 0, sv = 0;
-  GetScroll(id, t, &sh, &sv);
+  localScrollAt(info, t, &sh, &sv);
 
   if (IsAColor(info)) {
-    tbColorTable* ct = CTable(id, t);
+    tbColorTable* ct = localCTable(info, t);
     if (!ct) return 0;
     if (info->orgGWorld) {
       qv::tb.DisposeGWorld(info->orgGWorld);
@@ -84,7 +84,11 @@ char QvMCast::DrawPicture(std::int16_t id, std::int32_t time, tbPixMap* dst, tbR
 
 tbColorTable* QvMCast::CTable(std::int16_t id, std::int32_t time) {
   QvMCastInfo* info = localSearch(id);
-  if (!info || !info->orgCTable || !InRange(info, time)) return nullptr;
+  return info ? localCTable(info, time) : nullptr;
+}
+
+tbColorTable* QvMCast::localCTable(QvMCastInfo* info, std::int32_t time) {
+  if (!info->orgCTable || !InRange(info, time)) return nullptr;
   CopyCTable(&workCTable, info->orgCTable);
   for (QvAColor* anim : info->aColor) {
     if (!anim) continue;
@@ -112,7 +116,7 @@ char QvMCast::GetAFrameArea(std::int16_t id, std::int32_t time, tbRect* area, ch
   const std::int16_t right = Low16(static_cast<std::uint32_t>(area->right));
   const std::int16_t bottom = Low16(static_cast<std::uint32_t>(area->bottom));
   char flag = 0;
-  if (GetAnc(id, time, point, &flag)) {
+  if (localAncAt(info, time, point, &flag)) {
     const std::int16_t ax = Low16(static_cast<std::uint32_t>(point->x));
     const std::int16_t ay = Low16(static_cast<std::uint32_t>(point->y));
     switch (mode) {

@@ -123,7 +123,12 @@ char QvMCast::GetScrCountV(std::int16_t id, std::int16_t d, double* count) {
 
 char QvMCast::GetScroll(std::int16_t id, std::int32_t time, std::int16_t* h, std::int16_t* v) {
   QvMCastInfo* info = localSearch(id);
-  if (!info || !InRange(info, time)) return 0;
+  return info ? localScrollAt(info, time, h, v) : 0;
+}
+
+char QvMCast::localScrollAt(QvMCastInfo* info, std::int32_t time, std::int16_t* h,
+                            std::int16_t* v) {
+  if (!InRange(info, time)) return 0;
   const double e = Elapsed(time, info->start);
   const unsigned char s = static_cast<unsigned char>(info->scroll);
   std::int16_t sh = 0, sv = 0;

@@ -35,11 +35,7 @@ void QvMCast::InbetweenAnc(tbPoint*, std::int16_t*, std::int16_t, tbPoint*, std:
 
 std::int16_t QvMCast::GetNewID() { return newID; }
 
-std::int16_t QvMCast::Count() {
-  std::uint16_t n = 0;
-  for (QvMCastInfo* p = head; p; p = p->next) ++n;
-  return static_cast<std::int16_t>(n);
-}
+std::int16_t QvMCast::Count() { return Low16(memberCount); }
 
 std::int16_t QvMCast::ID2Index(std::int16_t id) {
   std::int16_t index = 0;
@@ -60,10 +56,83 @@ std::int16_t QvMCast::Index2ID(std::int16_t index) {
 
 QvMCastInfo* QvMCast::localSearch(std::int16_t id) {
   if (lockFlag == 1) return curInfo;
-  for (curInfo = head; curInfo; curInfo = curInfo->next) {
-    if (curInfo->id == id) break;
-  }
+  curInfo = localFind(id);
   return curInfo;
+}
+
+// ---------------------------------------------------------------------------
+// Lookup index
+
+namespace {
+
+// A record as the store makes it: the record, its link in its bucket and its
+// creation number.
+struct IndexedInfo : QvMCastInfo {
+  QvMCastInfo* idNext = nullptr;
+  std::uint64_t serial = 0;
+};
+
+IndexedInfo* Indexed(QvMCastInfo* info) { return static_cast<IndexedInfo*>(info); }
+
+// Stores below this many members are searched by walking the list.
+constexpr std::uint32_t kIndexFrom = 16;
+
+std::uint32_t BucketOf(std::int16_t id, std::uint32_t count) {
+  // Fibonacci hashing of the 16-bit id; count is a power of two.
+  return (static_cast<std::uint32_t>(static_cast<std::uint16_t>(id)) * 40503u) & (count - 1u);
+}
+
+}  // namespace
+
+QvMCastInfo* QvMCast::localFind(std::int16_t id) const {
+  if (!idBuckets) {
+    QvMCastInfo* p = head;
+    while (p && p->id != id) p = p->next;
+    return p;
+  }
+  // Several records can share an id (made while the store was locked); the
+  // first of them in the list is the one made first.
+  QvMCastInfo* best = nullptr;
+  for (QvMCastInfo* p = idBuckets[BucketOf(id, idBucketCount)]; p; p = Indexed(p)->idNext) {
+    if (p->id == id && (!best || Indexed(p)->serial < Indexed(best)->serial)) best = p;
+  }
+  return best;
+}
+
+void QvMCast::localIndexAdd(QvMCastInfo* info) {
+  if (!idBuckets) return;
+  QvMCastInfo*& bucket = idBuckets[BucketOf(info->id, idBucketCount)];
+  Indexed(info)->idNext = bucket;
+  bucket = info;
+}
+
+void QvMCast::localIndexRemove(QvMCastInfo* info) {
+  if (!idBuckets) return;
+  QvMCastInfo** link = &idBuckets[BucketOf(info->id, idBucketCount)];
+  while (*link && *link != info) link = &Indexed(*link)->idNext;
+  if (*link) *link = Indexed(info)->idNext;
+  Indexed(info)->idNext = nullptr;
+}
+
+void QvMCast::localIndexGrow() {
+  if (memberCount < kIndexFrom || memberCount <= idBucketCount) return;
+  std::uint32_t count = idBucketCount ? idBucketCount : kIndexFrom;
+  while (count < memberCount) count *= 2;
+  count *= 2;
+  QvMCastInfo** buckets = QvNewArray<QvMCastInfo*>(static_cast<long>(count));
+  // No memory: the present table (or the walk) goes on serving lookups.
+  if (!buckets) return;
+  for (std::uint32_t i = 0; i < count; ++i) buckets[i] = nullptr;
+  delete[] idBuckets;
+  idBuckets = buckets;
+  idBucketCount = count;
+  for (QvMCastInfo* p = head; p; p = p->next) localIndexAdd(p);
+}
+
+void QvMCast::localIndexClear() {
+  delete[] idBuckets;
+  idBuckets = nullptr;
+  idBucketCount = 0;
 }
 
 void QvMCast::Lock(std::int16_t id) {
@@ -79,10 +148,10 @@ void QvMCast::Unlock() { lockFlag = 0; }
 
 char QvMCast::New(std::int16_t id, unsigned char* name) {
   Del(id);
-  QvMCastInfo* info = QvNew<QvMCastInfo>();
-  if (!info) return 0;
-  QvMCastInfo* tail = head;
-  while (tail && tail->next) tail = tail->next;
+  IndexedInfo* made = QvNew<IndexedInfo>();
+  if (!made) return 0;
+  made->serial = idSerial++;
+  QvMCastInfo* info = made;
   info->id = id;
   info->prev = tail;
   info->next = nullptr;
@@ -92,6 +161,10 @@ char QvMCast::New(std::int16_t id, unsigned char* name) {
   } else {
     head = info;
   }
+  tail = info;
+  ++memberCount;
+  localIndexAdd(info);
+  localIndexGrow();
   return 1;
 }
 
@@ -178,17 +251,24 @@ void QvMCast::localDel(QvMCastInfo* info) {
     head = info->next;
   }
   if (info->next) info->next->prev = info->prev;
-  if (!head) newID = 0;
+  if (tail == info) tail = info->prev;
+  --memberCount;
+  localIndexRemove(info);
+  if (!head) {
+    newID = 0;
+    localIndexClear();
+  }
   // The search result must not outlive its member: deleting the locked
   // member ends the lock.
   if (curInfo == info) {
     curInfo = nullptr;
     lockFlag = 0;
   }
-  delete info;
+  delete Indexed(info);
 }
 
 void QvMCast::DelAll() {
+  localIndexClear();
   QvMCastInfo* p = head;
   while (p) {
     QvMCastInfo* next = p->next;
@@ -197,10 +277,12 @@ void QvMCast::DelAll() {
       curInfo = nullptr;
       lockFlag = 0;
     }
-    delete p;
+    delete Indexed(p);
     p = next;
   }
   head = nullptr;
+  tail = nullptr;
+  memberCount = 0;
   newID = 0;
   // No record is left for the search result to refer to.
   curInfo = nullptr;

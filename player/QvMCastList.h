@@ -33,4 +33,10 @@ class QvMCastList {
   QvMCastID* head;
   QvMCastID* found;
   QvMCastID* iter;
+
+  // The entry Get gave last and its index (null: none), so that a walk by
+  // successive indices steps on from there instead of from the head. Reset
+  // whenever an entry is removed.
+  QvMCastID* getEntry = nullptr;
+  std::int16_t getIndex = 0;
 };

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <initializer_list>
 #include <memory>
+#include <random>
 #include <ostream>
 #include <string>
 #include <vector>
