@@ -14,6 +14,7 @@
 #include <cstring>
 
 #include "aframe/QvAFrameLocal.h"
+#include "aframe/QvAFrameRows.h"
 #include "cast/QvMCast.h"
 #include "toolbox/QvPal.h"
 #include "toolbox/QvPlatform.h"
@@ -28,85 +29,6 @@ using namespace qvaframe;
 
 // ---------------------------------------------------------------------------
 // Drawing
-
-namespace {
-
-// Copies the pixels of one row whose mask byte is not 0. Sixteen mask bytes
-// are tested at a time: a run that is wholly opaque is copied as one block,
-// a wholly transparent one is skipped, and a mixed one is blended so that
-// the target keeps its byte wherever the mask is 0.
-#if defined(__x86_64__) && defined(__GNUC__)
-#define QV_HAVE_AVX2_ROWS 1
-// The same row copy for processors with AVX2 (chosen once at run time): 64
-// mask bytes tested at a time, then 32.
-__attribute__((target("avx2"))) void CopyMaskedRowAvx2(const unsigned char* s,
-                                                       const unsigned char* m, unsigned char* d,
-                                                       long w) {
-  long i = 0;
-  const __m256i zero = _mm256_setzero_si256();
-  for (; i + 64 <= w; i += 64) {
-    const __m256i m0 = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(m + i));
-    const __m256i m1 = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(m + i + 32));
-    const __m256i low = _mm256_min_epu8(m0, m1);
-    if (_mm256_movemask_epi8(_mm256_cmpeq_epi8(low, zero)) != 0) break;
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + i),
-                        _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + i)));
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + i + 32),
-                        _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + i + 32)));
-  }
-  for (; i + 32 <= w; i += 32) {
-    const __m256i mv = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(m + i));
-    const __m256i clear = _mm256_cmpeq_epi8(mv, zero);
-    const unsigned bits = static_cast<unsigned>(_mm256_movemask_epi8(clear));
-    if (bits == 0xFFFFFFFFu) continue;
-    const __m256i sv = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + i));
-    __m256i* dp = reinterpret_cast<__m256i*>(d + i);
-    _mm256_storeu_si256(dp, bits == 0 ? sv : _mm256_blendv_epi8(sv, _mm256_loadu_si256(dp), clear));
-  }
-  for (; i < w; ++i)
-    if (m[i] != 0) d[i] = s[i];
-}
-#endif
-
-void CopyMaskedRow(const unsigned char* s, const unsigned char* m, unsigned char* d, long w) {
-  long i = 0;
-#if defined(__SSE2__)
-  const __m128i zero = _mm_setzero_si128();
-  // Opaque stretches first, 64 pixels at a time: the smallest of the 64 mask
-  // bytes is 0 only when one of them is.
-  for (; i + 64 <= w; i += 64) {
-    const __m128i* mp = reinterpret_cast<const __m128i*>(m + i);
-    const __m128i low =
-        _mm_min_epu8(_mm_min_epu8(_mm_loadu_si128(mp), _mm_loadu_si128(mp + 1)),
-                     _mm_min_epu8(_mm_loadu_si128(mp + 2), _mm_loadu_si128(mp + 3)));
-    if (_mm_movemask_epi8(_mm_cmpeq_epi8(low, zero)) != 0) break;
-    const __m128i* sp = reinterpret_cast<const __m128i*>(s + i);
-    __m128i* dp = reinterpret_cast<__m128i*>(d + i);
-    _mm_storeu_si128(dp, _mm_loadu_si128(sp));
-    _mm_storeu_si128(dp + 1, _mm_loadu_si128(sp + 1));
-    _mm_storeu_si128(dp + 2, _mm_loadu_si128(sp + 2));
-    _mm_storeu_si128(dp + 3, _mm_loadu_si128(sp + 3));
-  }
-  for (; i + 16 <= w; i += 16) {
-    const __m128i mv = _mm_loadu_si128(reinterpret_cast<const __m128i*>(m + i));
-    const __m128i clear = _mm_cmpeq_epi8(mv, zero);
-    const int bits = _mm_movemask_epi8(clear);
-    if (bits == 0xFFFF) continue;
-    const __m128i sv = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
-    if (bits == 0) {
-      _mm_storeu_si128(reinterpret_cast<__m128i*>(d + i), sv);
-    } else {
-      const __m128i dv = _mm_loadu_si128(reinterpret_cast<const __m128i*>(d + i));
-      const __m128i out = _mm_or_si128(_mm_and_si128(clear, dv), _mm_andnot_si128(clear, sv));
-      _mm_storeu_si128(reinterpret_cast<__m128i*>(d + i), out);
-    }
-  }
-#endif
-  for (; i < w; ++i)
-    if (m[i] != 0) d[i] = s[i];
-}
-
-}  // namespace
 
 void QvAFrame::localDrawImage(unsigned char* image, unsigned char* mask, std::int16_t imageRowBytes,
                               unsigned char* dst, std::int16_t dstRowBytes, std::int16_t left,
@@ -132,34 +54,23 @@ void QvAFrame::localDrawImage(unsigned char* image, unsigned char* mask, std::in
   const unsigned char* s = image + static_cast<std::ptrdiff_t>(skipY) * imageRowBytes + skipX;
   const unsigned char* m = mask + static_cast<std::ptrdiff_t>(skipY) * imageRowBytes + skipX;
   unsigned char* d = dst + static_cast<std::ptrdiff_t>(y0) * dstRowBytes + x0;
+  const RowKernels& rows = Rows();
   if (pal) {
-    // The area's answer for each colour index, asked once per copy; a pixel
-    // passes when its colour is in the area and its mask byte is not 0.
-    unsigned char inArea[256];
-    for (int c = 0; c < 256; ++c) inArea[c] = pal->Flag(static_cast<unsigned char>(c)) == 1;
+    // The area's answer for each colour index, asked once per copy, as a bit
+    // set; a pixel passes when its colour is in the area and its mask byte
+    // is not 0.
+    unsigned char area[32] = {};
+    for (int c = 0; c < 256; ++c)
+      if (pal->Flag(static_cast<unsigned char>(c)) == 1) area[c >> 3] |= 1 << (c & 7);
     for (int row = 0; row < h; ++row) {
-      for (int i = 0; i < w; ++i) {
-        const unsigned char v = s[i];
-        // All ones when the pixel passes, else 0: a select without a branch.
-        const unsigned char keep = static_cast<unsigned char>(-(inArea[v] & (m[i] != 0)));
-        d[i] = static_cast<unsigned char>((v & keep) | (d[i] & ~keep));
-      }
+      rows.filtered(s, m, d, w, area);
       s += imageRowBytes;
       m += imageRowBytes;
       d += dstRowBytes;
     }
     return;
   }
-#ifdef QV_HAVE_AVX2_ROWS
-  // QV_ROW_COPY=sse2 in the environment keeps to the baseline rows (so that
-  // both can be tested on one machine).
-  static const bool avx2 =
-      __builtin_cpu_supports("avx2") &&
-      !(std::getenv("QV_ROW_COPY") && std::strcmp(std::getenv("QV_ROW_COPY"), "sse2") == 0);
-  auto* copyRow = avx2 ? CopyMaskedRowAvx2 : CopyMaskedRow;
-#else
-  auto* copyRow = CopyMaskedRow;
-#endif
+  auto* copyRow = rows.masked;
   if (w == imageRowBytes && w == dstRowBytes) {
     // Rows back to back in the image and in the target: one long row.
     copyRow(s, m, d, static_cast<long>(w) * h);
@@ -225,6 +136,73 @@ void QvAFrame::localDrawImage(unsigned char* dst, std::int16_t dstRowBytes, std:
   if (wrap == 3) copy(sx - iw, sy - ih);
 }
 
+namespace {
+
+// Whether two pixel maps' buffers may share bytes (rows from the top of the
+// first to the bottom of the last).
+bool Overlap(tbPixMap* a, tbPixMap* b) {
+  if (!a || !b || !a->TopAddr() || !b->TopAddr()) return false;
+  auto span = [](tbPixMap* p, const unsigned char** lo, const unsigned char** hi) {
+    const std::ptrdiff_t rows = p->Height() > 0 ? p->Height() : 0;
+    const std::ptrdiff_t row = p->Offset() > 0 ? p->Offset() : 0;
+    *lo = p->TopAddr();
+    *hi = p->TopAddr() + rows * row;
+  };
+  const unsigned char *alo, *ahi, *blo, *bhi;
+  span(a, &alo, &ahi);
+  span(b, &blo, &bhi);
+  return a->TopAddr() == b->TopAddr() || (alo < bhi && blo < ahi);
+}
+
+// Whether some pixel of the image differs from key.
+bool AnyDiffers(const unsigned char* image, std::int16_t rowBytes, std::int16_t w, std::int16_t h,
+                unsigned char key) {
+  for (int y = 0; y < h; ++y) {
+    const unsigned char* row = image + static_cast<std::ptrdiff_t>(y) * rowBytes;
+    if (row[0] != key || std::memcmp(row, row + 1, static_cast<std::size_t>(w - 1)) != 0)
+      return true;
+  }
+  return false;
+}
+
+// tbToolBox::CopyBits of srcRect in src to dstRect in dst (source copy),
+// through the region of the source pixels that differ from key: the same
+// clipping, then the keyed row copy.
+void KeyedCopy(tbPixMap* src, tbPixMap* dst, const tbRect& srcRect, const tbRect& dstRect,
+               unsigned char key) {
+  if (!src || !dst || !src->TopAddr() || !dst->TopAddr()) return;
+  const tbRect& sb = src->Bounds();
+  const tbRect& db = dst->Bounds();
+  std::int64_t sx = srcRect.left, sy = srcRect.top;
+  std::int64_t dx = dstRect.left, dy = dstRect.top;
+  std::int64_t w = std::min(static_cast<std::int64_t>(srcRect.right) - srcRect.left,
+                            static_cast<std::int64_t>(dstRect.right) - dstRect.left);
+  std::int64_t h = std::min(static_cast<std::int64_t>(srcRect.bottom) - srcRect.top,
+                            static_cast<std::int64_t>(dstRect.bottom) - dstRect.top);
+  auto clip = [](std::int64_t& a, std::int64_t& c, std::int64_t& extent, std::int64_t lo,
+                 std::int64_t hi) {
+    if (a < lo) {
+      const std::int64_t d = lo - a;
+      a += d;
+      c += d;
+      extent -= d;
+    }
+    if (a + extent > hi) extent = hi - a;
+  };
+  clip(sx, dx, w, sb.left, sb.right);
+  clip(sy, dy, h, sb.top, sb.bottom);
+  clip(dx, sx, w, db.left, db.right);
+  clip(dy, sy, h, db.top, db.bottom);
+  if (w <= 0 || h <= 0) return;
+  const std::int64_t srcRow = src->Offset(), dstRow = dst->Offset();
+  const unsigned char* from = src->TopAddr() + (sy - sb.top) * srcRow + (sx - sb.left);
+  unsigned char* to = dst->TopAddr() + (dy - db.top) * dstRow + (dx - db.left);
+  const RowKernels& rows = Rows();
+  for (std::int64_t y = 0; y < h; ++y, from += srcRow, to += dstRow) rows.keyed(from, to, w, key);
+}
+
+}  // namespace
+
 char QvAFrame::localDrawPicture(tbGWorld* world, std::int16_t x, std::int16_t y, QvPal* pal,
                                 std::int16_t fill, char wrap, std::int16_t scrollX,
                                 std::int16_t scrollY, tbPixMap* destPixMap, std::int16_t destX,
@@ -239,6 +217,27 @@ char QvAFrame::localDrawPicture(tbGWorld* world, std::int16_t x, std::int16_t y,
   tbRect frame;
   localDrawImage(base, rowBytes, w, h, x, y, pal, fill, wrap, scrollX, scrollY, &frame);
 
+  tbRect target(destX, destY, Add16(destX, w), Add16(destY, h));
+  if (pal && !Overlap(pm, destPixMap)) {
+    // The region of the world's pixels that differ from the fill colour
+    // masks a copy of the world: the same as copying those pixels alone,
+    // which is done without making the region. The allocations that making
+    // it would attempt (the colour region, its boxes when some pixel
+    // differs, the copy's region) are still counted, in that order, so that
+    // a failing one ends the same way: nothing copied, and 0 when the
+    // copy's region fails.
+    const unsigned char key = static_cast<unsigned char>(fill);
+    bool covered = base && w >= 1 && h >= 1 && rowBytes >= w;
+    if (covered && QvAllocationFails()) {
+      covered = false;
+    } else if (covered && AnyDiffers(base, rowBytes, w, h, key) && QvAllocationFails()) {
+      covered = false;
+    }
+    if (QvAllocationFails()) return 0;
+    if (covered) KeyedCopy(pm, destPixMap, world->bounds, target, key);
+    return 1;
+  }
+
   tbRegion region;
   QvRgn colorRegion;
   if (pal) {
@@ -250,7 +249,6 @@ char QvAFrame::localDrawPicture(tbGWorld* world, std::int16_t x, std::int16_t y,
     region.RectRegion(frame.left, frame.top, frame.right, frame.bottom);
   }
   region.OffsetRegion(destX, destY);
-  tbRect target(destX, destY, Add16(destX, w), Add16(destY, h));
   qv::tb.CopyBits(pm, destPixMap, &world->bounds, &target, 0x00CC0020, &region);
   region.Dispose();
   return 1;

@@ -296,12 +296,17 @@ void BM_LayerMoment(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations());
   state.counters["per_member"] = benchmark::Counter(
-      static_cast<double>(members), benchmark::Counter::kIsIterationInvariantRate |
-                                        benchmark::Counter::kInvert);
+      static_cast<double>(members),
+      benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
   state.SetLabel("moments");
 }
-BENCHMARK(BM_LayerMoment)->Arg(16)->Arg(64)->Arg(256)->Arg(1024)->Arg(4096)->Unit(
-    benchmark::kMicrosecond);
+BENCHMARK(BM_LayerMoment)
+    ->Arg(16)
+    ->Arg(64)
+    ->Arg(256)
+    ->Arg(1024)
+    ->Arg(4096)
+    ->Unit(benchmark::kMicrosecond);
 
 // Fitting one member by moving it on a layer of 1,000 members.
 void BM_FitMove1000(benchmark::State& state) {

@@ -125,6 +125,7 @@ void QvMCast::localNewOrgGWorld(QvMCastInfo* info) {
     qv::tb.DisposeGWorld(info->orgGWorld);
     info->orgGWorld = nullptr;
   }
+  ForgetColours(info);
   qv::tb.NewGWorld(&info->orgGWorld, 8, &bounds, info->orgCTable);
 }
 

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <memory>
 
@@ -62,13 +63,38 @@ char QvMCast::DrawPicture(std::int16_t id, std::int32_t time, tbPixMap* dst, tbR
   if (IsAColor(info)) {
     tbColorTable* ct = localCTable(info, t);
     if (!ct) return 0;
-    if (info->orgGWorld) {
-      qv::tb.DisposeGWorld(info->orgGWorld);
-      info->orgGWorld = nullptr;
+    IndexedInfo* node = Indexed(info);
+    tbGWorld* world = info->orgGWorld;
+    if (world && world->bounds.left == 0 && world->bounds.top == 0 && world->bounds.right == w &&
+        world->bounds.bottom == h) {
+      // The world of the last drawing has the size: it is made new in place,
+      // its pixels 0 and its colour table ct, unless it holds that table
+      // already. The two allocations a new world would attempt (the world,
+      // its pixels) are still counted, so that a failing one ends the same
+      // way: no world, and 0.
+      if (QvAllocationFails() || QvAllocationFails()) {
+        qv::tb.DisposeGWorld(world);
+        info->orgGWorld = nullptr;
+        node->worldKey.valid = false;
+        return 0;
+      }
+      tbPixMap* pm = world->PortPixMap();
+      std::memset(pm->TopAddr(), 0, static_cast<std::size_t>(pm->Offset()) * h);
+      if (!node->worldKey.complete || !node->worldKey.Same(node->copiesKey)) {
+        *world->CTable() = *ct;
+        node->worldKey = node->copiesKey;
+      }
+    } else {
+      if (world) {
+        qv::tb.DisposeGWorld(world);
+        info->orgGWorld = nullptr;
+      }
+      node->worldKey.valid = false;
+      tbRect bounds;
+      qv::SetRect(&bounds, 0, 0, w, h);
+      if (!qv::tb.NewGWorld(&info->orgGWorld, 8, &bounds, ct)) return 0;
+      node->worldKey = node->copiesKey;
     }
-    tbRect bounds;
-    qv::SetRect(&bounds, 0, 0, w, h);
-    if (!qv::tb.NewGWorld(&info->orgGWorld, 8, &bounds, ct)) return 0;
   } else if (!info->orgGWorld) {
     return 0;
   }
@@ -89,15 +115,40 @@ tbColorTable* QvMCast::CTable(std::int16_t id, std::int32_t time) {
 
 tbColorTable* QvMCast::localCTable(QvMCastInfo* info, std::int32_t time) {
   if (!info->orgCTable || !InRange(info, time)) return nullptr;
+  // The clocks are set first; each kind reads only its own.
+  IndexedInfo* node = Indexed(info);
+  ColourKey key;
+  key.valid = true;
+  QvAColor* last = nullptr;
+  for (int k = 0; k < 4; ++k) {
+    QvAColor* anim = info->aColor[k];
+    key.anim[k] = anim;
+    if (!anim) continue;
+    key.frame[k] = anim->SetCur(localFrameOf(time, info->start, anim->Speed()));
+    key.change[k] = anim->changeCount;
+    // A running clock moves on while the table is computed.
+    if (anim->IsPlaying() && !anim->IsPausing()) key.valid = false;
+    last = anim;
+  }
+  // The copies hold the outputs of this very computation (nothing has
+  // changed them since, and their clocks stand on the same frames): the
+  // chain would end in the last kind's output table, copied whole.
+  if (last && key.Same(node->copiesKey) && last->CTable() && last->CTable()->CTSize() == 255) {
+    workCTable = *last->CTable();
+    return &workCTable;
+  }
   CopyCTable(&workCTable, info->orgCTable);
+  bool complete = true;
   for (QvAColor* anim : info->aColor) {
     if (!anim) continue;
-    anim->SetCur(localFrameOf(time, info->start, anim->Speed()));
-    anim->CTable(&workCTable);
+    if (!anim->CTable(&workCTable)) complete = false;
     // The output table is passed on whatever the computation gave: a failed
     // computation passes on the output held before.
     if (tbColorTable* result = anim->CTable()) CopyCTable(&workCTable, result);
   }
+  for (int k = 0; k < 4; ++k) key.change[k] = key.anim[k] ? key.anim[k]->changeCount : 0;
+  key.complete = complete;
+  node->copiesKey = key;
   return &workCTable;
 }
 

@@ -68,6 +68,10 @@ inline bool InRange(const QvMCastInfo* info, std::int32_t time) {
 
 // Copies the size and entries 0 to CTSize() of src into dst.
 inline void CopyCTable(tbColorTable* dst, const tbColorTable* src) {
+  if (src->CTSize() == 255) {
+    *dst = *src;
+    return;
+  }
   dst->SetCTSize(src->CTSize());
   for (std::int16_t i = 0; i <= src->CTSize(); ++i) dst->SetCTTable(i, src->CTTable(i));
 }
@@ -99,6 +103,47 @@ QvAColor* CopyColor(QvAColor* anim) {
   K* copy = QvNew<K>();
   if (copy) src->Dup(copy);
   return copy;
+}
+
+// What a member's colour table was computed from: for each colour kind the
+// copy (null when absent), its change count and the frame it computed.
+struct ColourKey {
+  bool valid = false;
+  // Every computation of the key succeeded: its result depends on nothing
+  // else (a failing one passes on an older output).
+  bool complete = false;
+  QvAColor* anim[4] = {nullptr, nullptr, nullptr, nullptr};
+  std::uint32_t change[4] = {0, 0, 0, 0};
+  std::int32_t frame[4] = {0, 0, 0, 0};
+
+  bool Same(const ColourKey& o) const {
+    if (!valid || !o.valid) return false;
+    for (int k = 0; k < 4; ++k) {
+      if (anim[k] != o.anim[k] || change[k] != o.change[k] || frame[k] != o.frame[k]) return false;
+    }
+    return true;
+  }
+};
+
+// A record as the store makes it: the record, its link in its bucket of the
+// lookup table, its creation number, and what its colour table was last
+// computed from.
+struct IndexedInfo : QvMCastInfo {
+  QvMCastInfo* idNext = nullptr;
+  std::uint64_t serial = 0;
+  // The output tables of the member's colour copies are those of this key.
+  ColourKey copiesKey;
+  // The colour table of orgGWorld is the result of this key.
+  ColourKey worldKey;
+};
+
+inline IndexedInfo* Indexed(QvMCastInfo* info) { return static_cast<IndexedInfo*>(info); }
+
+// The member's colour copies, own table or world changed: nothing computed
+// before is reused.
+inline void ForgetColours(QvMCastInfo* info) {
+  Indexed(info)->copiesKey.valid = false;
+  Indexed(info)->worldKey.valid = false;
 }
 
 }  // namespace qvcast

@@ -65,15 +65,6 @@ QvMCastInfo* QvMCast::localSearch(std::int16_t id) {
 
 namespace {
 
-// A record as the store makes it: the record, its link in its bucket and its
-// creation number.
-struct IndexedInfo : QvMCastInfo {
-  QvMCastInfo* idNext = nullptr;
-  std::uint64_t serial = 0;
-};
-
-IndexedInfo* Indexed(QvMCastInfo* info) { return static_cast<IndexedInfo*>(info); }
-
 // Stores below this many members are searched by walking the list.
 constexpr std::uint32_t kIndexFrom = 16;
 
@@ -207,6 +198,9 @@ void QvMCast::localNew(QvMCastInfo* info, unsigned char* name) {
 }
 
 void QvMCast::localDeleteIcon(QvMCastInfo* info) {
+  // Every registration and removal of an attachment comes here: colour
+  // tables computed before are not reused either.
+  ForgetColours(info);
   if (info->icon.Pic()) {
     info->icon.Dispose();
     info->iconWidth = 0;

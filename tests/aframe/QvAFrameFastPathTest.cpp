@@ -7,8 +7,14 @@
 #include <vector>
 
 #include "aframe/QvAFrame.h"
+#include "aframe/QvAFrameRows.h"
 #include "toolbox/QvPal.h"
+#include "toolbox/QvPlatform.h"
+#include "toolbox/QvRgn.h"
+#include "toolbox/tbGWorld.h"
 #include "toolbox/tbRect.h"
+#include "toolbox/tbRegion.h"
+#include "toolbox/tbToolBox.h"
 
 namespace {
 
@@ -103,6 +109,125 @@ TEST(QvAFrameFastPath, MaskedCopiesMatchPixelByPixelRendering) {
     ReferenceDraw(anim, want.data(), rowBytes, dw, dh, x, y, withPal ? &pal : nullptr, fill, wrap,
                   scrollX, scrollY);
     ASSERT_EQ(got, want) << "round " << round << " style " << style << " pal " << withPal;
+  }
+}
+
+// Every vector set of row kernels against the plain loops, on rows of every
+// length up to a few vectors at every alignment, with masks, palette areas
+// and keys from all-through to nothing-through.
+TEST(QvAFrameFastPath, RowKernelsMatchThePlainLoops) {
+  using qvaframe::RowKernels;
+  std::vector<const RowKernels*> sets{&qvaframe::Sse2Rows()};
+  if (qvaframe::Avx2Rows()) sets.push_back(qvaframe::Avx2Rows());
+  const RowKernels& plain = qvaframe::PlainRows();
+  std::mt19937 rng(2111);
+  for (int round = 0; round < 3000; ++round) {
+    const long w = static_cast<long>(rng() % 300);
+    const std::size_t at = rng() % 32;
+    std::vector<unsigned char> src(w + at), mask(w + at), dst(w + at);
+    const int style = static_cast<int>(rng() % 4);
+    const auto key = static_cast<unsigned char>(rng());
+    for (long i = 0; i < w; ++i) {
+      src[at + i] = rng() % 3 == 0 ? key : static_cast<unsigned char>(rng());
+      mask[at + i] = style == 0 ? 255 : style == 1 ? 0 : rng() % 2 ? 0 : 1 + rng() % 255;
+      dst[at + i] = static_cast<unsigned char>(rng());
+    }
+    unsigned char area[32];
+    const int areaStyle = static_cast<int>(rng() % 3);
+    for (auto& b : area)
+      b = areaStyle == 0 ? 0xFF : areaStyle == 1 ? 0 : static_cast<unsigned char>(rng());
+    for (int kernel = 0; kernel < 3; ++kernel) {
+      auto run = [&](const RowKernels& k) {
+        std::vector<unsigned char> out = dst;
+        if (kernel == 0) k.masked(&src[at], &mask[at], &out[at], w);
+        if (kernel == 1) k.filtered(&src[at], &mask[at], &out[at], w, area);
+        if (kernel == 2) k.keyed(&src[at], &out[at], w, key);
+        return out;
+      };
+      const auto want = run(plain);
+      for (const RowKernels* set : sets)
+        ASSERT_EQ(run(*set), want) << set->name << " kernel " << kernel << " round " << round;
+    }
+  }
+}
+
+// The world's drawing copied through a palette area into a pixel map, against
+// the copy through the region of the pixels that differ from the fill colour
+// (QvRgn::ColorToRgn, then tbToolBox::CopyBits): the same pixels, result and
+// allocation attempts, also with each of the allocations failing, and with
+// the world drawn onto itself.
+TEST(QvAFrameFastPath, PictureThroughPaletteAreaMatchesTheRegionCopy) {
+  std::mt19937 rng(2112);
+  for (int round = 0; round < 300; ++round) {
+    const int w = 1 + static_cast<int>(rng() % 70), h = 1 + static_cast<int>(rng() % 40);
+    std::vector<unsigned char> image(static_cast<std::size_t>(w * h)), mask(image.size());
+    for (std::size_t i = 0; i < image.size(); ++i) {
+      image[i] = static_cast<unsigned char>(rng() % 8);
+      mask[i] = rng() % 4 ? 255 : 0;
+    }
+    QvAFrame anim;
+    ASSERT_EQ(anim.Reg(0, 0, 0, S16(w), S16(h), 0, 0, 1), 0);
+    ASSERT_EQ(anim.SetImage(0, image.data(), mask.data(), S16(w), S16(h), 0, 0), 1);
+    QvPal pal;
+    for (int c = 0; c < 8; ++c) pal.SetFlag(static_cast<unsigned char>(c), rng() % 3 ? 1 : 0);
+    const int ww = 1 + static_cast<int>(rng() % 90), wh = 1 + static_cast<int>(rng() % 50);
+    tbRect bounds(0, 0, ww, wh);
+    const int fill = rng() % 8 == 0 ? -1 : static_cast<int>(rng() % 8);
+    const int x = static_cast<int>(rng() % (ww + w)) - w / 2;
+    const int y = static_cast<int>(rng() % (wh + h)) - h / 2;
+    const int destX = static_cast<int>(rng() % 200) - 60,
+              destY = static_cast<int>(rng() % 120) - 40;
+    const bool onItself = rng() % 10 == 0;
+    const int fail = round % 5;  // 0: none, else the fail-th allocation of the copy
+    auto run = [&](bool reference, int* attempts, char* result) {
+      tbGWorld* world = nullptr;
+      QvFailAllocation(0);
+      EXPECT_EQ(qv::tb.NewGWorld(&world, 8, &bounds, nullptr), 1);
+      std::vector<unsigned char> screen(140 * 90);
+      for (auto& b : screen) b = static_cast<unsigned char>(100 + rng() % 50);
+      tbPixMap map(screen.data(), 140, tbRect(0, 0, 140, 90));
+      tbPixMap* dest = onItself ? world->PortPixMap() : &map;
+      QvFailAllocation(fail);
+      if (!reference) {
+        *result = anim.DrawAPicture(0, world, S16(x), S16(y), &pal, S16(fill), 0, 0, 0, dest,
+                                    S16(destX), S16(destY));
+      } else {
+        tbPixMap* pm = world->PortPixMap();
+        tbRect frame;
+        anim.DrawAImage(0, pm->TopAddr(), pm->Offset(), S16(ww), S16(wh), S16(x), S16(y), &pal,
+                        S16(fill), 0, 0, 0, &frame);
+        tbRegion region;
+        QvRgn colorRegion;
+        colorRegion.ColorToRgn(pm->TopAddr(), pm->Offset(), S16(ww), S16(wh),
+                               static_cast<unsigned char>(fill), 1);
+        *result = region.New() ? 1 : 0;
+        if (*result) {
+          region.CopyRegion(&colorRegion);
+          region.OffsetRegion(destX, destY);
+          tbRect target(destX, destY, destX + ww, destY + wh);
+          qv::tb.CopyBits(pm, dest, &world->bounds, &target, 0x00CC0020, &region);
+          region.Dispose();
+        }
+      }
+      *attempts = QvAllocationCount();
+      QvFailAllocation(0);
+      std::vector<unsigned char> out =
+          onItself ? std::vector<unsigned char>(world->PortPixMap()->TopAddr(),
+                                                world->PortPixMap()->TopAddr() + ww * wh)
+                   : screen;
+      qv::tb.DisposeGWorld(world);
+      return out;
+    };
+    const auto seed = rng();
+    int gotAttempts = 0, wantAttempts = 0;
+    char got = 0, want = 0;
+    rng.seed(seed);
+    const auto gotPixels = run(false, &gotAttempts, &got);
+    rng.seed(seed);
+    const auto wantPixels = run(true, &wantAttempts, &want);
+    ASSERT_EQ(gotPixels, wantPixels) << "round " << round;
+    ASSERT_EQ((std::vector<int>{got, gotAttempts}), (std::vector<int>{want, wantAttempts}))
+        << "round " << round;
   }
 }
 
