@@ -14,6 +14,7 @@
 #include <cstring>
 
 #include "aframe/QvAFrameLocal.h"
+#include "aframe/QvAFrameTransform.h"
 #include "cast/QvMCast.h"
 #include "toolbox/QvPal.h"
 #include "toolbox/QvPlatform.h"
@@ -168,34 +169,17 @@ char QvAFrame::SetImage(std::int16_t index, unsigned char* src, std::int16_t src
     std::memset(image, 0, bytes);
     std::memset(mask, 0, bytes);
   } else {
-    const unsigned char* org = f->orgImage;
-    unsigned char* out = image;
-    unsigned char* outMask = mask;
-    for (int j = 0; j < imageHeight; ++j) {
-      const double pyd = static_cast<double>(j + minY - py[0]);
-      for (int i = 0; i < imageWidth; ++i, ++out, ++outMask) {
-        const double pxd = static_cast<double>(i + minX - px[0]);
-        const double t = (pyd * ax - pxd * ay) / d;
-        double s;
-        if (ax != 0)
-          s = (pxd - t * bx) / ax;
-        else if (ay != 0)
-          s = (pyd - t * by) / ay;
-        else
-          s = 0.0;
-        unsigned char value = 0, m = 0;
-        if (!(s < 0.0 || s > 1.0 || t < 0.0 || t > 1.0)) {
-          const int sx = s == 1.0 ? width - 1 : Trunc(s * width);
-          const int sy = t == 1.0 ? height - 1 : Trunc(t * height);
-          if (sx >= 0 && sx < width && sy >= 0 && sy < height) {
-            value = org[static_cast<std::ptrdiff_t>(sy) * width + sx];
-            m = 255;
-          }
-        }
-        *out = value;
-        *outMask = m;
-      }
-    }
+    InverseMap map;
+    map.org = f->orgImage;
+    map.width = width;
+    map.height = height;
+    map.ax = ax;
+    map.ay = ay;
+    map.bx = bx;
+    map.by = by;
+    map.originX = minX - px[0];
+    map.originY = minY - py[0];
+    InverseMapExact(map, image, mask, imageWidth, imageHeight);
   }
   UpdateMCast();
   return 1;

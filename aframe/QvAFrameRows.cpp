@@ -102,8 +102,29 @@ void KeyedSse2(const unsigned char* s, unsigned char* d, long w, unsigned char k
   KeyedPlain(s + i, d + i, w - i, key);
 }
 
-const RowKernels kPlain{MaskedPlain, FilteredPlain, KeyedPlain, "plain"};
-const RowKernels kSse2{MaskedSse2, FilteredSse2, KeyedSse2, "sse2"};
+}  // namespace
+
+int TransformPlain(const TransformRow& r, unsigned char* image, unsigned char* mask, int n,
+                   int* unclear) {
+  int count = 0;
+  std::int64_t fs = r.s, ft = r.t;
+  for (int i = 0; i < n; ++i, fs += r.stepS, ft += r.stepT) {
+    const std::uint32_t fracS = static_cast<std::uint32_t>(fs);
+    const std::uint32_t fracT = static_cast<std::uint32_t>(ft);
+    if (fracS - r.loS >= r.spanS || fracT - r.loT >= r.spanT) unclear[count++] = i;
+    const std::uint64_t qs = static_cast<std::uint64_t>(fs >> 32);
+    const std::uint64_t qt = static_cast<std::uint64_t>(ft >> 32);
+    const bool inside = qs < r.width && qt < r.height;
+    image[i] = inside ? r.org[qt * r.width + qs] : 0;
+    mask[i] = inside ? 255 : 0;
+  }
+  return count;
+}
+
+namespace {
+
+const RowKernels kPlain{MaskedPlain, FilteredPlain, KeyedPlain, TransformPlain, "plain"};
+const RowKernels kSse2{MaskedSse2, FilteredSse2, KeyedSse2, TransformPlain, "sse2"};
 
 const RowKernels& Choose() {
   const char* want = std::getenv("QV_ROW_COPY");

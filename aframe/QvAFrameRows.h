@@ -5,7 +5,20 @@
 // set can be tested on one machine).
 #pragma once
 
+#include <cstdint>
+
 namespace qvaframe {
+
+// One row of the transform's inverse mapping in 32.32 fixed point (see
+// QvAFrameTransform.cpp): s width and t height of the first pixel, their
+// steps, and the fractions that count as clear of whole numbers (lo <=
+// fraction < lo + span, unsigned).
+struct TransformRow {
+  std::int64_t s, t, stepS, stepT;
+  std::uint32_t loS, spanS, loT, spanT;
+  const unsigned char* org;  // width x height
+  std::uint32_t width, height;
+};
 
 struct RowKernels {
   // d[i] = s[i] wherever m[i] is not 0, for i in 0 .. w - 1.
@@ -16,6 +29,11 @@ struct RowKernels {
                    const unsigned char* area);
   // d[i] = s[i] wherever s[i] is not key.
   void (*keyed)(const unsigned char* s, unsigned char* d, long w, unsigned char key);
+  // Samples n pixels of a transform row into image and mask (0 outside);
+  // the indices of the pixels that are not clear are stored in unclear and
+  // their number returned (their bytes are left to the caller).
+  int (*transform)(const TransformRow& row, unsigned char* image, unsigned char* mask, int n,
+                   int* unclear);
   // "plain", "sse2" or "avx2".
   const char* name;
 };

@@ -22,6 +22,11 @@
 #include "toolbox/tbGWorld.h"
 #include "toolbox/tbToolBox.h"
 
+#ifdef QV_BENCH_SDL2_GFX
+#include <SDL.h>
+#include <SDL2_rotozoom.h>
+#endif
+
 namespace {
 
 constexpr std::int16_t kFrame = 256;
@@ -123,12 +128,15 @@ void BM_DrawAPicture256(benchmark::State& state) {
 }
 BENCHMARK(BM_DrawAPicture256)->Arg(0)->Arg(1);
 
-// The zoom-and-rotation transform of a 256 x 256 frame.
-void BM_Transform256(benchmark::State& state) {
-  auto picture = Picture(kFrame, kFrame, 3);
+// The zoom-and-rotation transform of a side x side frame, zoomed 1.5 x 0.75
+// and rotated 0.6 rad.
+void BM_Transform(benchmark::State& state) {
+  const auto side = static_cast<std::int16_t>(state.range(0));
+  auto picture = Picture(side, side, 3);
   QvAFrame anim;
-  anim.Reg(0, 0, 0, kFrame, kFrame, kFrame / 2, kFrame / 2, 1);
-  anim.SetOrgImage(0, picture.data(), kFrame, kFrame, kFrame);
+  anim.Reg(0, 0, 0, side, side, static_cast<std::int16_t>(side / 2),
+           static_cast<std::int16_t>(side / 2), 1);
+  anim.SetOrgImage(0, picture.data(), side, side, side);
   anim.SetZoom(0, 1.5, 0.75);
   anim.SetRot(0, 0.6);
   std::int16_t w = 0, h = 0;
@@ -139,7 +147,28 @@ void BM_Transform256(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * w * h);
   state.SetLabel("output pixels");
 }
-BENCHMARK(BM_Transform256);
+BENCHMARK(BM_Transform)->Arg(64)->Arg(256)->Arg(1024);
+
+#ifdef QV_BENCH_SDL2_GFX
+// The peer: SDL2_gfx's rotozoomSurfaceXY of the same 8-bit picture with the
+// same zoom and angle, without smoothing, to a new surface like SetImage.
+void BM_TransformSdl2Gfx(benchmark::State& state) {
+  const int side = static_cast<int>(state.range(0));
+  auto picture = Picture(side, side, 3);
+  SDL_Surface* src = SDL_CreateRGBSurfaceWithFormatFrom(picture.data(), side, side, 8, side,
+                                                        SDL_PIXELFORMAT_INDEX8);
+  std::int64_t pixels = 0;
+  for (auto _ : state) {
+    SDL_Surface* out = rotozoomSurfaceXY(src, 0.6 * 180.0 / M_PI, 1.5, 0.75, SMOOTHING_OFF);
+    pixels += static_cast<std::int64_t>(out->w) * out->h;
+    SDL_FreeSurface(out);
+  }
+  SDL_FreeSurface(src);
+  state.SetItemsProcessed(pixels);
+  state.SetLabel("output pixels");
+}
+BENCHMARK(BM_TransformSdl2Gfx)->Arg(64)->Arg(256)->Arg(1024);
+#endif
 
 tbColorTable Greys() {
   tbColorTable table(72);

@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(cmake g++ make pkg-config libgtest-dev libgmock-dev libbenchmark-dev
           libpixman-1-dev libpng-dev libgif-dev nlohmann-json3-dev
-          clang libclang-rt-14-dev valgrind libsdl2-dev xvfb xauth)
+          clang libclang-rt-14-dev valgrind libsdl2-dev libsdl2-gfx-dev xvfb xauth)
 missing=()
 for p in "${packages[@]}"; do
   if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed"; then

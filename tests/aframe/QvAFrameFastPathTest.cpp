@@ -2,12 +2,14 @@
 // plain pixel-by-pixel rendering of the same drawing rules on random input.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdint>
 #include <random>
 #include <vector>
 
 #include "aframe/QvAFrame.h"
 #include "aframe/QvAFrameRows.h"
+#include "aframe/QvAFrameTransform.h"
 #include "toolbox/QvPal.h"
 #include "toolbox/QvPlatform.h"
 #include "toolbox/QvRgn.h"
@@ -232,3 +234,92 @@ TEST(QvAFrameFastPath, PictureThroughPaletteAreaMatchesTheRegionCopy) {
 }
 
 }  // namespace
+
+namespace {
+
+// Builds the inverse mapping of a frame zoomed and rotated about (cx, cy) as
+// the transform does: the corners, their bounding box, the edges.
+qvaframe::InverseMap MapOf(const std::vector<unsigned char>& org, int w, int h, int cx, int cy,
+                           double zx, double zy, double rot, int* outW, int* outH,
+                           std::vector<unsigned char>* frameImage,
+                           std::vector<unsigned char>* frameMask) {
+  QvAFrame anim;
+  anim.Reg(0, 0, 0, S16(w), S16(h), S16(cx), S16(cy), 1);
+  anim.SetZoom(0, zx, zy);
+  anim.SetRot(0, rot);
+  anim.SetOrgImage(0, const_cast<unsigned char*>(org.data()), S16(w), S16(w), S16(h));
+  std::int16_t iw = 0, ih = 0, ox = 0, oy = 0;
+  unsigned char *image = nullptr, *mask = nullptr;
+  anim.SetImage(0, nullptr, 0, 0, 0);
+  anim.GetAImage(0, &image, &mask, &iw, &ih, &ox, &oy);
+  if (image && mask) {
+    frameImage->assign(image, image + iw * ih);
+    frameMask->assign(mask, mask + iw * ih);
+  }
+  // The corners again, zoomed then rotated, each product truncated alone.
+  int px[4] = {0, w - 1, w - 1, 0}, py[4] = {0, 0, h - 1, h - 1};
+  for (int k = 0; k < 4; ++k) {
+    if (zx != 1.0) px[k] = static_cast<std::int16_t>(static_cast<int>((px[k] - cx) * zx) + cx);
+    if (zy != 1.0) py[k] = static_cast<std::int16_t>(static_cast<int>((py[k] - cy) * zy) + cy);
+    if (rot != 0.0) {
+      const double dx = px[k] - cx, dy = py[k] - cy, c = std::cos(rot), s = std::sin(rot);
+      const int nx = cx + static_cast<int>(dx * c) + static_cast<int>(dy * s);
+      const int ny = cy + static_cast<int>(dy * c) - static_cast<int>(dx * s);
+      px[k] = static_cast<std::int16_t>(nx);
+      py[k] = static_cast<std::int16_t>(ny);
+    }
+  }
+  qvaframe::InverseMap m;
+  m.org = org.data();
+  m.width = w;
+  m.height = h;
+  m.ax = px[1] - px[0];
+  m.ay = py[1] - py[0];
+  m.bx = px[3] - px[0];
+  m.by = py[3] - py[0];
+  m.originX = (ox + cx) - px[0];
+  m.originY = (oy + cy) - py[0];
+  *outW = iw;
+  *outH = ih;
+  return m;
+}
+
+}  // namespace
+
+// The integer stepping of the transform against solving every pixel in
+// double precision, and both against the frame's own transformed image: on
+// random sizes, anchors, zooms (exact halves and doubles among them, where
+// many pixels fall on whole numbers) and rotations (quarter turns among
+// them), also for long thin frames whose determinant is large.
+TEST(QvAFrameFastPath, TransformSteppingMatchesSolvingEveryPixel) {
+  std::mt19937 rng(2114);
+  const double zooms[] = {1.0, 2.0, 0.5, 3.0, 0.25, 1.5, 0.75};
+  const double turns[] = {0.0, 1.5707963267948966, 3.141592653589793, 0.7853981633974483};
+  for (int round = 0; round < 400; ++round) {
+    const bool thin = round % 10 == 0;
+    const int w = thin ? 300 + static_cast<int>(rng() % 1200) : 1 + static_cast<int>(rng() % 90);
+    const int h = thin ? 2 + static_cast<int>(rng() % 3) : 1 + static_cast<int>(rng() % 90);
+    std::vector<unsigned char> org(static_cast<std::size_t>(w * h));
+    for (auto& b : org) b = static_cast<unsigned char>(1 + rng() % 255);
+    const int pick = static_cast<int>(rng() % 3);
+    const double zx = pick == 0 ? zooms[rng() % 7] : 0.2 + (rng() % 1000) / 300.0;
+    const double zy = pick == 0 ? zooms[rng() % 7] : pick == 1 ? zx : 0.2 + (rng() % 1000) / 300.0;
+    const double rot =
+        rng() % 3 == 0 ? turns[rng() % 4] : (static_cast<int>(rng() % 2000) - 1000) / 150.0;
+    const int cx = static_cast<int>(rng() % (w + 2)) - 1,
+              cy = static_cast<int>(rng() % (h + 2)) - 1;
+    int iw = 0, ih = 0;
+    std::vector<unsigned char> frameImage, frameMask;
+    const qvaframe::InverseMap m =
+        MapOf(org, w, h, cx, cy, zx, zy, rot, &iw, &ih, &frameImage, &frameMask);
+    if (iw < 1 || ih < 1 || static_cast<long>(m.by) * m.ax == static_cast<long>(m.bx) * m.ay)
+      continue;
+    const std::size_t n = static_cast<std::size_t>(iw) * ih;
+    std::vector<unsigned char> plainImage(n), plainMask(n), exactImage(n), exactMask(n);
+    qvaframe::InverseMapPlain(m, plainImage.data(), plainMask.data(), iw, ih);
+    qvaframe::InverseMapExact(m, exactImage.data(), exactMask.data(), iw, ih);
+    ASSERT_EQ(exactImage, plainImage) << "round " << round;
+    ASSERT_EQ(exactMask, plainMask) << "round " << round;
+    ASSERT_TRUE(frameImage == plainImage && frameMask == plainMask) << "round " << round;
+  }
+}
