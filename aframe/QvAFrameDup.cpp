@@ -1,10 +1,5 @@
 #include "aframe/QvAFrame.h"
 
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#include <immintrin.h>
-#endif
-
 #include <algorithm>
 #include <climits>
 #include <cmath>

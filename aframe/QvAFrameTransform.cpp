@@ -109,10 +109,11 @@ void InverseMapExact(const InverseMap& m, unsigned char* image, unsigned char* m
   const std::uint32_t spanS = 0u - loS - lag - loS;
   const std::uint32_t spanT = 0u - loT - lag - loT;
   using Wide = __int128;
+  constexpr Wide kOne = static_cast<Wide>(1) << 32;  // 1.0 in 32.32
   const std::int64_t stepS = static_cast<std::int64_t>(
-      (static_cast<Wide>(sRow) << 32) / d - ((static_cast<Wide>(sRow) << 32) % d < 0 ? 1 : 0));
+      (static_cast<Wide>(sRow) * kOne) / d - ((static_cast<Wide>(sRow) * kOne) % d < 0 ? 1 : 0));
   const std::int64_t stepT = static_cast<std::int64_t>(
-      (static_cast<Wide>(tRow) << 32) / d - ((static_cast<Wide>(tRow) << 32) % d < 0 ? 1 : 0));
+      (static_cast<Wide>(tRow) * kOne) / d - ((static_cast<Wide>(tRow) * kOne) % d < 0 ? 1 : 0));
   TransformRow row;
   row.stepS = stepS;
   row.stepT = stepT;
@@ -127,8 +128,8 @@ void InverseMapExact(const InverseMap& m, unsigned char* image, unsigned char* m
   constexpr int kChunk = 256;
   int unclear[kChunk];
   for (int j = 0; j < imageHeight; ++j) {
-    const Wide as = static_cast<Wide>(s0 + j * sCol) << 32;
-    const Wide at = static_cast<Wide>(t0 + j * tCol) << 32;
+    const Wide as = static_cast<Wide>(s0 + j * sCol) * kOne;
+    const Wide at = static_cast<Wide>(t0 + j * tCol) * kOne;
     row.s = static_cast<std::int64_t>(as / d - (as % d < 0 ? 1 : 0));
     row.t = static_cast<std::int64_t>(at / d - (at % d < 0 ? 1 : 0));
     for (int i = 0; i < imageWidth; i += kChunk) {

@@ -108,6 +108,33 @@ void BM_MaskedCopyPalette256(benchmark::State& state) {
 }
 BENCHMARK(BM_MaskedCopyPalette256);
 
+#ifdef QV_BENCH_SDL2_GFX
+// The peers of the masked copies: SDL2's blit of an 8-bit surface with a
+// colour key (a quarter of the pixels transparent), plain and RLE-encoded,
+// side x side into a surface of its size sharing its palette.
+void BM_Sdl2ColorKeyBlit(benchmark::State& state) {
+  const int side = static_cast<int>(state.range(0));
+  const bool rle = state.range(1) != 0;
+  auto picture = Picture(side, side, 1);
+  for (std::size_t i = 0; i < picture.size(); i += 4) picture[i] = 0;
+  SDL_Surface* src = SDL_CreateRGBSurfaceWithFormatFrom(picture.data(), side, side, 8, side,
+                                                        SDL_PIXELFORMAT_INDEX8);
+  SDL_Surface* dst = SDL_CreateRGBSurfaceWithFormat(0, side, side, 8, SDL_PIXELFORMAT_INDEX8);
+  SDL_SetSurfacePalette(dst, src->format->palette);
+  SDL_SetColorKey(src, SDL_TRUE, 0);
+  if (rle) SDL_SetSurfaceRLE(src, 1);
+  for (auto _ : state) {
+    SDL_BlitSurface(src, nullptr, dst, nullptr);
+    benchmark::ClobberMemory();
+  }
+  SDL_FreeSurface(dst);
+  SDL_FreeSurface(src);
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(picture.size()));
+  state.SetLabel(rle ? "RLE" : "colour key");
+}
+BENCHMARK(BM_Sdl2ColorKeyBlit)->Args({256, 0})->Args({256, 1})->Args({1024, 0})->Args({1024, 1});
+#endif
+
 // Drawing through an off-screen world and a region into a pixel map, with
 // scrolling and wrap-around.
 void BM_DrawAPicture256(benchmark::State& state) {
@@ -277,6 +304,50 @@ void BM_ChainCTable(benchmark::State& state) {
   state.SetLabel("tables");
 }
 BENCHMARK(BM_ChainCTable);
+
+// One member drawn into a 640 x 480 pixel map: a 48 x 48 sprite of 4 frames
+// with its own colour table; with (range(0) 1) a colour cycle and a fade
+// attached; at one moment again and again (range(1) 0, a redraw) or at a
+// moment further each time (1, the colours move on every drawing).
+void BM_MemberDraw(benchmark::State& state) {
+  const bool colours = state.range(0) != 0;
+  const bool advancing = state.range(1) != 0;
+  auto sheet = Picture(192, 48, 4);
+  QvAFrame walk;
+  for (std::int16_t f = 0; f < 4; ++f) {
+    walk.Reg(-1, static_cast<std::int16_t>(f * 48), 0, 48, 48,
+             static_cast<std::int16_t>(f * 48 + 24), 40, 2);
+    walk.SetImage(f, sheet.data(), 192, 192, 48);
+  }
+  QvACycle cycle;
+  QvPal water = Area(32, 63);
+  cycle.RegArea(&water);
+  cycle.SetMode(2);
+  QvAFade fade;
+  QvPal all = Area(0, 255);
+  fade.RegArea(&all);
+  fade.SetCount(300);
+  tbColorTable table = Greys();
+  QvMCast cast;
+  const std::int16_t id = cast.RegAFrame(-1, &walk, 0, nullptr, &walk);
+  cast.RegOrgCTable(id, &table, nullptr, nullptr);
+  if (colours) {
+    cast.RegAColor(id, &cycle, 0, 0, nullptr, &cycle);
+    cast.RegAColor(id, &fade, 3, 0, nullptr, &fade);
+  }
+  cast.SetStartEnd(id, 0, 999);
+  World dest(640, 480);
+  tbRect rect(0, 0, 640, 480);
+  std::int32_t t = 7;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(cast.DrawPicture(id, t, dest.world->PortPixMap(), &rect));
+    if (advancing) t = (t + 1) % 1000;
+    benchmark::ClobberMemory();
+  }
+  state.SetItemsProcessed(state.iterations());
+  state.SetLabel("members");
+}
+BENCHMARK(BM_MemberDraw)->Args({0, 0})->Args({1, 0})->Args({0, 1})->Args({1, 1});
 
 // A 640 x 480 moment with n members on 8 layers: each a 48 x 48 sprite of 4
 // frames, on a path, some scrolling, a quarter of them with a colour cycle.

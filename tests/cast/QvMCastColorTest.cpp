@@ -331,7 +331,7 @@ TEST(QvMCastColourReuse, MatchesComputingEveryTableAnew) {
                       60 + static_cast<std::int32_t>(arg % 50));
       });
     } else {
-      both([&](CastProbe& s) { s.RegAFrame(id, frames[arg % 3], 0, nullptr, nullptr); });
+      both([&](CastProbe& s) { s.RegAFrame(id, frames[arg % 3], 0, nullptr, frames[arg % 3]); });
     }
     // Everything either store can show agrees.
     ASSERT_EQ(sa.pixels, sb.pixels) << "step " << step;
