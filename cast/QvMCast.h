@@ -286,4 +286,7 @@ class QvMCast {
   char localAncAt(QvMCastInfo* info, std::int32_t time, tbPoint* point, char* flag);
   char localScrollAt(QvMCastInfo* info, std::int32_t time, std::int16_t* h, std::int16_t* v);
   tbColorTable* localCTable(QvMCastInfo* info, std::int32_t time);
+  // The member whose colour table workCTable holds, as its last computation
+  // left it (null once CTable has handed the table out).
+  QvMCastInfo* workInfo = nullptr;
 };

@@ -110,7 +110,11 @@ char QvMCast::DrawPicture(std::int16_t id, std::int32_t time, tbPixMap* dst, tbR
 
 tbColorTable* QvMCast::CTable(std::int16_t id, std::int32_t time) {
   QvMCastInfo* info = localSearch(id);
-  return info ? localCTable(info, time) : nullptr;
+  if (!info) return nullptr;
+  tbColorTable* table = localCTable(info, time);
+  // The caller may write into the table: it is copied again next time.
+  workInfo = nullptr;
+  return table;
 }
 
 tbColorTable* QvMCast::localCTable(QvMCastInfo* info, std::int32_t time) {
@@ -134,21 +138,35 @@ tbColorTable* QvMCast::localCTable(QvMCastInfo* info, std::int32_t time) {
   // changed them since, and their clocks stand on the same frames): the
   // chain would end in the last kind's output table, copied whole.
   if (last && key.Same(node->copiesKey) && last->CTable() && last->CTable()->CTSize() == 255) {
-    workCTable = *last->CTable();
+    if (workInfo != info) workCTable = *last->CTable();
+    workInfo = info;
     return &workCTable;
   }
   CopyCTable(&workCTable, info->orgCTable);
   bool complete = true;
+  // The colours so far: a whole output table is read where it lies rather
+  // than copied into workCTable first, which then receives the last.
+  tbColorTable* sofar = &workCTable;
   for (QvAColor* anim : info->aColor) {
     if (!anim) continue;
-    if (!anim->CTable(&workCTable)) complete = false;
+    if (!anim->CTable(sofar)) complete = false;
     // The output table is passed on whatever the computation gave: a failed
     // computation passes on the output held before.
-    if (tbColorTable* result = anim->CTable()) CopyCTable(&workCTable, result);
+    tbColorTable* result = anim->CTable();
+    if (!result) continue;
+    if (result->CTSize() == 255) {
+      sofar = result;
+    } else {
+      if (sofar != &workCTable) workCTable = *sofar;
+      CopyCTable(&workCTable, result);
+      sofar = &workCTable;
+    }
   }
+  if (sofar != &workCTable) workCTable = *sofar;
   for (int k = 0; k < 4; ++k) key.change[k] = key.anim[k] ? key.anim[k]->changeCount : 0;
   key.complete = complete;
   node->copiesKey = key;
+  workInfo = key.valid ? info : nullptr;
   return &workCTable;
 }
 
