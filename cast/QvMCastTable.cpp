@@ -68,9 +68,14 @@ namespace {
 // Stores below this many members are searched by walking the list.
 constexpr std::uint32_t kIndexFrom = 16;
 
+// Fibonacci hashing of the 16-bit id into count buckets (a power of two):
+// the top bits of the id times 2^16 / phi, so that ids that differ in any
+// bits spread; from 65,536 buckets on, the id itself.
 std::uint32_t BucketOf(std::int16_t id, std::uint32_t count) {
-  // Fibonacci hashing of the 16-bit id; count is a power of two.
-  return (static_cast<std::uint32_t>(static_cast<std::uint16_t>(id)) * 40503u) & (count - 1u);
+  const std::uint32_t key = static_cast<std::uint16_t>(id);
+  if (count >= 65536u) return key;
+  const int bits = __builtin_ctz(count);
+  return ((key * 40503u) & 0xFFFFu) >> (16 - bits);
 }
 
 }  // namespace
