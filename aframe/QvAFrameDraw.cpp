@@ -293,5 +293,3 @@ char QvAFrame::DrawMPicture(std::int16_t position, tbGWorld* world, std::int16_t
   if (!localSearchM(position)) return 0;
   return localDrawPicture(world, x, y, pal, fill, wrap, scrollX, scrollY, destPixMap, destX, destY);
 }
-
-// ---------------------------------------------------------------------------

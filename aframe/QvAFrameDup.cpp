@@ -21,6 +21,7 @@
 
 using namespace qvaframe;
 
+// ---------------------------------------------------------------------------
 // Copies of whole animations
 //
 // The copies walk their source through its list rather than by successive

@@ -22,6 +22,7 @@
 
 using namespace qvaframe;
 
+// ---------------------------------------------------------------------------
 // Images
 
 char QvAFrame::SetOrgImage(std::int16_t index, unsigned char* src, std::int16_t srcRowBytes,

@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <initializer_list>
 #include <memory>
-#include <random>
 #include <ostream>
+#include <random>
 #include <string>
 #include <vector>
 
