@@ -134,25 +134,44 @@ char QvAFrame::SetImage(std::int16_t index, unsigned char* src, std::int16_t src
   std::int16_t minX, minY, imageWidth, imageHeight;
   localGetArea(&minX, &imageWidth, px[0], px[1], px[2], px[3]);
   localGetArea(&minY, &imageHeight, py[0], py[1], py[2], py[3]);
+  // The bytes of the image and mask held now (-1: none).
+  const long heldBytes =
+      f->image && f->mask ? static_cast<long>(f->imageWidth) * f->imageHeight : -1;
   f->imageWidth = imageWidth;
   f->imageHeight = imageHeight;
   f->imageOffsetX = Sub16(minX, cx);
   f->imageOffsetY = Sub16(minY, cy);
 
-  localDeleteImage(f);
   localDeleteIcon(f);
   // Sizes that wrapped around 16 bits: the frame keeps no transformed image,
   // so the stored sizes never describe a buffer of another size.
-  if (imageWidth < 1 || imageHeight < 1) return 0;
-  unsigned char* image = NewBuffer(imageWidth, imageHeight);
-  if (!image) return 0;
-  unsigned char* mask = NewBuffer(imageWidth, imageHeight);
-  if (!mask) {
-    qv::GlobalFree(image);
+  if (imageWidth < 1 || imageHeight < 1) {
+    localDeleteImage(f);
     return 0;
   }
-  f->image = image;
-  f->mask = mask;
+  if (static_cast<long>(imageWidth) * imageHeight == heldBytes) {
+    // Buffers of the size are kept (every byte is written below) instead of
+    // being freed and made anew; the two allocations that would make them
+    // are still counted, so that a failing one ends the same way: neither
+    // buffer, and 0.
+    if (QvAllocationFails() || QvAllocationFails()) {
+      localDeleteImage(f);
+      return 0;
+    }
+  } else {
+    localDeleteImage(f);
+    unsigned char* made = NewBuffer(imageWidth, imageHeight);
+    if (!made) return 0;
+    unsigned char* madeMask = NewBuffer(imageWidth, imageHeight);
+    if (!madeMask) {
+      qv::GlobalFree(made);
+      return 0;
+    }
+    f->image = made;
+    f->mask = madeMask;
+  }
+  unsigned char* image = f->image;
+  unsigned char* mask = f->mask;
 
   // Inverse mapping: each pixel of the transformed image is expressed as
   // P0 + s * A + t * B and sampled from the untransformed image.

@@ -2,6 +2,7 @@
 // plain pixel-by-pixel rendering of the same drawing rules on random input.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <random>
@@ -250,6 +251,14 @@ qvaframe::InverseMap MapOf(const std::vector<unsigned char>& org, int w, int h, 
   anim.SetOrgImage(0, const_cast<unsigned char*>(org.data()), S16(w), S16(w), S16(h));
   std::int16_t iw = 0, ih = 0, ox = 0, oy = 0;
   unsigned char *image = nullptr, *mask = nullptr;
+  anim.SetImage(0, nullptr, 0, 0, 0);
+  // Made again over buffers of the size filled with other bytes, which it
+  // keeps: every byte must be written.
+  anim.GetAImage(0, &image, &mask, &iw, &ih, &ox, &oy);
+  if (image && mask) {
+    std::fill(image, image + iw * ih, 0xAB);
+    std::fill(mask, mask + iw * ih, 0xCD);
+  }
   anim.SetImage(0, nullptr, 0, 0, 0);
   anim.GetAImage(0, &image, &mask, &iw, &ih, &ox, &oy);
   if (image && mask) {
