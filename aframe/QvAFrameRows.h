@@ -46,5 +46,8 @@ const RowKernels& PlainRows();
 // where the processor or the compiler lacks it).
 const RowKernels& Sse2Rows();
 const RowKernels* Avx2Rows();
+// The plain transform row, which also finishes the rows of the vector one.
+int TransformPlain(const TransformRow& row, unsigned char* image, unsigned char* mask, int n,
+                   int* unclear);
 
 }  // namespace qvaframe

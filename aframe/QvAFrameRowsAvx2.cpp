@@ -13,9 +13,6 @@
 
 namespace qvaframe {
 
-int TransformPlain(const TransformRow& r, unsigned char* image, unsigned char* mask, int n,
-                   int* unclear);
-
 #ifdef QV_AVX2_ROWS
 namespace {
 
