@@ -22,6 +22,7 @@ QvAColor::~QvAColor() {
 }
 
 char QvAColor::RegArea(QvPal* pal) {
+  ++changeCount;
   if (!area) {
     area = QvNew<QvPal>();
     if (!area) {
@@ -52,6 +53,7 @@ char QvAColor::Save(char*, std::uint32_t, std::uint32_t) { return 0; }
 tbColorTable* QvAColor::CTable() { return cTable; }
 
 void QvAColor::SetColor(std::int16_t index, tbRGBColor* color) {
+  ++changeCount;
   if (!cTable || !color) return;
   cTable->SetCTTable(index, color);
 }
@@ -88,6 +90,7 @@ std::int16_t QvAColor::localFlagNum() {
 }
 
 void QvAColor::localRegToMCast(QvMCastList* own, char kind, QvMCastList* list) {
+  ++changeCount;
   if (!own) return;
   for (std::int32_t i = 0; i <= 0x7FFF; ++i) {
     QvMCast* store = nullptr;

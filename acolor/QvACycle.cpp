@@ -65,6 +65,7 @@ tbColorTable* QvACycle::CTable(tbColorTable* src) {
 }
 
 tbColorTable* QvACycle::CTable(std::int16_t frame, tbColorTable* src) {
+  ++changeCount;
   if (errorFlags != 0 || frame < 0 || frame >= Count() || !src || !cTable) return nullptr;
 
   for (std::int16_t i = 0; i <= 255; ++i) cTable->SetCTTable(i, src->CTTable(i));

@@ -64,6 +64,7 @@ tbColorTable* QvAFade::CTable(tbColorTable* src) {
 }
 
 tbColorTable* QvAFade::CTable(std::int16_t frame, tbColorTable* src) {
+  ++changeCount;
   if (errorFlags != 0 || frame < 0 || frame >= Count() || !src || !cTable || !area) return nullptr;
 
   const double f = static_cast<double>(frame) / static_cast<double>(lastFrame);

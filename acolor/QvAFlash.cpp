@@ -25,6 +25,7 @@ tbColorTable* QvAFlash::CTable(tbColorTable* src) {
 }
 
 tbColorTable* QvAFlash::CTable(std::int16_t frame, tbColorTable* src) {
+  ++changeCount;
   if (errorFlags != 0 || frame < 0 || frame >= Count() || !src || !cTable || !area) return nullptr;
 
   // Built fresh from black: red for frame 0, green for 1, blue for 2.

@@ -89,6 +89,7 @@ tbColorTable* QvASwitch::CTable(tbColorTable* src) {
 }
 
 tbColorTable* QvASwitch::CTable(std::int16_t frame, tbColorTable* src) {
+  ++changeCount;
   if (errorFlags != 0 || frame < 0 || frame >= Count() || !src || !cTable || !area || !tables) {
     return nullptr;
   }

@@ -22,6 +22,11 @@
 #include "toolbox/tbGWorld.h"
 #include "toolbox/tbToolBox.h"
 
+#ifdef QV_BENCH_SDL2_GFX
+#include <SDL.h>
+#include <SDL2_rotozoom.h>
+#endif
+
 namespace {
 
 constexpr std::int16_t kFrame = 256;
@@ -103,6 +108,33 @@ void BM_MaskedCopyPalette256(benchmark::State& state) {
 }
 BENCHMARK(BM_MaskedCopyPalette256);
 
+#ifdef QV_BENCH_SDL2_GFX
+// The peers of the masked copies: SDL2's blit of an 8-bit surface with a
+// colour key (a quarter of the pixels transparent), plain and RLE-encoded,
+// side x side into a surface of its size sharing its palette.
+void BM_Sdl2ColorKeyBlit(benchmark::State& state) {
+  const int side = static_cast<int>(state.range(0));
+  const bool rle = state.range(1) != 0;
+  auto picture = Picture(side, side, 1);
+  for (std::size_t i = 0; i < picture.size(); i += 4) picture[i] = 0;
+  SDL_Surface* src = SDL_CreateRGBSurfaceWithFormatFrom(picture.data(), side, side, 8, side,
+                                                        SDL_PIXELFORMAT_INDEX8);
+  SDL_Surface* dst = SDL_CreateRGBSurfaceWithFormat(0, side, side, 8, SDL_PIXELFORMAT_INDEX8);
+  SDL_SetSurfacePalette(dst, src->format->palette);
+  SDL_SetColorKey(src, SDL_TRUE, 0);
+  if (rle) SDL_SetSurfaceRLE(src, 1);
+  for (auto _ : state) {
+    SDL_BlitSurface(src, nullptr, dst, nullptr);
+    benchmark::ClobberMemory();
+  }
+  SDL_FreeSurface(dst);
+  SDL_FreeSurface(src);
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(picture.size()));
+  state.SetLabel(rle ? "RLE" : "colour key");
+}
+BENCHMARK(BM_Sdl2ColorKeyBlit)->Args({256, 0})->Args({256, 1})->Args({1024, 0})->Args({1024, 1});
+#endif
+
 // Drawing through an off-screen world and a region into a pixel map, with
 // scrolling and wrap-around.
 void BM_DrawAPicture256(benchmark::State& state) {
@@ -123,12 +155,15 @@ void BM_DrawAPicture256(benchmark::State& state) {
 }
 BENCHMARK(BM_DrawAPicture256)->Arg(0)->Arg(1);
 
-// The zoom-and-rotation transform of a 256 x 256 frame.
-void BM_Transform256(benchmark::State& state) {
-  auto picture = Picture(kFrame, kFrame, 3);
+// The zoom-and-rotation transform of a side x side frame, zoomed 1.5 x 0.75
+// and rotated 0.6 rad.
+void BM_Transform(benchmark::State& state) {
+  const auto side = static_cast<std::int16_t>(state.range(0));
+  auto picture = Picture(side, side, 3);
   QvAFrame anim;
-  anim.Reg(0, 0, 0, kFrame, kFrame, kFrame / 2, kFrame / 2, 1);
-  anim.SetOrgImage(0, picture.data(), kFrame, kFrame, kFrame);
+  anim.Reg(0, 0, 0, side, side, static_cast<std::int16_t>(side / 2),
+           static_cast<std::int16_t>(side / 2), 1);
+  anim.SetOrgImage(0, picture.data(), side, side, side);
   anim.SetZoom(0, 1.5, 0.75);
   anim.SetRot(0, 0.6);
   std::int16_t w = 0, h = 0;
@@ -139,7 +174,28 @@ void BM_Transform256(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * w * h);
   state.SetLabel("output pixels");
 }
-BENCHMARK(BM_Transform256);
+BENCHMARK(BM_Transform)->Arg(64)->Arg(256)->Arg(1024);
+
+#ifdef QV_BENCH_SDL2_GFX
+// The peer: SDL2_gfx's rotozoomSurfaceXY of the same 8-bit picture with the
+// same zoom and angle, without smoothing, to a new surface like SetImage.
+void BM_TransformSdl2Gfx(benchmark::State& state) {
+  const int side = static_cast<int>(state.range(0));
+  auto picture = Picture(side, side, 3);
+  SDL_Surface* src = SDL_CreateRGBSurfaceWithFormatFrom(picture.data(), side, side, 8, side,
+                                                        SDL_PIXELFORMAT_INDEX8);
+  std::int64_t pixels = 0;
+  for (auto _ : state) {
+    SDL_Surface* out = rotozoomSurfaceXY(src, 0.6 * 180.0 / M_PI, 1.5, 0.75, SMOOTHING_OFF);
+    pixels += static_cast<std::int64_t>(out->w) * out->h;
+    SDL_FreeSurface(out);
+  }
+  SDL_FreeSurface(src);
+  state.SetItemsProcessed(pixels);
+  state.SetLabel("output pixels");
+}
+BENCHMARK(BM_TransformSdl2Gfx)->Arg(64)->Arg(256)->Arg(1024);
+#endif
 
 tbColorTable Greys() {
   tbColorTable table(tbColorTable::kStandard);
@@ -249,18 +305,68 @@ void BM_ChainCTable(benchmark::State& state) {
 }
 BENCHMARK(BM_ChainCTable);
 
-// A 640 x 480 moment with n members on 4 layers: each a 48 x 48 sprite of 4
-// frames, on a path, some scrolling, a quarter of them with a colour cycle.
-void BM_LayerMoment(benchmark::State& state) {
-  const int members = static_cast<int>(state.range(0));
+// One member drawn into a 640 x 480 pixel map: a 48 x 48 sprite of 4 frames
+// with its own colour table; with (range(0) 1) a colour cycle and a fade
+// attached; at one moment again and again (range(1) 0, a redraw) or at a
+// moment further each time (1, the colours move on every drawing).
+void BM_MemberDraw(benchmark::State& state) {
+  const bool colours = state.range(0) != 0;
+  const bool advancing = state.range(1) != 0;
   auto sheet = Picture(192, 48, 4);
   QvAFrame walk;
   for (std::int16_t f = 0; f < 4; ++f) {
     walk.Reg(-1, static_cast<std::int16_t>(f * 48), 0, 48, 48,
              static_cast<std::int16_t>(f * 48 + 24), 40, 2);
+    walk.SetImage(f, sheet.data(), 192, 192, 48);
+  }
+  QvACycle cycle;
+  QvPal water = Area(32, 63);
+  cycle.RegArea(&water);
+  cycle.SetMode(2);
+  QvAFade fade;
+  QvPal all = Area(0, 255);
+  fade.RegArea(&all);
+  fade.SetCount(300);
+  tbColorTable table = Greys();
+  QvMCast cast;
+  const std::int16_t id = cast.RegAFrame(-1, &walk, 0, nullptr, &walk);
+  cast.RegOrgCTable(id, &table, nullptr, nullptr);
+  if (colours) {
+    cast.RegAColor(id, &cycle, 0, 0, nullptr, &cycle);
+    cast.RegAColor(id, &fade, 3, 0, nullptr, &fade);
+  }
+  cast.SetStartEnd(id, 0, 999);
+  World dest(640, 480);
+  tbRect rect(0, 0, 640, 480);
+  std::int32_t t = 7;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(cast.DrawPicture(id, t, dest.world->PortPixMap(), &rect));
+    if (advancing) t = (t + 1) % 1000;
+    benchmark::ClobberMemory();
+  }
+  state.SetItemsProcessed(state.iterations());
+  state.SetLabel("members");
+}
+BENCHMARK(BM_MemberDraw)->Args({0, 0})->Args({1, 0})->Args({0, 1})->Args({1, 1});
+
+// A 640 x 480 moment with n members on 8 layers: each a 48 x 48 sprite of 4
+// frames, on a path, some scrolling, a quarter of them with a colour cycle.
+// Reported per member too, to show how the cost grows with the cast.
+// With a second argument of 12 the sprites are 12 x 12, so that even 4,096
+// members (their private frame copies and worlds) stay in the caches.
+void BM_LayerMoment(benchmark::State& state) {
+  const int members = static_cast<int>(state.range(0));
+  const auto side = static_cast<std::int16_t>(state.range(1));
+  auto sheet = Picture(4 * side, side, 4);
+  QvAFrame walk;
+  for (std::int16_t f = 0; f < 4; ++f) {
+    walk.Reg(-1, static_cast<std::int16_t>(f * side), 0, side, side,
+             static_cast<std::int16_t>(f * side + side / 2),
+             static_cast<std::int16_t>(side * 5 / 6), 2);
     walk.SetZoom(f, 1.25, 1.25);
     walk.SetRot(f, 0.1 * f);
-    walk.SetImage(f, sheet.data(), 192, 192, 48);
+    walk.SetImage(f, sheet.data(), static_cast<std::int16_t>(4 * side),
+                  static_cast<std::int16_t>(4 * side), side);
   }
   QvACycle cycle;
   QvPal water = Area(32, 63);
@@ -270,7 +376,7 @@ void BM_LayerMoment(benchmark::State& state) {
   QvPal area = Area(1, 255);
   QvMCast cast;
   QvMLayer layers;
-  for (std::int16_t l = 0; l < 4; ++l) layers.New(-1, l);
+  for (std::int16_t l = 0; l < 8; ++l) layers.New(-1, l);
   std::mt19937 rng(7);
   for (int i = 0; i < members; ++i) {
     std::int16_t id = cast.RegAFrame(-1, &walk, 0, nullptr, &walk);
@@ -283,7 +389,7 @@ void BM_LayerMoment(benchmark::State& state) {
     if (i % 3 == 0) cast.RegScroll(id, 2, nullptr);
     if (i % 4 == 0) cast.RegAColor(id, &cycle, QvAColor::kCycle, 0, nullptr, &cycle);
     cast.SetStartEnd(id, 0, 999);
-    layers.RegCast(static_cast<std::int16_t>(i % 4), &cast, id, -1);
+    layers.RegCast(static_cast<std::int16_t>(i % 8), &cast, id, -1);
   }
   World dest(640, 480);
   tbRect rect(0, 0, 640, 480);
@@ -294,9 +400,14 @@ void BM_LayerMoment(benchmark::State& state) {
     benchmark::ClobberMemory();
   }
   state.SetItemsProcessed(state.iterations());
+  state.counters["per_member"] = benchmark::Counter(
+      static_cast<double>(members),
+      benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
   state.SetLabel("moments");
 }
-BENCHMARK(BM_LayerMoment)->Arg(16)->Arg(64);
+BENCHMARK(BM_LayerMoment)
+    ->ArgsProduct({{16, 64, 256, 1024, 4096}, {48, 12}})
+    ->Unit(benchmark::kMicrosecond);
 
 // Fitting one member by moving it on a layer of 1,000 members.
 void BM_FitMove1000(benchmark::State& state) {

@@ -1061,4 +1061,31 @@ class QvMCast {
   char lockFlag;
   /// The working table CTable fills and returns.
   tbColorTable workCTable;
+
+  // Lookup by id in constant time, beside the list: a table of buckets
+  // (idBucketCount, a power of two, or null while the store is small or the
+  // table could not be made, when lookups walk the list). Each record is made
+  // with a link to the next record of its bucket and its creation number;
+  // among records of one id the earliest made is the first in the list.
+  // Kept exact by New, localDel and DelAll; a table that cannot grow keeps
+  // working with longer buckets.
+  QvMCastInfo* localFind(std::int16_t id) const;
+  void localIndexAdd(QvMCastInfo* info);
+  void localIndexRemove(QvMCastInfo* info);
+  void localIndexGrow();
+  void localIndexClear();
+  QvMCastInfo** idBuckets = nullptr;
+  std::uint32_t idBucketCount = 0;
+  std::uint32_t memberCount = 0;
+  std::uint64_t idSerial = 0;
+  QvMCastInfo* tail = nullptr;
+
+  // Twins of GetAnc (by time), GetScroll and CTable taking the record, so
+  // that drawing a member looks it up once.
+  char localAncAt(QvMCastInfo* info, std::int32_t time, tbPoint* point, char* flag);
+  char localScrollAt(QvMCastInfo* info, std::int32_t time, std::int16_t* h, std::int16_t* v);
+  tbColorTable* localCTable(QvMCastInfo* info, std::int32_t time);
+  // The member whose colour table workCTable holds, as its last computation
+  // left it (null once CTable has handed the table out).
+  QvMCastInfo* workInfo = nullptr;
 };

@@ -37,6 +37,7 @@ char QvMCastList::Del(QvMCast* cast, std::int16_t id) {
   if (entry->next != nullptr) entry->next->prev = entry->prev;
   // A walk standing on the removed entry goes on with the one after it.
   if (iter == entry) iter = entry->next;
+  getEntry = nullptr;
   delete entry;
   found = head;
   return 1;
@@ -53,13 +54,21 @@ void QvMCastList::DelAll() {
   // Nothing is left to point at: a walk in progress ends.
   found = nullptr;
   iter = nullptr;
+  getEntry = nullptr;
 }
 
 char QvMCastList::Get(std::int16_t index, QvMCast** cast, std::int16_t* id) {
   if (index < 0) return 0;
   QvMCastID* entry = head;
-  for (std::int16_t i = 0; entry != nullptr && i < index; ++i) entry = entry->next;
+  std::int16_t i = 0;
+  if (getEntry != nullptr && getIndex <= index) {
+    entry = getEntry;
+    i = getIndex;
+  }
+  for (; entry != nullptr && i < index; ++i) entry = entry->next;
   if (entry == nullptr) return 0;
+  getEntry = entry;
+  getIndex = index;
   if (cast != nullptr) *cast = entry->cast;
   if (id != nullptr) *id = entry->id;
   return 1;

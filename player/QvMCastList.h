@@ -84,4 +84,10 @@ class QvMCastList {
   QvMCastID* found;
   /// Entry the next GetNext() reads; null at the end of a walk.
   QvMCastID* iter;
+
+  // The entry Get gave last and its index (null: none), so that a walk by
+  // successive indices steps on from there instead of from the head. Reset
+  // whenever an entry is removed.
+  QvMCastID* getEntry = nullptr;
+  std::int16_t getIndex = 0;
 };

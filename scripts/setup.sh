@@ -8,7 +8,7 @@ set -euo pipefail
 
 packages=(cmake g++ make pkg-config doxygen libgtest-dev libgmock-dev libbenchmark-dev
           libpixman-1-dev libpng-dev libgif-dev nlohmann-json3-dev
-          clang libclang-rt-14-dev valgrind libsdl2-dev xvfb xauth
+          clang libclang-rt-14-dev valgrind libsdl2-dev libsdl2-gfx-dev xvfb xauth
           dpkg-dev man-db netpbm gifsicle imagemagick python3-pil)
 # The engine for the browser and its tests (scripts/web.sh sets QV_WEB=1).
 if [ "${QV_WEB:-0}" = 1 ]; then

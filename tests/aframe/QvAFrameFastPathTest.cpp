@@ -2,13 +2,22 @@
 // plain pixel-by-pixel rendering of the same drawing rules on random input.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <random>
 #include <vector>
 
 #include "aframe/QvAFrame.h"
+#include "aframe/QvAFrameRows.h"
+#include "aframe/QvAFrameTransform.h"
 #include "toolbox/QvPal.h"
+#include "toolbox/QvPlatform.h"
+#include "toolbox/QvRgn.h"
+#include "toolbox/tbGWorld.h"
 #include "toolbox/tbRect.h"
+#include "toolbox/tbRegion.h"
+#include "toolbox/tbToolBox.h"
 
 namespace {
 
@@ -106,4 +115,220 @@ TEST(QvAFrameFastPath, MaskedCopiesMatchPixelByPixelRendering) {
   }
 }
 
+// Every vector set of row kernels against the plain loops, on rows of every
+// length up to a few vectors at every alignment, with masks, palette areas
+// and keys from all-through to nothing-through.
+TEST(QvAFrameFastPath, RowKernelsMatchThePlainLoops) {
+  using qvaframe::RowKernels;
+  std::vector<const RowKernels*> sets{&qvaframe::Sse2Rows()};
+  if (qvaframe::Avx2Rows()) sets.push_back(qvaframe::Avx2Rows());
+  const RowKernels& plain = qvaframe::PlainRows();
+  std::mt19937 rng(2111);
+  for (int round = 0; round < 3000; ++round) {
+    const long w = static_cast<long>(rng() % 300);
+    const std::size_t at = rng() % 32;
+    std::vector<unsigned char> src(w + at), mask(w + at), dst(w + at);
+    const int style = static_cast<int>(rng() % 4);
+    const auto key = static_cast<unsigned char>(rng());
+    for (long i = 0; i < w; ++i) {
+      src[at + i] = rng() % 3 == 0 ? key : static_cast<unsigned char>(rng());
+      mask[at + i] = style == 0 ? 255 : style == 1 ? 0 : rng() % 2 ? 0 : 1 + rng() % 255;
+      dst[at + i] = static_cast<unsigned char>(rng());
+    }
+    unsigned char area[32];
+    const int areaStyle = static_cast<int>(rng() % 3);
+    for (auto& b : area)
+      b = areaStyle == 0 ? 0xFF : areaStyle == 1 ? 0 : static_cast<unsigned char>(rng());
+    for (int kernel = 0; kernel < 3; ++kernel) {
+      auto run = [&](const RowKernels& k) {
+        std::vector<unsigned char> out = dst;
+        if (kernel == 0) k.masked(&src[at], &mask[at], &out[at], w);
+        if (kernel == 1) k.filtered(&src[at], &mask[at], &out[at], w, area);
+        if (kernel == 2) k.keyed(&src[at], &out[at], w, key);
+        return out;
+      };
+      const auto want = run(plain);
+      for (const RowKernels* set : sets)
+        ASSERT_EQ(run(*set), want) << set->name << " kernel " << kernel << " round " << round;
+    }
+  }
+}
+
+// The world's drawing copied through a palette area into a pixel map, against
+// the copy through the region of the pixels that differ from the fill colour
+// (QvRgn::ColorToRgn, then tbToolBox::CopyBits): the same pixels, result and
+// allocation attempts, also with each of the allocations failing, and with
+// the world drawn onto itself.
+TEST(QvAFrameFastPath, PictureThroughPaletteAreaMatchesTheRegionCopy) {
+  std::mt19937 rng(2112);
+  for (int round = 0; round < 300; ++round) {
+    const int w = 1 + static_cast<int>(rng() % 70), h = 1 + static_cast<int>(rng() % 40);
+    std::vector<unsigned char> image(static_cast<std::size_t>(w * h)), mask(image.size());
+    for (std::size_t i = 0; i < image.size(); ++i) {
+      image[i] = static_cast<unsigned char>(rng() % 8);
+      mask[i] = rng() % 4 ? 255 : 0;
+    }
+    QvAFrame anim;
+    ASSERT_EQ(anim.Reg(0, 0, 0, S16(w), S16(h), 0, 0, 1), 0);
+    ASSERT_EQ(anim.SetImage(0, image.data(), mask.data(), S16(w), S16(h), 0, 0), 1);
+    QvPal pal;
+    for (int c = 0; c < 8; ++c) pal.SetFlag(static_cast<unsigned char>(c), rng() % 3 ? 1 : 0);
+    const int ww = 1 + static_cast<int>(rng() % 90), wh = 1 + static_cast<int>(rng() % 50);
+    tbRect bounds(0, 0, ww, wh);
+    const int fill = rng() % 8 == 0 ? -1 : static_cast<int>(rng() % 8);
+    const int x = static_cast<int>(rng() % (ww + w)) - w / 2;
+    const int y = static_cast<int>(rng() % (wh + h)) - h / 2;
+    const int destX = static_cast<int>(rng() % 200) - 60,
+              destY = static_cast<int>(rng() % 120) - 40;
+    const bool onItself = rng() % 10 == 0;
+    const int fail = round % 5;  // 0: none, else the fail-th allocation of the copy
+    auto run = [&](bool reference, int* attempts, char* result) {
+      tbGWorld* world = nullptr;
+      QvFailAllocation(0);
+      EXPECT_EQ(qv::tb.NewGWorld(&world, 8, &bounds, nullptr), 1);
+      std::vector<unsigned char> screen(140 * 90);
+      for (auto& b : screen) b = static_cast<unsigned char>(100 + rng() % 50);
+      tbPixMap map(screen.data(), 140, tbRect(0, 0, 140, 90));
+      tbPixMap* dest = onItself ? world->PortPixMap() : &map;
+      QvFailAllocation(fail);
+      if (!reference) {
+        *result = anim.DrawAPicture(0, world, S16(x), S16(y), &pal, S16(fill), 0, 0, 0, dest,
+                                    S16(destX), S16(destY));
+      } else {
+        tbPixMap* pm = world->PortPixMap();
+        tbRect frame;
+        anim.DrawAImage(0, pm->TopAddr(), pm->Offset(), S16(ww), S16(wh), S16(x), S16(y), &pal,
+                        S16(fill), 0, 0, 0, &frame);
+        tbRegion region;
+        QvRgn colorRegion;
+        colorRegion.ColorToRgn(pm->TopAddr(), pm->Offset(), S16(ww), S16(wh),
+                               static_cast<unsigned char>(fill), 1);
+        *result = region.New() ? 1 : 0;
+        if (*result) {
+          region.CopyRegion(&colorRegion);
+          region.OffsetRegion(destX, destY);
+          tbRect target(destX, destY, destX + ww, destY + wh);
+          qv::tb.CopyBits(pm, dest, &world->bounds, &target, 0x00CC0020, &region);
+          region.Dispose();
+        }
+      }
+      *attempts = QvAllocationCount();
+      QvFailAllocation(0);
+      std::vector<unsigned char> out =
+          onItself ? std::vector<unsigned char>(world->PortPixMap()->TopAddr(),
+                                                world->PortPixMap()->TopAddr() + ww * wh)
+                   : screen;
+      qv::tb.DisposeGWorld(world);
+      return out;
+    };
+    const auto seed = rng();
+    int gotAttempts = 0, wantAttempts = 0;
+    char got = 0, want = 0;
+    rng.seed(seed);
+    const auto gotPixels = run(false, &gotAttempts, &got);
+    rng.seed(seed);
+    const auto wantPixels = run(true, &wantAttempts, &want);
+    ASSERT_EQ(gotPixels, wantPixels) << "round " << round;
+    ASSERT_EQ((std::vector<int>{got, gotAttempts}), (std::vector<int>{want, wantAttempts}))
+        << "round " << round;
+  }
+}
+
 }  // namespace
+
+namespace {
+
+// Builds the inverse mapping of a frame zoomed and rotated about (cx, cy) as
+// the transform does: the corners, their bounding box, the edges.
+qvaframe::InverseMap MapOf(const std::vector<unsigned char>& org, int w, int h, int cx, int cy,
+                           double zx, double zy, double rot, int* outW, int* outH,
+                           std::vector<unsigned char>* frameImage,
+                           std::vector<unsigned char>* frameMask) {
+  QvAFrame anim;
+  anim.Reg(0, 0, 0, S16(w), S16(h), S16(cx), S16(cy), 1);
+  anim.SetZoom(0, zx, zy);
+  anim.SetRot(0, rot);
+  anim.SetOrgImage(0, const_cast<unsigned char*>(org.data()), S16(w), S16(w), S16(h));
+  std::int16_t iw = 0, ih = 0, ox = 0, oy = 0;
+  unsigned char *image = nullptr, *mask = nullptr;
+  anim.SetImage(0, nullptr, 0, 0, 0);
+  // Made again over buffers of the size filled with other bytes, which it
+  // keeps: every byte must be written.
+  anim.GetAImage(0, &image, &mask, &iw, &ih, &ox, &oy);
+  if (image && mask) {
+    std::fill(image, image + iw * ih, 0xAB);
+    std::fill(mask, mask + iw * ih, 0xCD);
+  }
+  anim.SetImage(0, nullptr, 0, 0, 0);
+  anim.GetAImage(0, &image, &mask, &iw, &ih, &ox, &oy);
+  if (image && mask) {
+    frameImage->assign(image, image + iw * ih);
+    frameMask->assign(mask, mask + iw * ih);
+  }
+  // The corners again, zoomed then rotated, each product truncated alone.
+  int px[4] = {0, w - 1, w - 1, 0}, py[4] = {0, 0, h - 1, h - 1};
+  for (int k = 0; k < 4; ++k) {
+    if (zx != 1.0) px[k] = static_cast<std::int16_t>(static_cast<int>((px[k] - cx) * zx) + cx);
+    if (zy != 1.0) py[k] = static_cast<std::int16_t>(static_cast<int>((py[k] - cy) * zy) + cy);
+    if (rot != 0.0) {
+      const double dx = px[k] - cx, dy = py[k] - cy, c = std::cos(rot), s = std::sin(rot);
+      const int nx = cx + static_cast<int>(dx * c) + static_cast<int>(dy * s);
+      const int ny = cy + static_cast<int>(dy * c) - static_cast<int>(dx * s);
+      px[k] = static_cast<std::int16_t>(nx);
+      py[k] = static_cast<std::int16_t>(ny);
+    }
+  }
+  qvaframe::InverseMap m;
+  m.org = org.data();
+  m.width = w;
+  m.height = h;
+  m.ax = px[1] - px[0];
+  m.ay = py[1] - py[0];
+  m.bx = px[3] - px[0];
+  m.by = py[3] - py[0];
+  m.originX = (ox + cx) - px[0];
+  m.originY = (oy + cy) - py[0];
+  *outW = iw;
+  *outH = ih;
+  return m;
+}
+
+}  // namespace
+
+// The integer stepping of the transform against solving every pixel in
+// double precision, and both against the frame's own transformed image: on
+// random sizes, anchors, zooms (exact halves and doubles among them, where
+// many pixels fall on whole numbers) and rotations (quarter turns among
+// them), also for long thin frames whose determinant is large.
+TEST(QvAFrameFastPath, TransformSteppingMatchesSolvingEveryPixel) {
+  std::mt19937 rng(2114);
+  const double zooms[] = {1.0, 2.0, 0.5, 3.0, 0.25, 1.5, 0.75};
+  const double turns[] = {0.0, 1.5707963267948966, 3.141592653589793, 0.7853981633974483};
+  for (int round = 0; round < 400; ++round) {
+    const bool thin = round % 10 == 0;
+    const int w = thin ? 300 + static_cast<int>(rng() % 1200) : 1 + static_cast<int>(rng() % 90);
+    const int h = thin ? 2 + static_cast<int>(rng() % 3) : 1 + static_cast<int>(rng() % 90);
+    std::vector<unsigned char> org(static_cast<std::size_t>(w * h));
+    for (auto& b : org) b = static_cast<unsigned char>(1 + rng() % 255);
+    const int pick = static_cast<int>(rng() % 3);
+    const double zx = pick == 0 ? zooms[rng() % 7] : 0.2 + (rng() % 1000) / 300.0;
+    const double zy = pick == 0 ? zooms[rng() % 7] : pick == 1 ? zx : 0.2 + (rng() % 1000) / 300.0;
+    const double rot =
+        rng() % 3 == 0 ? turns[rng() % 4] : (static_cast<int>(rng() % 2000) - 1000) / 150.0;
+    const int cx = static_cast<int>(rng() % (w + 2)) - 1,
+              cy = static_cast<int>(rng() % (h + 2)) - 1;
+    int iw = 0, ih = 0;
+    std::vector<unsigned char> frameImage, frameMask;
+    const qvaframe::InverseMap m =
+        MapOf(org, w, h, cx, cy, zx, zy, rot, &iw, &ih, &frameImage, &frameMask);
+    if (iw < 1 || ih < 1 || static_cast<long>(m.by) * m.ax == static_cast<long>(m.bx) * m.ay)
+      continue;
+    const std::size_t n = static_cast<std::size_t>(iw) * ih;
+    std::vector<unsigned char> plainImage(n), plainMask(n), exactImage(n), exactMask(n);
+    qvaframe::InverseMapPlain(m, plainImage.data(), plainMask.data(), iw, ih);
+    qvaframe::InverseMapExact(m, exactImage.data(), exactMask.data(), iw, ih);
+    ASSERT_EQ(exactImage, plainImage) << "round " << round;
+    ASSERT_EQ(exactMask, plainMask) << "round " << round;
+    ASSERT_TRUE(frameImage == plainImage && frameMask == plainMask) << "round " << round;
+  }
+}

@@ -7,6 +7,7 @@
 #include <initializer_list>
 #include <memory>
 #include <ostream>
+#include <random>
 #include <string>
 #include <vector>
 

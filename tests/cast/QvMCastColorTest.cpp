@@ -1,9 +1,13 @@
 // Colour animation copies on members, and how changes of the host's
 // animations reach the members that hold copies of them.
+#include <cstring>
+
 #include "acolor/QvACycle.h"
 #include "acolor/QvAFlash.h"
 #include "acolor/QvASwitch.h"
+#include "cast/QvMCastLocal.h"
 #include "tests/cast/CastTestSupport.h"
+#include "toolbox/tbGWorld.h"
 
 using namespace casttest;
 using QvMCastColor = CastTest;
@@ -203,6 +207,182 @@ TEST_F(QvMCastColor, DestructionInEveryOrder) {
                            (cycle ? ListSize(*cycle) : 0) + ListSize(dftList)
                      : 0,
                 0);
+    }
+  }
+}
+
+namespace {
+
+// A store whose members never reuse a colour table or a world: it forgets
+// what their tables were computed from before every call, and drops the
+// world of a member with colour animations before a drawing that makes a
+// new one, so that it takes the plain path.
+struct PlainStore : CastProbe {
+  void Forget() {
+    for (QvMCastInfo* p = head; p; p = p->next) qvcast::ForgetColours(p);
+  }
+  void BeforeDraw(std::int16_t id, std::int32_t time) {
+    QvMCastInfo* r = Rec(id);
+    if (!r || !r->aFrame || !IsAColor(r) || !r->orgCTable || !r->orgGWorld) return;
+    const std::int32_t t = time == -1 ? r->start : time;
+    std::int16_t w, h, x, y;
+    if (t < r->start || t > r->end || !r->aFrame->GetArea(&w, &h, &x, &y)) return;
+    qv::tb.DisposeGWorld(r->orgGWorld);
+    r->orgGWorld = nullptr;
+  }
+  tbColorTable& Work() { return workCTable; }
+};
+struct ReusingStore : CastProbe {
+  tbColorTable& Work() { return workCTable; }
+};
+
+}  // namespace
+
+// Drawing members with colour animations reuses their colour tables and
+// worlds while nothing changed; against a store that computes everything
+// anew, over random draws, table requests, changes of the host's animations
+// (passed on), of the copies themselves (settings, clocks, output entries),
+// of own tables, ranges and frame animations, and failing allocations: the
+// same pixels, results, tables, worlds, copies and allocation attempts.
+TEST(QvMCastColourReuse, MatchesComputingEveryTableAnew) {
+  NoFailures guard;
+  std::mt19937 rng(2113);
+  QvACycle cycle;
+  QvAFlash flash;
+  QvASwitch sw;
+  QvAFade fade;
+  QvPal low = PalRange(1, 9), high = PalRange(5, 40);
+  cycle.RegArea(&low);
+  flash.RegArea(&high);
+  sw.RegArea(&low);
+  tbColorTable grey = GreyTable(), other(S(72));
+  sw.RegCTable(0, &grey);
+  sw.RegCTable(1, &other);
+  fade.RegArea(&high);
+  fade.RegColor(tbRGBColor(255, 0, 0));
+  QvAColor* anims[4] = {&cycle, &flash, &sw, &fade};
+  QvMCastList* lists[4] = {&cycle, &flash, &sw, &fade};
+  auto anim = MakeAnim({1, 2, 1}, 6, 5, 2, 2);
+  auto anim2 = MakeAnim({1}, 9, 3, 0, 0);
+  // Frames 1 and 2 without an image: nothing fills the world then.
+  auto anim3 = MakeAnim({1}, 5, 4, 1, 1);
+  anim3->Reg(S(1), 0, 0, S(5), S(4), S(1), S(1), S(2));
+  QvAFrame* frames[3] = {anim.get(), anim2.get(), anim3.get()};
+  ReusingStore a;
+  PlainStore b;
+  Screen sa(40, 30), sb(40, 30);
+  tbRect area(0, 0, 40, 30);
+  for (QvMCast* s : {static_cast<QvMCast*>(&a), static_cast<QvMCast*>(&b)}) {
+    for (int m = 0; m < 3; ++m) {
+      s->RegAFrame(S(-1), anim.get(), 0, nullptr, anim.get());
+      s->RegOrgCTable(S(m), &grey, m == 1 ? &low : nullptr, nullptr);
+      for (int k = 0; k < 4; ++k)
+        if ((m + k) % 3 != 0)
+          s->RegAColor(S(m), anims[k], static_cast<char>(k), 0, nullptr, lists[k]);
+      s->SetStartEnd(S(m), 0, 90);
+    }
+  }
+  for (int step = 0; step < 3000; ++step) {
+    const auto id = S(static_cast<int>(rng() % 3));
+    const std::int32_t t = static_cast<std::int32_t>(rng() % 100) - 3;
+    const unsigned op = rng() % 100;
+    const unsigned arg = rng();
+    b.Forget();
+    auto both = [&](auto f) {
+      f(static_cast<CastProbe&>(a));
+      f(static_cast<CastProbe&>(b));
+    };
+    if (op < 40) {
+      const int fail = op < 4 ? static_cast<int>(arg % 3 + 1) : 0;
+      const char ra = FailAt(fail, [&] { return a.DrawPicture(id, t, &sa.pixMap, &area); });
+      const int attemptsA = QvAllocationCount();
+      b.BeforeDraw(id, t);
+      const char rb = FailAt(fail, [&] { return b.DrawPicture(id, t, &sb.pixMap, &area); });
+      const int attemptsB = QvAllocationCount();
+      ASSERT_EQ((Vals{ra, attemptsA}), (Vals{rb, attemptsB})) << "step " << step;
+    } else if (op < 55) {
+      // The other store's table made here as the chain is defined: the own
+      // table, then each kind's computation on the colours so far, its
+      // output copied on.
+      tbColorTable* ta = a.CTable(id, t);
+      QvMCastInfo* r = b.Rec(id);
+      const bool made = r->orgCTable && t >= r->start && t <= r->end;
+      ASSERT_EQ(ta != nullptr, made) << "step " << step;
+      if (made) {
+        tbColorTable& work = b.Work();
+        work = *r->orgCTable;
+        for (QvAColor* copy : r->aColor) {
+          if (!copy) continue;
+          copy->SetCur(static_cast<std::int32_t>(static_cast<std::uint32_t>(t - r->start) *
+                                                 static_cast<std::uint32_t>(copy->Speed()) * 2u /
+                                                 60u));
+          copy->CTable(&work);
+          if (copy->CTable()) work = *copy->CTable();
+        }
+      }
+    } else if (op < 62) {
+      const int k = static_cast<int>(arg % 4);
+      if (k == 0) cycle.SetMode(static_cast<char>(arg / 4 % 3));
+      if (k == 1) flash.RegArea(arg / 4 % 2 ? &low : &high);
+      if (k == 2) sw.RegCTable(-1, arg / 4 % 2 ? &grey : &other);
+      if (k == 3) fade.SetCount(S(static_cast<int>(arg / 4 % 40)));
+    } else if (op < 72) {
+      const int k = static_cast<int>(arg % 4);
+      const int what = static_cast<int>(arg / 4 % 3);
+      tbRGBColor c(static_cast<unsigned char>(arg >> 8), 7, 9);
+      tbColorTable src = GreyTable();
+      both([&](CastProbe& s) {
+        QvAColor* copy = s.Rec(id) ? s.Rec(id)->aColor[k] : nullptr;
+        if (!copy) return;
+        if (what == 0) copy->SetColor(S(static_cast<int>(arg >> 16) % 256), &c);
+        if (what == 1) copy->SetSpeed(S(static_cast<int>(arg >> 16) % 70));
+        if (what == 2) copy->CTable(S(static_cast<int>(arg >> 16) % 4), &src);
+      });
+    } else if (op < 78) {
+      both([&](CastProbe& s) {
+        s.RegOrgCTable(id, arg % 2 ? &grey : &other, arg % 4 < 2 ? &low : nullptr, nullptr);
+      });
+    } else if (op < 86) {
+      const int k = static_cast<int>(arg % 4);
+      both([&](CastProbe& s) {
+        if (arg / 4 % 2)
+          s.DelAColor(id, static_cast<char>(k));
+        else
+          s.RegAColor(id, anims[k], static_cast<char>(k), 0, nullptr, lists[k]);
+      });
+    } else if (op < 93) {
+      both([&](CastProbe& s) {
+        s.SetStartEnd(id, static_cast<std::int32_t>(arg % 20),
+                      60 + static_cast<std::int32_t>(arg % 50));
+      });
+    } else {
+      both([&](CastProbe& s) { s.RegAFrame(id, frames[arg % 3], 0, nullptr, frames[arg % 3]); });
+    }
+    // Everything either store can show agrees.
+    ASSERT_EQ(sa.pixels, sb.pixels) << "step " << step;
+    ASSERT_TRUE(a.Work() == b.Work()) << "step " << step;
+    for (int m = 0; m < 3; ++m) {
+      QvMCastInfo *ra = a.Rec(S(m)), *rb = b.Rec(S(m));
+      ASSERT_EQ(ra->orgGWorld == nullptr, rb->orgGWorld == nullptr);
+      if (ra->orgGWorld) {
+        ASSERT_TRUE(*ra->orgGWorld->CTable() == *rb->orgGWorld->CTable()) << "step " << step;
+        tbPixMap *pa = ra->orgGWorld->PortPixMap(), *pb = rb->orgGWorld->PortPixMap();
+        ASSERT_EQ(pa->Bounds().right * pa->Bounds().bottom,
+                  pb->Bounds().right * pb->Bounds().bottom);
+        ASSERT_EQ(0, std::memcmp(pa->TopAddr(), pb->TopAddr(),
+                                 static_cast<std::size_t>(pa->Offset() * pa->Height())))
+            << "step " << step;
+      }
+      for (int k = 0; k < 4; ++k) {
+        QvAColor *ca = ra->aColor[k], *cb = rb->aColor[k];
+        ASSERT_EQ(ca == nullptr, cb == nullptr);
+        if (!ca) continue;
+        ASSERT_EQ((Vals{ca->Cur(), ca->Speed(), ca->CTable() != nullptr}),
+                  (Vals{cb->Cur(), cb->Speed(), cb->CTable() != nullptr}));
+        if (ca->CTable()) {
+          ASSERT_TRUE(*ca->CTable() == *cb->CTable()) << "step " << step;
+        }
+      }
     }
   }
 }

@@ -230,3 +230,45 @@ TEST_F(QvMCastTable, AbsentMembersFailEverywhere) {
       (Vals{cast.Start(S(0)), cast.End(S(0)), other.Count(), ListSize(*anim) + ListSize(fade)}),
       (Vals{0, 9, 0, 0}));
 }
+
+// The lookup by id against a walk of the list, over random series of
+// creations (automatic, explicit, while locked, failing), deletions, locks
+// and emptying of stores that grow past the size where the lookup table is
+// made and back: every by-id call finds the first member of that id in the
+// list, or none, and the search result is the same member.
+TEST_F(QvMCastTable, LookupByIdMatchesAWalkOfTheList) {
+  std::mt19937 rng(21);
+  for (int round = 0; round < 6; ++round) {
+    CastProbe store;
+    const int span = round % 2 ? 40 : 3000;  // few ids (many duplicates) or many
+    for (int step = 0; step < 4000; ++step) {
+      const auto id = S(static_cast<int>(rng() % span) - 2);
+      const unsigned op = rng() % 100;
+      const int fail = rng() % 8 == 0 ? static_cast<int>(rng() % 3 + 1) : 0;
+      if (op < 45) {
+        FailAt(fail, [&] { return store.New(Txt("m")); });
+      } else if (op < 60) {
+        FailAt(fail, [&] { return store.New(id, nullptr); });
+      } else if (op < 75) {
+        store.Del(id);
+      } else if (op < 80) {
+        store.Lock(id);
+      } else if (op < 88) {
+        store.Unlock();
+      } else if (op < 90) {
+        store.SetStartEnd(id, step, step + 1);
+      } else if (op == 90 && rng() % 4 == 0) {
+        store.DelAll();
+      }
+      const bool locked = store.LockFlag() == 1;
+      QvMCastInfo* locked_on = store.CurInfo();
+      const auto probe = S(static_cast<int>(rng() % span) - 2);
+      const std::int32_t start = store.Start(probe);
+      QvMCastInfo* expected = locked ? locked_on : store.Rec(probe);
+      ASSERT_EQ(store.CurInfo(), expected) << "round " << round << " step " << step;
+      ASSERT_EQ(start, expected ? expected->start : -1);
+      ASSERT_EQ(store.Count(), static_cast<std::int16_t>(store.Ids().size()));
+    }
+    store.Unlock();
+  }
+}
