@@ -74,17 +74,11 @@ TEST(QvAColorBase, AreaOutputTableErrorBitsAndFiles) {
             V(12, 0));
 }
 
-// Behaviour shared by the four kinds; kKind is the code a kind passes to the cast store.
-template <class K>
-constexpr char kKind = std::is_same_v<K, QvACycle>    ? QvAColor::kCycle
-                       : std::is_same_v<K, QvAFlash>  ? QvAColor::kFlash
-                       : std::is_same_v<K, QvASwitch> ? QvAColor::kSwitch
-                                                      : QvAColor::kFade;
+// Behaviour shared by the four kinds.
 template <class K>
 struct QvAColorKinds : ::testing::Test {
   NoFailures guard;
   tbColorTable src = DistinctTable();
-  QvMCast cast;
   // A kind with the whole area and, for a switch, tables for n frames.
   void Ready(K& k, int frames) {
     QvPal pal = RangePal(0, 255);
@@ -95,11 +89,6 @@ struct QvAColorKinds : ::testing::Test {
         ASSERT_EQ(1, k.RegCTable(static_cast<std::int16_t>(i), &t));
       }
     }
-  }
-  // The copy that a member of the cast store holds.
-  QvAColor* Copy(std::int16_t id) {
-    QvAColor* copies[4] = {cast.ACycle(id), cast.AFlash(id), cast.ASwitch(id), cast.AFade(id)};
-    return copies[int(kKind<K>)];
   }
 };
 using Kinds = ::testing::Types<QvACycle, QvAFade, QvAFlash, QvASwitch>;
@@ -196,37 +185,6 @@ TYPED_TEST(QvAColorKinds, AreaLimitsAndDup) {
   a.Dup(nullptr);
   none.Dup(&b);  // a source without an area gives an empty one
   EXPECT_EQ((V{b.AreaFlag(5), b.Error()}), (V{0, 0}));
-}
-
-// Members of the cast store hold copies, renewed by the kind's own code (which
-// operations renew them: OperationsThatPassTheirChangeOn).
-TYPED_TEST(QvAColorKinds, CopiesFollowUpdatesUntilDetached) {
-  std::int16_t first = -1, gone = -1;
-  {
-    TypeParam k;
-    QvFailAllocation(0);
-    k.UpdateMCast();  // without members: nothing to do
-    k.DelFromMCast();
-    EXPECT_EQ(0, QvAllocationCount());
-    first = this->cast.New(nullptr);
-    ASSERT_EQ(first, this->cast.RegAColor(first, &k, kKind<TypeParam>, 10, nullptr, &k));
-    QvPal pal = RangePal(40, 41), other = RangePal(100, 101);
-    QvAColor* before = this->Copy(first);
-    QvFailAllocation(1);  // a failed area renews nothing; a new one is passed on at once
-    EXPECT_EQ((V{k.RegArea(&pal), before == this->Copy(first), k.RegArea(&pal),
-                 this->Copy(first)->AreaFlag(41)}),
-              (V{0, 1, 1, 1}));
-    k.DelFromMCast();  // detached: the copies keep the last settings
-    before = this->Copy(first);
-    EXPECT_EQ((V{k.RegArea(&other), before == this->Copy(first)}), (V{1, 1}));
-    gone = this->cast.New(nullptr);
-    this->cast.RegAColor(gone, &k, kKind<TypeParam>, 10, nullptr, &k);
-    k.SetSpeed(12);
-    k.UpdateMCast();
-  }  // destruction detaches the members too
-  EXPECT_EQ((V{this->Copy(first)->AreaFlag(40), this->Copy(gone)->AreaFlag(100),
-               this->Copy(gone)->Speed()}),
-            (V{1, 1, 12}));
 }
 
 TEST(QvAColorMembersByKind, OperationsThatPassTheirChangeOn) {

@@ -1,5 +1,4 @@
-// Allocation-failure sweeps of the colour and frame animations: construction,
-// areas, tables, frames, images, copies, drawing, and the passing on of
+// Allocation-failure sweeps of the colour and frame animations: areas, tables, frames, images, copies, drawing, and the passing on of
 // changes to the members that hold copies (from the images level on).
 #include <gtest/gtest.h>
 
@@ -13,33 +12,6 @@ namespace reliability {
 namespace {
 
 const char* const kKinds[4] = {"QvACycle", "QvAFlash", "QvASwitch", "QvAFade"};
-
-template <class K>
-void SweepConstructor(int kind) {
-  Sweep(std::string(kKinds[kind]) + " constructor", [](Trial& t) {
-    std::unique_ptr<K> a(t([] { return new K; }));
-    tbColorTable src(tbColorTable::kStandard);
-    if (t.faulted) {
-      // Without its output table the animation keeps its settings but never
-      // computes a table.
-      EXPECT_EQ(a->Error() & QvAColor::noCTableError, QvAColor::noCTableError);
-      EXPECT_EQ(a->CTable(static_cast<std::int16_t>(0), &src), nullptr);
-    } else {
-      EXPECT_EQ(a->Error(), QvAColor::noAreaError);
-    }
-    QvPal pal;
-    pal.SetRange(0, 7, 1);
-    EXPECT_EQ(a->RegArea(&pal), 1);
-    a->CTable(static_cast<std::int16_t>(0), &src);
-  });
-}
-
-TEST(AColorSweep, Constructors) {
-  SweepConstructor<QvACycle>(0);
-  SweepConstructor<QvAFlash>(1);
-  SweepConstructor<QvASwitch>(2);
-  SweepConstructor<QvAFade>(3);
-}
 
 // The area's first registration on empty animations, a change of area on
 // populated ones, and the passing on to members.
@@ -75,13 +47,6 @@ TEST(AColorSweep, PerKind) {
       EXPECT_TRUE(t.faulted || m.cast->IsAColor(kColoured) == 1);
     });
   }
-  SweepOp("QvACycle::RegArea ranges", kPopulated, [&runs](Trial& t, Movie& m) {
-    EXPECT_EQ(t([&] { return m.cycle->RegArea(&runs); }), 1);
-    EXPECT_EQ(m.cycle->Count(), 32767);
-    int ranges = 0;
-    for (QvACycleInfo* i = m.cycle->Ranges(); i; i = i->next) ++ranges;
-    EXPECT_TRUE(ranges == 3 || (t.faulted && ranges < 3));
-  });
 }
 
 TEST(AColorSweep, SwitchTables) {

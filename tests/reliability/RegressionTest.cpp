@@ -11,12 +11,6 @@
 namespace reliability {
 namespace {
 
-// The sweeps found that a registration whose reference-list entry could not
-// be allocated (the last allocation of RegAFrame, RegAColor and RegDft) kept
-// the member's reference to the list (cast/QvMCast.cpp, SetList): once the
-// animation was gone, the member's removal wrote into freed memory. The
-// sweeps' back-reference check holds it for every registration.
-
 // Found by the API fuzzer (input: New(-1), Lock(-1), RegAFrame(0, anim,
 // list anim), destroy anim, then the store): the member with id -1 was
 // entered in the animation's list, whose walk could not reach it (a negative

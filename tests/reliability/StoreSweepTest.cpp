@@ -40,12 +40,6 @@ TEST(CastSweep, NewAndNames) {
     EXPECT_EQ(m.cast->Start(kPlain), -1);
     if (ok) ExpectName(*m.cast, kPlain, "again", t.faulted);
   });
-  SweepOp("QvMCast::New(id, name) fresh", kEmpty | kLayers, [](Trial& t, Movie& m) {
-    const std::int16_t count = m.cast->Count();
-    const bool ok = t.Ok([&] { return m.cast->New(7, Text("seven")); });
-    EXPECT_EQ(m.cast->Count(), count + (ok ? 1 : 0));
-    if (ok) ExpectName(*m.cast, 7, "seven", t.faulted);
-  });
   SweepOp("QvMCast::New(name)", kAll, [](Trial& t, Movie& m) {
     const std::int16_t count = m.cast->Count(), next = m.cast->GetNewID();
     const std::int16_t r = t([&] { return m.cast->New(Text("auto")); });
@@ -60,29 +54,13 @@ TEST(CastSweep, NewAndNames) {
     EXPECT_EQ(t([&] { return m.cast->SetName(kPath, Text("renamed")); }), 1);
     ExpectName(*m.cast, kPath, "renamed", t.faulted);
   });
-  SweepOp("QvMCast::GetName", kFromPopulated, [](Trial& t, Movie& m) {
-    unsigned char** h = nullptr;
-    const char r = t([&] { return m.cast->GetName(kPath, &h); });
-    // Out of memory is reported as a failure, with no handle.
-    EXPECT_TRUE(r == 1 || (r == 0 && t.faulted));
-    EXPECT_EQ(h == nullptr, t.faulted) << "a handle from a failed copy";
-    EXPECT_STREQ(h ? reinterpret_cast<const char*>(*h) : "path", "path");
-    QvFreeString(h);
-  });
 }
 
 TEST(CastSweep, Registrations) {
   // A new member (id -1) gets an id, or -1 only under a fault.
-  SweepOp("QvMCast::RegOrgCTable new member", kEmpty | kColour, [](Trial& t, Movie& m) {
-    t.Failed(t([&] { return m.cast->RegOrgCTable(-1, &m.table, &m.pal, Text("swatch")); }) < 0);
-  });
   SweepOp("QvMCast::RegDft new member", kEmpty | kLayers, [](Trial& t, Movie& m) {
     QvMCastDft dft[2];
     t.Failed(t([&] { return m.cast->RegDft(-1, 1, dft, 2, 1, Text("dft"), &m.dftList); }) < 0);
-  });
-  SweepOp("QvMCast::RegAnc new member", kEmpty | kLayers, [](Trial& t, Movie& m) {
-    QvMCastAnc anc[3];
-    t.Failed(t([&] { return m.cast->RegAnc(-1, anc, 3, QvMCast::kAncReflect, Text("anc")); }) < 0);
   });
   SweepOp("QvMCast::RegAFrame new member", kAll, [](Trial& t, Movie& m) {
     const std::int16_t count = m.cast->Count();
@@ -143,21 +121,6 @@ TEST(CastSweep, Registrations) {
     EXPECT_EQ(m.cast->GetAncNum(kPath, &num), 1);
     EXPECT_TRUE(m.cast->IsAnc(kPath) ? num == 8 : num == 1 && t.faulted);
   });
-  SweepOp("QvMCast::ResetAnc", kFromPopulated, [](Trial& t, Movie& m) {
-    EXPECT_EQ(t([&] { return m.cast->ResetAnc(kPath); }), 1);
-    double step = 0;
-    m.cast->GetAncStep(kPath, &step);
-    EXPECT_EQ(step, 1.0);
-    std::int16_t num = 0;
-    m.cast->GetAncNum(kPath, &num);
-    EXPECT_TRUE(m.cast->IsAnc(kPath) ? num == 20 : t.faulted) << "path dropped without a fault";
-  });
-  SweepOp("QvMCast::InbetweenAnc", kFromPopulated, [](Trial& t, Movie& m) {
-    t.Failed(t([&] { return m.cast->InbetweenAnc(kPath, 0); }) != 1);
-    // A later in-betweening works on what is left.
-    m.cast->SetAncSelectArea(kPath, 0, 5);
-    EXPECT_TRUE(!m.cast->IsAnc(kPath) || m.cast->InbetweenAnc(kPath, 1) == 1);
-  });
 }
 
 TEST(CastSweep, ColourCopies) {
@@ -172,13 +135,6 @@ TEST(CastSweep, ColourCopies) {
       EXPECT_TRUE(t.faulted || m.cast->IsAColor(kFramed));
     });
   }
-  SweepOp("QvMCast::RegAColor new member", kEmpty | kColour, [](Trial& t, Movie& m) {
-    const std::int16_t r = t([&] {
-      return m.cast->RegAColor(-1, m.fade.get(), QvAColor::kFade, 100, Text("fading"),
-                               m.fade.get());
-    });
-    EXPECT_TRUE(t.Failed(r < 0) || !m.cast->AFade(r) || m.cast->Start(r) == 100);
-  });
 }
 
 TEST(CastSweep, DrawingAndIcons) {

@@ -110,9 +110,6 @@ struct SwitchProbe : QvASwitch {
   std::int16_t TableCount() const { return count; }
   tbColorTable* Tables() const { return tables; }
 };
-struct CycleProbe : QvACycle {
-  QvACycleInfo* Ranges() const { return head; }
-};
 
 // Whether the reference list holds the member.
 bool ListHolds(QvMCastList* list, QvMCast* cast, std::int16_t id);
@@ -134,7 +131,7 @@ struct Movie {
   // the members with Dft entries.
   QvMCastList dftList;
   std::unique_ptr<FrameProbe> frame{new FrameProbe};
-  std::unique_ptr<CycleProbe> cycle{new CycleProbe};
+  std::unique_ptr<QvACycle> cycle{new QvACycle};
   std::unique_ptr<QvAFlash> flash{new QvAFlash};
   std::unique_ptr<SwitchProbe> switcher{new SwitchProbe};
   std::unique_ptr<QvAFade> fade{new QvAFade};

@@ -9,7 +9,6 @@
 #include "toolbox/MDependable.h"
 #include "toolbox/QvCanvas.h"
 #include "toolbox/QvCanvasUtil.h"
-#include "toolbox/QvRgn.h"
 #include "toolbox/tbGWorld.h"
 #include "toolbox/tbPicture.h"
 #include "toolbox/tbRegion.h"
@@ -73,14 +72,6 @@ TEST(ToolboxSweep, Services) {
     EXPECT_TRUE(t.faulted || b.Contains(2, 8));
     a.Dispose();
     b.Dispose();
-  });
-  Sweep("QvRgn::ColorToRgn", [](Trial& t) {
-    std::vector<unsigned char> image(12 * 8, 0);
-    for (int i = 0; i < 12 * 8; ++i)
-      if ((i % 12 + i / 12) % 3) image[static_cast<std::size_t>(i)] = 4;
-    QvRgn rgn;
-    t.Failed(t([&] { return rgn.ColorToRgn(image.data(), 12, 12, 8, 4, 1); }) == 0);
-    rgn.Dispose();
   });
   Sweep("QvCanvas::New", [](Trial& t) {
     QvCanvas canvas;
