@@ -179,10 +179,10 @@ class QvAColor : public QvMPlayer {
   /// The error bits; 0 when ready.
   unsigned char errorFlags;
 
-  // Counts the changes of the animation's settings and output table (every
-  // change passed on, area, SetColor, every computation), so that a cast
-  // member holding a copy knows when the tables it computed from the copy
-  // may differ.
+  /// Counts the changes of the animation's settings and output table (every
+  /// change passed on, area, SetColor, every computation), so that a cast
+  /// member holding a copy knows when the tables it computed from the copy
+  /// may differ.
   std::uint32_t changeCount = 0;
   friend class QvMCast;
 };

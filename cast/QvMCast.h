@@ -1062,30 +1062,47 @@ class QvMCast {
   /// The working table CTable fills and returns.
   tbColorTable workCTable;
 
-  // Lookup by id in constant time, beside the list: a table of buckets
-  // (idBucketCount, a power of two, or null while the store is small or the
-  // table could not be made, when lookups walk the list). Each record is made
-  // with a link to the next record of its bucket and its creation number;
-  // among records of one id the earliest made is the first in the list.
-  // Kept exact by New, localDel and DelAll; a table that cannot grow keeps
-  // working with longer buckets.
+  /// \name Lookup by id in constant time
+  /// A table of buckets beside the list (idBucketCount of them, a power of
+  /// two, or none while the store is small or the table could not be made,
+  /// when lookups walk the list). Each record is made with a link to the next
+  /// record of its bucket and its creation number; among records of one id
+  /// the earliest made is the first in the list. Kept exact by New, localDel
+  /// and DelAll; a table that cannot grow keeps working with longer buckets.
+  //@{
+  /// The first member in the list with that id; null when none.
   QvMCastInfo* localFind(std::int16_t id) const;
+  /// Enters a new record in its bucket (growing the table when it is full).
   void localIndexAdd(QvMCastInfo* info);
+  /// Takes a record out of its bucket before it is freed.
   void localIndexRemove(QvMCastInfo* info);
+  /// Doubles the table (or makes it, from 16 members on); keeps the old one
+  /// when memory is short.
   void localIndexGrow();
+  /// Frees the table (the list is walked again until it is made anew).
   void localIndexClear();
+  /// The buckets, owned; null while there is no table.
   QvMCastInfo** idBuckets = nullptr;
+  /// The number of buckets, a power of two; 0 without a table.
   std::uint32_t idBucketCount = 0;
+  /// The number of members in the list.
   std::uint32_t memberCount = 0;
+  /// The creation number the next record receives.
   std::uint64_t idSerial = 0;
+  /// The last record of the list; null when the list is empty.
   QvMCastInfo* tail = nullptr;
+  //@}
 
-  // Twins of GetAnc (by time), GetScroll and CTable taking the record, so
-  // that drawing a member looks it up once.
+  /// \name Record twins used by drawing, so that a member is looked up once
+  //@{
+  /// GetAnc by time, on the record.
   char localAncAt(QvMCastInfo* info, std::int32_t time, tbPoint* point, char* flag);
+  /// GetScroll, on the record.
   char localScrollAt(QvMCastInfo* info, std::int32_t time, std::int16_t* h, std::int16_t* v);
+  /// CTable, on the record.
   tbColorTable* localCTable(QvMCastInfo* info, std::int32_t time);
-  // The member whose colour table workCTable holds, as its last computation
-  // left it (null once CTable has handed the table out).
+  /// The member whose colour table workCTable holds, as its last computation
+  /// left it (null once CTable has handed the table out).
   QvMCastInfo* workInfo = nullptr;
+  //@}
 };

@@ -85,9 +85,10 @@ class QvMCastList {
   /// Entry the next GetNext() reads; null at the end of a walk.
   QvMCastID* iter;
 
-  // The entry Get gave last and its index (null: none), so that a walk by
-  // successive indices steps on from there instead of from the head. Reset
-  // whenever an entry is removed.
+  /// The entry Get gave last (null: none), so that a walk by successive
+  /// indices steps on from there instead of from the head. Reset whenever an
+  /// entry is removed.
   QvMCastID* getEntry = nullptr;
+  /// The index of getEntry.
   std::int16_t getIndex = 0;
 };
