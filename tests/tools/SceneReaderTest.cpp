@@ -231,11 +231,6 @@ TEST_F(SceneReader, ErrorsNameTheFilePathAndLine) {
       {"\"frames\"",
        "\"path\": {\"points\": [" + points + "[40, 0]], \"between\": 1000},\n \"frames\"",
        "/members/0/path/between: the path would have more than 32767 anchors", "\"between\""},
-      // Numbers out of range (more in the render tool's hostile-input test).
-      {"1.0}", "-1e999}", "/members/0/frames/0/zoom: number out of range: -1e999"},
-      {"\"width\": 8", "\"width\": 1e20", "/output/width: out of range: 1e+20"},
-      {"\"to\": 5", "\"to\": " + std::string(199, '[') + std::string(199, ']'),
-       "/output/to/0/0/0/"},
   };
   for (const Case& c : cases) {
     const std::string text = Replace(TinySceneText(), c.from, c.to);
