@@ -38,10 +38,7 @@ std::string ExpectGifShowsEveryMoment(const std::string& scene, const std::strin
   const auto& frames = decoded.frames;
   EXPECT_EQ(times.size(), frames.size());
   for (std::size_t k = 0; k < std::min(times.size(), frames.size()); ++k) {
-    Picture moment;
-    std::string error;
-    EXPECT_TRUE(qvscene::ReadIndexedPng(dir / ("m" + std::to_string(k) + ".png"), &moment, &error))
-        << error;
+    const Picture moment = ReadPng(dir / ("m" + std::to_string(k) + ".png"));
     EXPECT_EQ(moment.width, decoded.width);
     EXPECT_TRUE(ToRgb(moment) == frames[k]) << "moment " << times[k];
   }

@@ -76,13 +76,6 @@ bool SamePicture(const Picture& a, const Picture& b) {
          std::memcmp(a.palette, b.palette, sizeof a.palette) == 0;
 }
 
-Picture ReadPng(const std::string& path) {
-  Picture p;
-  std::string error;
-  EXPECT_TRUE(qvscene::ReadIndexedPng(path, &p, &error)) << error;
-  return p;
-}
-
 class TinySceneRender : public ::testing::Test {
  protected:
   void SetUp() override {

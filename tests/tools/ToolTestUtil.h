@@ -117,6 +117,14 @@ inline void SavePicture(const std::string& path, const Picture& p, int seconds =
   Restamp(path, seconds);
 }
 
+// An 8-bit indexed PNG; throws when it cannot be read.
+inline Picture ReadPng(const std::string& path) {
+  Picture p;
+  std::string error;
+  if (!qvscene::ReadIndexedPng(path, &p, &error)) throw std::runtime_error(error);
+  return p;
+}
+
 // Any PNG decoded to 8-bit RGB by libpng itself (palettes expanded); 0 x 0
 // when it cannot be read.
 struct RgbImage {

@@ -103,12 +103,7 @@ inline Rgb ReadPpm(const std::string& path) {
   return img;
 }
 
-inline qvscene::Picture ReadPng(const std::string& path) {
-  qvscene::Picture p;
-  std::string error;
-  if (!qvscene::ReadIndexedPng(path, &p, &error)) ADD_FAILURE() << error;
-  return p;
-}
+using tooltest::ReadPng;
 
 // width x height pixels, each one of `colors` random colours.
 inline Rgb RandomPicture(int width, int height, int colors, unsigned seed) {
