@@ -24,9 +24,8 @@ void ExpectSameMovie(const std::string& gif, const TempDir& dir) {
   ASSERT_EQ(imported.exitCode, 0) << imported.text;
   const RunResult rendered = Render(dir / "scene/movie.json -o " + dir / "movie.gif -q", dir);
   ASSERT_EQ(rendered.exitCode, 0) << rendered.text;
-  const tooltest::PillowGif want = tooltest::DecodeWithPillow(PillowPython(), gif, dir);
-  const tooltest::PillowGif got =
-      tooltest::DecodeWithPillow(PillowPython(), dir / "movie.gif", dir);
+  const tooltest::PillowGif want = tooltest::DecodeWithPillow(QV_PYTHON3, gif, dir);
+  const tooltest::PillowGif got = tooltest::DecodeWithPillow(QV_PYTHON3, dir / "movie.gif", dir);
   ASSERT_FALSE(want.frames.empty());
   ASSERT_FALSE(got.frames.empty());
   std::vector<int> starts;  // in units of 1/30 s
@@ -78,7 +77,7 @@ void WriteFrames(const TempDir& dir, int count, int shades) {
 class GifEncoders : public ::testing::Test {
  protected:
   void SetUp() override {
-    if (PillowPython().empty()) GTEST_SKIP() << "Pillow is not installed";
+    if (!*QV_PYTHON3) GTEST_SKIP() << "Pillow is not installed";
     if (!Have("gifsicle") || !Have("pamtogif")) GTEST_SKIP() << "gifsicle or netpbm missing";
   }
   TempDir dir;
