@@ -45,12 +45,6 @@ std::string ExpectGifShowsEveryMoment(const std::string& scene, const std::strin
   return gif;
 }
 
-bool HavePillow() {
-  TempDir dir;
-  return std::string(QV_PYTHON3).size() > 0 &&
-         RunCommand(std::string(QV_PYTHON3) + " -c 'import PIL'", dir).exitCode == 0;
-}
-
 // The frames of a GIF as gifsicle --info lists them: "WxH" for each.
 std::vector<std::string> FrameSizes(const std::string& gif, const TempDir& dir) {
   const RunResult r = RunCommand("gifsicle --info " + gif, dir);
@@ -67,7 +61,7 @@ std::vector<std::string> FrameSizes(const std::string& gif, const TempDir& dir) 
 }
 
 TEST(GifDecode, DemoFramesShowTheMomentsColourForColour) {
-  if (!HavePillow()) GTEST_SKIP() << "Python with Pillow (python3-pil) is needed";
+  if (!*QV_PYTHON3) GTEST_SKIP() << "Python with Pillow (python3-pil) is needed";
   TempDir dir;
   ASSERT_EQ(0, RunCommand(std::string(QV_DEMO_ASSETS_TOOL) + " " + dir / "assets", dir).exitCode);
   const std::string scene = std::string(QV_EXAMPLES_DIR) + "/demo.json";
@@ -85,7 +79,7 @@ TEST(GifDecode, DemoFramesShowTheMomentsColourForColour) {
 // pixel shows, up to 4; from 10 on a switch changes entry 3, shown at (2, 0)
 // and (4, 3), every other moment. Moments 6 to 10 are identical.
 TEST(GifDecode, StressedFrameDifferencesDecodeToTheMoments) {
-  if (!HavePillow()) GTEST_SKIP() << "Python with Pillow (python3-pil) is needed";
+  if (!*QV_PYTHON3) GTEST_SKIP() << "Python with Pillow (python3-pil) is needed";
   TempDir dir;
   WriteTinyPictures(dir);
   const std::string text = R"({

@@ -196,7 +196,8 @@ TEST_F(TinySceneRender, BadScenesExitTwoWithFileLinePathAndReason) {
   };
   const Case cases[] = {
       {tiny, "\"spr\": ", "/pictures/spr: cannot open '" + dir_ / "spr.png': No such file"},
-      {tiny, "\"pal\": ", "/pictures/pal: '" + dir_ / "pal.png' is not an 8-bit indexed PNG"},
+      {tiny, "\"pal\": ",
+       "/pictures/pal: '" + dir_ / "pal.png' is not an 8-bit indexed PNG (it is RGB, 8 bits"},
       {Replace(tiny, "4,", "4,,"), ",,", "invalid JSON at column"},
       {"", "", "invalid JSON"},
       {Replace(tiny, "[\"m\"]", "[\"q\"]"), "\"q\"", "/layers/0/members/0: undefined member \"q\""},

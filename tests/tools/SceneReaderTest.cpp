@@ -77,9 +77,7 @@ TEST(PngIO, IndexedPicturesRoundTripAndShortPalettesLeaveTheRestBlack) {
 TEST(PngIO, OtherFilesAreRefusedWithTheirReason) {
   TempDir dir;
   WritePalettePng(dir / "four.png", 16);
-  const qvscene::RgbPicture rgb{1, 1, {1, 2, 3}};
   std::string error;
-  ASSERT_TRUE(qvscene::WriteRgbPng(dir / "rgb.png", rgb, &error)) << error;
   WriteText(dir / "text.png", "hello, not a picture");
   // A PNG cut short is reported, not read past its end.
   SavePicture(dir / "whole.png", MakePicture(64, 64, {}));
@@ -87,8 +85,6 @@ TEST(PngIO, OtherFilesAreRefusedWithTheirReason) {
   WriteText(dir / "cut.png", bytes.substr(0, bytes.size() / 2));
   const std::pair<const char*, const char*> cases[] = {
       {"four.png", "not an 8-bit indexed PNG (it is indexed, 4 bits"},
-      {"rgb.png", "(it is RGB, 8 bits"},
-      {"none.png", "cannot open"},
       {"text.png", "is not a PNG file"},
       {"cut.png", "not a valid PNG"},
   };
