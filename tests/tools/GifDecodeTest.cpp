@@ -7,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <sstream>
 
 #include "ToolTestUtil.h"
@@ -17,42 +16,6 @@
 namespace {
 
 using namespace tooltest;
-
-using Rgb = std::vector<unsigned char>;
-
-// Every frame of a GIF as the decoder composes it, in red, green, blue; an
-// empty list when it cannot decode the file.
-std::vector<Rgb> DecodeWithPillow(const std::string& gif, const TempDir& dir, int* width) {
-  const std::string script = dir / "decode.py", raw = dir / "frames.raw";
-  WriteText(script,
-            "import sys\n"
-            "from PIL import Image, ImageSequence\n"
-            "im = Image.open(sys.argv[1])\n"
-            "frames = [f.convert('RGB').tobytes() for f in ImageSequence.Iterator(im)]\n"
-            "with open(sys.argv[2], 'wb') as out:\n"
-            "    out.write(b'%d %d %d\\n' % (len(frames), im.size[0], im.size[1]))\n"
-            "    for f in frames: out.write(f)\n");
-  const RunResult r =
-      RunCommand(std::string(QV_PYTHON3) + " " + script + " " + gif + " " + raw, dir);
-  EXPECT_EQ(0, r.exitCode) << r.text;
-  std::ifstream in(raw, std::ios::binary);
-  int count = 0, height = 0;
-  in >> count >> *width >> height;
-  in.get();
-  std::vector<Rgb> frames;
-  for (int k = 0; k < count && in; ++k) {
-    Rgb f(static_cast<std::size_t>(*width) * height * 3);
-    in.read(reinterpret_cast<char*>(f.data()), static_cast<std::streamsize>(f.size()));
-    if (in) frames.push_back(std::move(f));
-  }
-  return frames;
-}
-
-Rgb ToRgb(const Picture& p) {
-  Rgb rgb;
-  for (unsigned char i : p.pixels) rgb.insert(rgb.end(), p.palette[i], p.palette[i] + 3);
-  return rgb;
-}
 
 // Renders scene to a GIF and, in the same run, each of its moments to a
 // PNG; decodes the GIF and expects every frame to show its moment's
@@ -71,24 +34,15 @@ std::string ExpectGifShowsEveryMoment(const std::string& scene, const std::strin
     const RunResult r = RunCommand(command, dir);
     EXPECT_EQ(0, r.exitCode) << r.text;
   }
-  int width = 0;
-  const std::vector<Rgb> frames = DecodeWithPillow(gif, dir, &width);
+  const PillowGif decoded = DecodeWithPillow(QV_PYTHON3, gif, dir);
+  const auto& frames = decoded.frames;
   EXPECT_EQ(times.size(), frames.size());
   for (std::size_t k = 0; k < std::min(times.size(), frames.size()); ++k) {
-    Picture moment;
-    std::string error;
-    EXPECT_TRUE(qvscene::ReadIndexedPng(dir / ("m" + std::to_string(k) + ".png"), &moment, &error))
-        << error;
-    EXPECT_EQ(moment.width, width);
+    const Picture moment = ReadPng(dir / ("m" + std::to_string(k) + ".png"));
+    EXPECT_EQ(moment.width, decoded.width);
     EXPECT_TRUE(ToRgb(moment) == frames[k]) << "moment " << times[k];
   }
   return gif;
-}
-
-bool HavePillow() {
-  TempDir dir;
-  return std::string(QV_PYTHON3).size() > 0 &&
-         RunCommand(std::string(QV_PYTHON3) + " -c 'import PIL'", dir).exitCode == 0;
 }
 
 // The frames of a GIF as gifsicle --info lists them: "WxH" for each.
@@ -107,7 +61,7 @@ std::vector<std::string> FrameSizes(const std::string& gif, const TempDir& dir) 
 }
 
 TEST(GifDecode, DemoFramesShowTheMomentsColourForColour) {
-  if (!HavePillow()) GTEST_SKIP() << "Python with Pillow (python3-pil) is needed";
+  if (!*QV_PYTHON3) GTEST_SKIP() << "Python with Pillow (python3-pil) is needed";
   TempDir dir;
   ASSERT_EQ(0, RunCommand(std::string(QV_DEMO_ASSETS_TOOL) + " " + dir / "assets", dir).exitCode);
   const std::string scene = std::string(QV_EXAMPLES_DIR) + "/demo.json";
@@ -125,7 +79,7 @@ TEST(GifDecode, DemoFramesShowTheMomentsColourForColour) {
 // pixel shows, up to 4; from 10 on a switch changes entry 3, shown at (2, 0)
 // and (4, 3), every other moment. Moments 6 to 10 are identical.
 TEST(GifDecode, StressedFrameDifferencesDecodeToTheMoments) {
-  if (!HavePillow()) GTEST_SKIP() << "Python with Pillow (python3-pil) is needed";
+  if (!*QV_PYTHON3) GTEST_SKIP() << "Python with Pillow (python3-pil) is needed";
   TempDir dir;
   WriteTinyPictures(dir);
   const std::string text = R"({

@@ -77,9 +77,7 @@ TEST(PngIO, IndexedPicturesRoundTripAndShortPalettesLeaveTheRestBlack) {
 TEST(PngIO, OtherFilesAreRefusedWithTheirReason) {
   TempDir dir;
   WritePalettePng(dir / "four.png", 16);
-  const qvscene::RgbPicture rgb{1, 1, {1, 2, 3}};
   std::string error;
-  ASSERT_TRUE(qvscene::WriteRgbPng(dir / "rgb.png", rgb, &error)) << error;
   WriteText(dir / "text.png", "hello, not a picture");
   // A PNG cut short is reported, not read past its end.
   SavePicture(dir / "whole.png", MakePicture(64, 64, {}));
@@ -87,8 +85,6 @@ TEST(PngIO, OtherFilesAreRefusedWithTheirReason) {
   WriteText(dir / "cut.png", bytes.substr(0, bytes.size() / 2));
   const std::pair<const char*, const char*> cases[] = {
       {"four.png", "not an 8-bit indexed PNG (it is indexed, 4 bits"},
-      {"rgb.png", "(it is RGB, 8 bits"},
-      {"none.png", "cannot open"},
       {"text.png", "is not a PNG file"},
       {"cut.png", "not a valid PNG"},
   };
@@ -231,11 +227,6 @@ TEST_F(SceneReader, ErrorsNameTheFilePathAndLine) {
       {"\"frames\"",
        "\"path\": {\"points\": [" + points + "[40, 0]], \"between\": 1000},\n \"frames\"",
        "/members/0/path/between: the path would have more than 32767 anchors", "\"between\""},
-      // Numbers out of range (more in the render tool's hostile-input test).
-      {"1.0}", "-1e999}", "/members/0/frames/0/zoom: number out of range: -1e999"},
-      {"\"width\": 8", "\"width\": 1e20", "/output/width: out of range: 1e+20"},
-      {"\"to\": 5", "\"to\": " + std::string(199, '[') + std::string(199, ']'),
-       "/output/to/0/0/0/"},
   };
   for (const Case& c : cases) {
     const std::string text = Replace(TinySceneText(), c.from, c.to);

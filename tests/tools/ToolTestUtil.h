@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -116,6 +117,14 @@ inline void SavePicture(const std::string& path, const Picture& p, int seconds =
   Restamp(path, seconds);
 }
 
+// An 8-bit indexed PNG; throws when it cannot be read.
+inline Picture ReadPng(const std::string& path) {
+  Picture p;
+  std::string error;
+  if (!qvscene::ReadIndexedPng(path, &p, &error)) throw std::runtime_error(error);
+  return p;
+}
+
 // Any PNG decoded to 8-bit RGB by libpng itself (palettes expanded); 0 x 0
 // when it cannot be read.
 struct RgbImage {
@@ -136,6 +145,48 @@ inline RgbImage ReadRgb(const std::string& path) {
   out.width = static_cast<int>(image.width);
   out.height = static_cast<int>(image.height);
   return out;
+}
+
+// The colours of an indexed picture, red, green, blue for each pixel.
+inline std::vector<unsigned char> ToRgb(const Picture& p) {
+  std::vector<unsigned char> rgb;
+  for (unsigned char i : p.pixels) rgb.insert(rgb.end(), p.palette[i], p.palette[i] + 3);
+  return rgb;
+}
+
+// A GIF as python (a Python with Pillow) decodes it: every frame composed,
+// in red, green, blue, with its duration in ms; the loop count (-1: none).
+struct PillowGif {
+  std::vector<std::vector<unsigned char>> frames;
+  std::vector<int> durations;
+  int loop = -1, width = 0;
+};
+inline PillowGif DecodeWithPillow(const std::string& python, const std::string& gif,
+                                  const TempDir& dir) {
+  WriteText(dir / "frames.py",
+            "import sys\n"
+            "from PIL import Image, ImageSequence\n"
+            "im = Image.open(sys.argv[1])\n"
+            "out = open(sys.argv[2], 'wb')\n"
+            "d = []\n"
+            "for f in ImageSequence.Iterator(im):\n"
+            "    out.write(f.convert('RGB').tobytes())\n"
+            "    d.append(str(f.info.get('duration', 0)))\n"
+            "print(im.size[0], im.size[1], im.info.get('loop', -1), ' '.join(d))\n");
+  const RunResult r =
+      RunCommand(python + " " + dir / "frames.py " + gif + " " + dir / "frames.raw", dir);
+  PillowGif d;
+  if (r.exitCode != 0) throw std::runtime_error(r.text);
+  std::istringstream info(r.text);
+  int height = 0;
+  info >> d.width >> height >> d.loop;
+  for (int ms; info >> ms;) d.durations.push_back(ms);
+  const std::string raw = Slurp(dir / "frames.raw");
+  const std::size_t size = static_cast<std::size_t>(d.width) * height * 3;
+  for (std::size_t at = 0; size && at + size <= raw.size(); at += size)
+    d.frames.emplace_back(raw.begin() + static_cast<std::ptrdiff_t>(at),
+                          raw.begin() + static_cast<std::ptrdiff_t>(at + size));
+  return d;
 }
 
 // pal.png: 8 x 4 as below; spr.png: 2 x 2 with the pixels 3 5 / 6 0.

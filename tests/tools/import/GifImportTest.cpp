@@ -16,41 +16,6 @@ using namespace importtest;
 
 qvimport::GifAnimation Decode(const Bytes& b) { return qvimport::ReadGif(b.data(), b.size()); }
 
-// Pillow's frames of a GIF, in RGB, and their durations in milliseconds.
-struct Decoded {
-  std::vector<Bytes> frames;
-  std::vector<int> durations;
-  int loop = -1;
-};
-Decoded PillowFrames(const std::string& gif, const TempDir& dir) {
-  tooltest::WriteText(dir / "frames.py",
-                      "import sys\n"
-                      "from PIL import Image, ImageSequence\n"
-                      "im = Image.open(sys.argv[1])\n"
-                      "out = open(sys.argv[2], 'wb')\n"
-                      "d = []\n"
-                      "for f in ImageSequence.Iterator(im):\n"
-                      "    out.write(f.convert('RGB').tobytes())\n"
-                      "    d.append(str(f.info.get('duration', 0)))\n"
-                      "print(im.size[0] * im.size[1] * 3, im.info.get('loop', -1), ' '.join(d))\n");
-  const RunResult r =
-      RunCommand(PillowPython() + " " + dir / "frames.py " + gif + " " + dir / "frames.raw", dir);
-  Decoded d;
-  if (r.exitCode != 0) {
-    ADD_FAILURE() << r.text;
-    return d;
-  }
-  std::istringstream info(r.text);
-  std::size_t frameBytes = 0;
-  info >> frameBytes >> d.loop;
-  for (int ms; info >> ms;) d.durations.push_back(ms);
-  const Bytes raw = ReadBytes(dir / "frames.raw");
-  for (std::size_t at = 0; frameBytes && at + frameBytes <= raw.size(); at += frameBytes)
-    d.frames.emplace_back(raw.begin() + static_cast<std::ptrdiff_t>(at),
-                          raw.begin() + static_cast<std::ptrdiff_t>(at + frameBytes));
-  return d;
-}
-
 // Imports and renders gif; every moment of the rendered GIF shows the
 // original's frame of that moment (frame k from its start in 1/100 s rounded
 // to the movie's 1/30 s), and both last as long to 1/100 s.
@@ -59,8 +24,8 @@ void ExpectSameMovie(const std::string& gif, const TempDir& dir) {
   ASSERT_EQ(imported.exitCode, 0) << imported.text;
   const RunResult rendered = Render(dir / "scene/movie.json -o " + dir / "movie.gif -q", dir);
   ASSERT_EQ(rendered.exitCode, 0) << rendered.text;
-  const Decoded want = PillowFrames(gif, dir);
-  const Decoded got = PillowFrames(dir / "movie.gif", dir);
+  const tooltest::PillowGif want = tooltest::DecodeWithPillow(QV_PYTHON3, gif, dir);
+  const tooltest::PillowGif got = tooltest::DecodeWithPillow(QV_PYTHON3, dir / "movie.gif", dir);
   ASSERT_FALSE(want.frames.empty());
   ASSERT_FALSE(got.frames.empty());
   std::vector<int> starts;  // in units of 1/30 s
@@ -112,7 +77,7 @@ void WriteFrames(const TempDir& dir, int count, int shades) {
 class GifEncoders : public ::testing::Test {
  protected:
   void SetUp() override {
-    if (PillowPython().empty()) GTEST_SKIP() << "Pillow is not installed";
+    if (!*QV_PYTHON3) GTEST_SKIP() << "Pillow is not installed";
     if (!Have("gifsicle") || !Have("pamtogif")) GTEST_SKIP() << "gifsicle or netpbm missing";
   }
   TempDir dir;

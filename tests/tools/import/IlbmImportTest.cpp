@@ -245,10 +245,6 @@ TEST(IlbmReader, SceneReaderTakesIlbmPictures) {
   EXPECT_TRUE(Contains(r.text, "/pictures/p: '" + dir / "p.iff': chunk FORM at byte 4")) << r.text;
 }
 
-}  // namespace
-
-namespace {
-
 // The example scenes in the repository are what the import makes of the
 // example files, and they load.
 TEST(ImportExamples, CommittedScenesAreWhatTheImportMakes) {

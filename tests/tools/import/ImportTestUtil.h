@@ -26,18 +26,6 @@ inline bool Have(const std::string& program) {
   return std::system(("command -v " + program + " >/dev/null 2>&1").c_str()) == 0;
 }
 
-// A python3 that has Pillow, or "" (the Debian one when another comes first).
-inline const std::string& PillowPython() {
-  static const std::string found = [] {
-    for (const char* p : {"python3", "/usr/bin/python3"}) {
-      if (std::system((std::string(p) + " -c 'import PIL' >/dev/null 2>&1").c_str()) == 0)
-        return std::string(p);
-    }
-    return std::string();
-  }();
-  return found;
-}
-
 // Runs a shell command line (redirections included): its exit status.
 inline int Sh(const std::string& command, const TempDir& dir) {
   return RunCommand("(" + command + ")", dir).exitCode;
@@ -103,12 +91,7 @@ inline Rgb ReadPpm(const std::string& path) {
   return img;
 }
 
-inline qvscene::Picture ReadPng(const std::string& path) {
-  qvscene::Picture p;
-  std::string error;
-  if (!qvscene::ReadIndexedPng(path, &p, &error)) ADD_FAILURE() << error;
-  return p;
-}
+using tooltest::ReadPng;
 
 // width x height pixels, each one of `colors` random colours.
 inline Rgb RandomPicture(int width, int height, int colors, unsigned seed) {

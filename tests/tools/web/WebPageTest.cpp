@@ -114,10 +114,6 @@ class WebPage : public ::testing::Test {
   static nlohmann::json ReadJson(const std::string& path) {
     return nlohmann::json::parse(Slurp(path));
   }
-  static std::string Render(const std::string& args, const std::string& scene = scene_) {
-    const auto r = RunCommand(std::string(QV_RENDER_TOOL) + " " + Quote(scene) + " " + args, *dir_);
-    return r.exitCode == 0 ? std::string() : r.text;
-  }
   // The page paused at moment t, scale times enlarged: every scale x scale
   // block of its canvas is the pixel of the render tool's moment t of scene,
   // in its colour. more: further arguments of browser.py (--eval ...). The
@@ -132,7 +128,7 @@ class WebPage : public ::testing::Test {
                        "--wait-for 'window.qvPage && qvPage.ready && qvPage.moment() === " + when +
                            "' --shot " + Quote(shot) + " " + more,
                        page));
-    EXPECT_EQ(Render("--png-at " + when + " " + Quote(png), scene), "");
+    EXPECT_EQ(RenderTool(Quote(scene) + " --png-at " + when + " " + Quote(png), *dir_), "0 ");
     ExpectEnlarged(shot, png, scale);
     return png;
   }
@@ -266,13 +262,10 @@ TEST_F(WebPage, PlaysAtTheEnginesSpeedWithItsColours) {
     args += " --png-at " + std::to_string(c.first) + " " +
             (*dir_ / ("p" + std::to_string(c.first) + ".png"));
   }
-  ASSERT_EQ(Render(args), "");
+  ASSERT_EQ(RenderTool(Quote(scene_) + args, *dir_), "0 ");
   std::set<std::string> tables;
   for (const auto& c : colors) {
-    qvscene::Picture p;
-    std::string error;
-    ASSERT_TRUE(
-        qvscene::ReadIndexedPng(*dir_ / ("p" + std::to_string(c.first) + ".png"), &p, &error));
+    const qvscene::Picture p = ReadPng(*dir_ / ("p" + std::to_string(c.first) + ".png"));
     char hex[256 * 6 + 1];
     for (int i = 0; i < 256; ++i)
       std::snprintf(hex + 6 * i, 7, "%02x%02x%02x", p.palette[i][0], p.palette[i][1],
