@@ -10,19 +10,25 @@
 
 namespace qvaframe {
 
+/// The inverse mapping of one frame's transform.
 struct InverseMap {
-  const unsigned char* org = nullptr;  // untransformed image, width x height
-  int width = 0, height = 0;
-  int ax = 0, ay = 0;  // A = P1 - P0
-  int bx = 0, by = 0;  // B = P3 - P0
-  // The offsets of pixel (0, 0) of the transformed image from P0.
-  int originX = 0, originY = 0;
+  /// The untransformed image, width x height bytes; not owned.
+  const unsigned char* org = nullptr;
+  int width = 0;    ///< The untransformed image's width in pixels.
+  int height = 0;   ///< The untransformed image's height in pixels.
+  int ax = 0;       ///< A = P1 - P0, x.
+  int ay = 0;       ///< A = P1 - P0, y.
+  int bx = 0;       ///< B = P3 - P0, x.
+  int by = 0;       ///< B = P3 - P0, y.
+  int originX = 0;  ///< Offset of pixel (0, 0) of the transformed image from P0, x.
+  int originY = 0;  ///< Offset of pixel (0, 0) of the transformed image from P0, y.
 };
 
-// Both fill imageWidth x imageHeight image and mask bytes; B.y * A.x - B.x
-// * A.y must not be 0.
+/// Fills imageWidth x imageHeight image and mask bytes by solving every
+/// pixel; B.y * A.x - B.x * A.y must not be 0.
 void InverseMapPlain(const InverseMap& map, unsigned char* image, unsigned char* mask,
                      int imageWidth, int imageHeight);
+/// The same result, stepped in fixed point with the unclear pixels solved.
 void InverseMapExact(const InverseMap& map, unsigned char* image, unsigned char* mask,
                      int imageWidth, int imageHeight);
 

@@ -105,17 +105,22 @@ QvAColor* CopyColor(QvAColor* anim) {
   return copy;
 }
 
-// What a member's colour table was computed from: for each colour kind the
-// copy (null when absent), its change count and the frame it computed.
+/// What a member's colour table was computed from.
 struct ColourKey {
+  /// False until a computation filled the key in, and after any change.
   bool valid = false;
-  // Every computation of the key succeeded: its result depends on nothing
-  // else (a failing one passes on an older output).
+  /// Every computation of the key succeeded: its result depends on nothing
+  /// else (a failing one passes on an older output).
   bool complete = false;
+  /// For each colour kind, the copy (null when absent).
   QvAColor* anim[4] = {nullptr, nullptr, nullptr, nullptr};
+  /// For each colour kind, the copy's change count.
   std::uint32_t change[4] = {0, 0, 0, 0};
+  /// For each colour kind, the frame the copy computed.
   std::int32_t frame[4] = {0, 0, 0, 0};
 
+  /// True when both keys are valid and name the same copies, changes and
+  /// frames.
   bool Same(const ColourKey& o) const {
     if (!valid || !o.valid) return false;
     for (int k = 0; k < 4; ++k) {
@@ -125,15 +130,15 @@ struct ColourKey {
   }
 };
 
-// A record as the store makes it: the record, its link in its bucket of the
-// lookup table, its creation number, and what its colour table was last
-// computed from.
+/// A record as the store makes it.
 struct IndexedInfo : QvMCastInfo {
+  /// The next record of its bucket of the lookup table.
   QvMCastInfo* idNext = nullptr;
+  /// Its creation number.
   std::uint64_t serial = 0;
-  // The output tables of the member's colour copies are those of this key.
+  /// The output tables of the member's colour copies are those of this key.
   ColourKey copiesKey;
-  // The colour table of orgGWorld is the result of this key.
+  /// The colour table of orgGWorld is the result of this key.
   ColourKey worldKey;
 };
 
