@@ -155,11 +155,8 @@ struct World {
     for (int i = 0; i < kPicW * kPicH; ++i) picture[i] = static_cast<unsigned char>((i * 37) >> 3);
     std::memset(pixels, 0, sizeof pixels);
     pals[0].SetRange(0, 255, 1);
-    pals[1].SetRange(10, 20, 1);
-    pals[1].SetRange(30, 31, 1);
-    pals[1].SetFlag(200, 1);
-    pals[2].SetFlagNum(40);
-    pals[2].SetRange(5, 39, 1);
+    pals[1].SetRange(10, 20, 1), pals[1].SetRange(30, 31, 1), pals[1].SetFlag(200, 1);
+    pals[2].SetFlagNum(40), pals[2].SetRange(5, 39, 1);
     for (int i = 0; i < 256; ++i) {
       tbRGBColor c(static_cast<unsigned char>(i), static_cast<unsigned char>(i * 5),
                    static_cast<unsigned char>(255 - i));
@@ -272,9 +269,7 @@ void CastOp(World& w, Bytes& in, std::uint8_t op, int nested = 0, QvMCast* locke
         Pick(
             in.U8(), [&] { c->SetStartEnd(id, s, e); }, [&] { c->SetStart(id, s); },
             [&] { c->SetEnd(id, e); });
-        c->Start(id);
-        c->End(id);
-        c->End();
+        c->Start(id), c->End(id), c->End();
       },
       [&] {
         const int f = w.FrameIndex(in);
@@ -332,11 +327,8 @@ void CastOp(World& w, Bytes& in, std::uint8_t op, int nested = 0, QvMCast* locke
             [&] { c->GetAnc(id, static_cast<std::int16_t>(in.Small()), &p, &flag); },
             [&] { c->GetAnc(id, static_cast<std::int32_t>(in.Time()), &p, &flag); },
             [&] {
-              c->GetAncCount(id, in.Small(), &d);
-              c->GetAncNum(id, &n);
-              c->GetAncOffset(id, &n);
-              c->GetAncStep(id, &d);
-              c->GetAncSelectArea(id, &a, &b);
+              c->GetAncCount(id, in.Small(), &d), c->GetAncNum(id, &n), c->GetAncOffset(id, &n);
+              c->GetAncStep(id, &d), c->GetAncSelectArea(id, &a, &b);
             },
             [&] { c->DelAnc(id); });
       },
@@ -347,10 +339,8 @@ void CastOp(World& w, Bytes& in, std::uint8_t op, int nested = 0, QvMCast* locke
             in.U8(), [&] { c->SetScrStepH(id, in.Real()); }, [&] { c->SetScrStepV(id, in.Real()); },
             [&] { c->SetScrCountH(id, in.Real()); }, [&] { c->SetScrCountV(id, in.Real()); },
             [&] {
-              c->GetScrCountH(id, in.Small(), &d);
-              c->GetScrCountV(id, in.Small(), &d);
-              c->GetScrStepH(id, &d);
-              c->GetScrStepV(id, &d);
+              c->GetScrCountH(id, in.Small(), &d), c->GetScrCountV(id, in.Small(), &d);
+              c->GetScrStepH(id, &d), c->GetScrStepV(id, &d);
             },
             [&] { c->GetScroll(id, in.Time(), &h, &v); });
       },
@@ -377,16 +367,8 @@ void CastOp(World& w, Bytes& in, std::uint8_t op, int nested = 0, QvMCast* locke
               char flag = 0, dirs = 0;
               if (c->GetDft(id, &param, &entries, &count, &flag) && count > 0)
                 Touch(&entries[count - 1].flag, 1);
-              c->IsScroll(id, &dirs);
-              c->IsDft(id);
-              c->IsAnc(id);
-              c->IsAColor(id);
-              c->ACycle(id);
-              c->AFlash(id);
-              c->ASwitch(id);
-              c->AFade(id);
-              c->IsScrollLeft(id);
-              c->IsScrollDown(id);
+              c->IsScroll(id, &dirs), c->IsDft(id), c->IsAnc(id), c->IsAColor(id), c->ACycle(id);
+              c->AFlash(id), c->ASwitch(id), c->AFade(id), c->IsScrollLeft(id), c->IsScrollDown(id);
             });
       },
       draw, draw,
@@ -426,21 +408,10 @@ void CastOp(World& w, Bytes& in, std::uint8_t op, int nested = 0, QvMCast* locke
       },
       [&] {
         std::uint32_t f = 0;
-        c->SetActFlag(id, in.U32());
-        c->SetShowFlag(id, in.U32());
-        c->GetActFlag(id, &f);
-        c->GetShowFlag(id, &f);
-        c->ResetActFlag(id);
-        c->ResetShowFlag(id);
-        c->ActFlag(id);
+        c->SetActFlag(id, in.U32()), c->SetShowFlag(id, in.U32()), c->GetActFlag(id, &f);
+        c->GetShowFlag(id, &f), c->ResetActFlag(id), c->ResetShowFlag(id), c->ActFlag(id);
       },
-      [&] {
-        c->Count();
-        c->ID2Index(id);
-        c->Index2ID(in.Small());
-        c->GetNewID();
-        c->AFrame(id);
-      },
+      [&] { c->Count(), c->ID2Index(id), c->Index2ID(in.Small()), c->GetNewID(), c->AFrame(id); },
       [&] {
         // The store is destroyed and made anew.
         const int i = (c == w.casts[0].get()) ? 0 : 1;
@@ -449,13 +420,7 @@ void CastOp(World& w, Bytes& in, std::uint8_t op, int nested = 0, QvMCast* locke
           Renew(w.casts[i]);
         }
       },
-      [&] {
-        c->Load(0);
-        c->Save(0);
-        c->Save(0, id);
-        c->SaveEnd(0);
-        c->SaveTerm(0);
-      });
+      [&] { c->Load(0), c->Save(0), c->Save(0, id), c->SaveEnd(0), c->SaveTerm(0); });
 }
 
 void LayerOp(World& w, Bytes& in, std::uint8_t op) {
@@ -471,19 +436,11 @@ void LayerOp(World& w, Bytes& in, std::uint8_t op) {
             [&] {
               if (in.U8() < 40) l->DelAll();
             },
-            [&] {
-              l->ID2Index(in.Small());
-              l->Index2ID(index);
-              l->Count();
-            });
+            [&] { l->ID2Index(in.Small()), l->Index2ID(index), l->Count(); });
       },
       reg, reg,
       [&] {
-        if (in.Bit()) {
-          l->DelCast(index, w.Cast(in), in.Id());
-        } else {
-          l->DelCast(w.Cast(in), in.Id());
-        }
+        in.Bit() ? (void)l->DelCast(index, w.Cast(in), in.Id()) : l->DelCast(w.Cast(in), in.Id());
       },
       [&] { l->MoveCast(index, w.Cast(in), in.Id(), static_cast<std::int16_t>(in.U8() % 5)); },
       [&] {
@@ -592,24 +549,14 @@ void FrameOp(World& w, Bytes& in, std::uint8_t op) {
         Pick(
             in.U8(), [&] { f->LockA(index); }, [&] { f->LockM(in.Small()); }, [&] { f->Unlock(); },
             [&] {
-              if (w.updateLocks[fi] < 100) {
-                f->LockUpdateMCast();
-                ++w.updateLocks[fi];
-              }
+              if (w.updateLocks[fi] < 100) f->LockUpdateMCast(), ++w.updateLocks[fi];
             },
             [&] {
               f->UnlockUpdateMCast();
               if (w.updateLocks[fi] > 0) --w.updateLocks[fi];
             });
       },
-      [&] {
-        if (in.U8() < 200) {
-          f->Del(index);
-        } else {
-          f->DelAll();
-        }
-      },
-      image, image,
+      [&] { in.U8() < 200 ? (void)f->Del(index) : f->DelAll(); }, image, image,
       [&] {
         Pick(
             in.U8(), [&] { f->GetAFrame(index, &a, &b, &cc, &d, &e, &g, &h, &x, &y, &z); },
@@ -619,20 +566,15 @@ void FrameOp(World& w, Bytes& in, std::uint8_t op) {
               if (f->GetOrgImage(index, &img, &a, &b) && a > 0 && b > 0) Touch(img, a * b);
             },
             [&] {
-              if (f->GetAImage(index, &img, &mask, &a, &b, &cc, &d) && img && a > 0 && b > 0) {
-                Touch(img, a * b);
-                Touch(mask, a * b);
-              }
+              if (f->GetAImage(index, &img, &mask, &a, &b, &cc, &d) && img && a > 0 && b > 0)
+                Touch(img, a * b), Touch(mask, a * b);
             },
             [&] {
-              f->GetMImage(in.Small(), &img, &mask, &a, &b, &cc, &d);
-              f->GetMImage(&img, &mask, &a, &b, &cc, &d);
+              f->GetMImage(in.Small(), &img, &mask, &a, &b, &cc, &d),
+                  f->GetMImage(&img, &mask, &a, &b, &cc, &d);
             },
             [&] {
-              f->GetArea(&a, &b, &cc, &d);
-              f->CountAFrame();
-              f->CountMFrame();
-              f->IsActive(index);
+              f->GetArea(&a, &b, &cc, &d), f->CountAFrame(), f->CountMFrame(), f->IsActive(index);
             });
       },
       [&] {
@@ -654,11 +596,9 @@ void FrameOp(World& w, Bytes& in, std::uint8_t op) {
         const char wrap = static_cast<char>(in.U8() % 5);
         const std::int16_t x = in.Small(), y = in.Small(), sx = in.Small(), sy = in.Small();
         const std::int16_t dx = in.Small(), dy = in.Small();
-        if (in.Bit()) {
-          f->DrawAPicture(index, world, x, y, pal, fill, wrap, sx, sy, &w.map, dx, dy);
-        } else {
-          f->DrawMPicture(in.Small(), world, x, y, pal, fill, wrap, sx, sy, &w.map, dx, dy);
-        }
+        in.Bit()
+            ? f->DrawAPicture(index, world, x, y, pal, fill, wrap, sx, sy, &w.map, dx, dy)
+            : f->DrawMPicture(in.Small(), world, x, y, pal, fill, wrap, sx, sy, &w.map, dx, dy);
         qv::tb.DisposeGWorld(world);
       },
       [&] {
@@ -672,16 +612,10 @@ void FrameOp(World& w, Bytes& in, std::uint8_t op) {
             [&] { f->SetSpeed(in.Small()); }, [&] { f->SetMode(static_cast<char>(in.U8() % 4)); },
             [&] { f->Play(in.Small()); }, [&] { f->Pause(); }, [&] { f->Stop(); },
             [&] { f->Step(in.Small()); }, [&] { f->SetCur(in.Time()); },
-            [&] {
-              f->Cur();
-              f->Next();
-            });
+            [&] { f->Cur(), f->Next(); });
       },
       [&] {
-        if (in.U8() < 40) {
-          Renew(w.frames[fi]);
-          w.updateLocks[fi] = 0;
-        }
+        if (in.U8() < 40) Renew(w.frames[fi]), w.updateLocks[fi] = 0;
       });
 }
 
@@ -701,27 +635,20 @@ void ColourOp(World& w, Bytes& in, std::uint8_t op) {
               w.switcher->RegCTable(in.Small(), in.Bit() ? &t : nullptr);
             },
             [&] {
-              if (in.Bit()) {
-                w.fade->RegColor(tbRGBColor(in.U8(), in.U8(), in.U8()));
-              } else {
-                w.fade->RegColor(in.U16(), in.U16(), in.U16());
-              }
+              in.Bit() ? w.fade->RegColor(tbRGBColor(in.U8(), in.U8(), in.U8()))
+                       : w.fade->RegColor(in.U16(), in.U16(), in.U16());
               w.fade->SetCount(in.Small());
             });
       },
       [&] { w.switcher->DelCTable(in.Small()); },
       [&] {
         if (tbColorTable* t = a->CTable(in.Small(), &src)) Touch(&t->CTTable(255)->red, 1);
-        a->CTable(&src);
-        a->AreaFlag(in.U8());
-        a->AreaNum();
-        a->Error();
+        a->CTable(&src), a->AreaFlag(in.U8()), a->AreaNum(), a->Error();
       },
       [&] {
         tbRGBColor c(in.U8(), in.U8(), in.U8());
         a->SetColor(in.Small(), &c);
-        a->SetCur(in.Time());
-        a->Count();
+        a->SetCur(in.Time()), a->Count();
       },
       [&] {
         // A copy into a fresh animation and into the host's own.

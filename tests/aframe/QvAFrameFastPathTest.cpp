@@ -47,10 +47,8 @@ void ReferenceDraw(QvAFrame& anim, unsigned char* dst, int dstRowBytes, int dstW
   const int left = x + ox, top = y + oy, right = left + w, bottom = top + h;
   const int clipLeft = std::max(left, 0), clipTop = std::max(top, 0);
   const int clipRight = std::min(right, dstWidth), clipBottom = std::min(bottom, dstHeight);
-  while (scrollX < 0) scrollX += w;
-  while (scrollX >= w) scrollX -= w;
-  while (scrollY < 0) scrollY += h;
-  while (scrollY >= h) scrollY -= h;
+  scrollX = (scrollX % w + w) % w;
+  scrollY = (scrollY % h + h) % h;
   if (fill != -1)
     for (int r = 0; r < dstHeight; ++r)
       for (int c = 0; c < dstWidth; ++c)
@@ -234,10 +232,6 @@ TEST(QvAFrameFastPath, PictureThroughPaletteAreaMatchesTheRegionCopy) {
   }
 }
 
-}  // namespace
-
-namespace {
-
 // Builds the inverse mapping of a frame zoomed and rotated about (cx, cy) as
 // the transform does: the corners, their bounding box, the edges.
 qvaframe::InverseMap MapOf(const std::vector<unsigned char>& org, int w, int h, int cx, int cy,
@@ -293,16 +287,15 @@ qvaframe::InverseMap MapOf(const std::vector<unsigned char>& org, int w, int h, 
   return m;
 }
 
-}  // namespace
-
 // The integer stepping of the transform against solving every pixel in
 // double precision, and both against the frame's own transformed image: on
-// random sizes, anchors, zooms (exact halves and doubles among them, where
-// many pixels fall on whole numbers) and rotations (quarter turns among
-// them), also for long thin frames whose determinant is large.
+// random sizes, anchors (also far outside), zooms (exact halves and doubles
+// among them, where many pixels fall on whole numbers, and zero and negative
+// ones) and rotations (quarter turns among them), also for long thin frames
+// whose determinant is large. Outside the source the mask and image are 0.
 TEST(QvAFrameFastPath, TransformSteppingMatchesSolvingEveryPixel) {
   std::mt19937 rng(2114);
-  const double zooms[] = {1.0, 2.0, 0.5, 3.0, 0.25, 1.5, 0.75};
+  const double zooms[] = {1.0, 2.0, 0.5, 3.0, 0.25, 1.5, 0.75, 0.0, -1.0, -2.5};
   const double turns[] = {0.0, 1.5707963267948966, 3.141592653589793, 0.7853981633974483};
   for (int round = 0; round < 400; ++round) {
     const bool thin = round % 10 == 0;
@@ -311,16 +304,19 @@ TEST(QvAFrameFastPath, TransformSteppingMatchesSolvingEveryPixel) {
     std::vector<unsigned char> org(static_cast<std::size_t>(w * h));
     for (auto& b : org) b = static_cast<unsigned char>(1 + rng() % 255);
     const int pick = static_cast<int>(rng() % 3);
-    const double zx = pick == 0 ? zooms[rng() % 7] : 0.2 + (rng() % 1000) / 300.0;
-    const double zy = pick == 0 ? zooms[rng() % 7] : pick == 1 ? zx : 0.2 + (rng() % 1000) / 300.0;
+    const double zx = pick == 0 ? zooms[rng() % 10] : 0.2 + (rng() % 1000) / 300.0;
+    const double zy = pick == 0 ? zooms[rng() % 10] : pick == 1 ? zx : 0.2 + (rng() % 1000) / 300.0;
     const double rot =
         rng() % 3 == 0 ? turns[rng() % 4] : (static_cast<int>(rng() % 2000) - 1000) / 150.0;
-    const int cx = static_cast<int>(rng() % (w + 2)) - 1,
-              cy = static_cast<int>(rng() % (h + 2)) - 1;
+    const int cx = static_cast<int>(rng() % (w + 40)) - 20,
+              cy = static_cast<int>(rng() % (h + 40)) - 20;
     int iw = 0, ih = 0;
     std::vector<unsigned char> frameImage, frameMask;
     const qvaframe::InverseMap m =
         MapOf(org, w, h, cx, cy, zx, zy, rot, &iw, &ih, &frameImage, &frameMask);
+    ASSERT_FALSE(frameMask.empty()) << "round " << round;
+    for (std::size_t i = 0; i < frameMask.size(); ++i)
+      ASSERT_TRUE(frameMask[i] ? frameMask[i] == 255 && frameImage[i] : !frameImage[i]) << round;
     if (iw < 1 || ih < 1 || static_cast<long>(m.by) * m.ax == static_cast<long>(m.bx) * m.ay)
       continue;
     const std::size_t n = static_cast<std::size_t>(iw) * ih;
@@ -332,3 +328,5 @@ TEST(QvAFrameFastPath, TransformSteppingMatchesSolvingEveryPixel) {
     ASSERT_TRUE(frameImage == plainImage && frameMask == plainMask) << "round " << round;
   }
 }
+
+}  // namespace

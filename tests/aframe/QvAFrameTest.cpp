@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <cstring>
 #include <functional>
-#include <random>
 #include <vector>
 
 #include "cast/QvMCast.h"
@@ -386,28 +385,6 @@ TEST_F(AFrameTest, ExtremeZoomStaysDefined) {
   EXPECT_EQ(a.SetImage(0, nullptr, 0, 0, 0), 0);
   EXPECT_EQ(a.Held(0), Ints({1, 0, 0, 0}));
   EXPECT_EQ(a.Geo(0)[0], -32768);
-}
-
-TEST_F(AFrameTest, RandomTransformsStayInBounds) {
-  std::mt19937 rng(12345);
-  auto uni = [&](int lo, int hi) { return short(std::uniform_int_distribution<int>(lo, hi)(rng)); };
-  auto real = [&](double lo, double hi) { return std::uniform_real_distribution<>(lo, hi)(rng); };
-  const double fixedZooms[] = {0.0, -1.0, -2.5, 0.3, 1.0, 3.0};
-  for (int iter = 0; iter < 300; ++iter) {
-    const short w = uni(1, 12), h = uni(1, 12);
-    Bytes src(std::size_t(w * h));
-    for (std::size_t i = 0; i < src.size(); ++i) src[i] = static_cast<unsigned char>(1 + i);
-    Probe a;
-    a.Reg(-1, 0, 0, w, h, uni(-15, 25), uni(-15, 25), 1);
-    a.SetZoom(0, iter % 3 == 0 ? fixedZooms[uni(0, 5)] : real(-4, 4),
-              iter % 5 == 0 ? fixedZooms[uni(0, 5)] : real(-4, 4));
-    a.SetRot(0, real(-7, 7));
-    ASSERT_EQ(a.SetImage(0, src.data(), w, w, h), 1) << iter;
-    const Bytes image = a.Image(0), mask = a.Mask(0);
-    ASSERT_FALSE(mask.empty());
-    for (std::size_t i = 0; i < mask.size(); ++i)  // outside 0, inside a source pixel
-      ASSERT_TRUE(mask[i] ? mask[i] == 255 && image[i] >= 1 && image[i] <= w * h : !image[i]);
-  }
 }
 
 TEST_F(AFrameTest, Thumbnail) {

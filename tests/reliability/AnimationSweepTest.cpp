@@ -1,5 +1,5 @@
-// Allocation-failure sweeps of the colour and frame animations: areas, tables, frames, images, copies, drawing, and the passing on of
-// changes to the members that hold copies (from the images level on).
+// Allocation-failure sweeps of the colour and frame animations: areas, tables, frames, images,
+// copies, drawing, and changes passed on to the members holding copies (images level on).
 #include <gtest/gtest.h>
 
 #include <type_traits>
@@ -193,26 +193,23 @@ TEST(AFrameSweep, CopiesAndDrawing) {
   };
   // Into another animation (with or without images), and from another
   // animation into the one with members.
-  SweepOp("QvAFrame::Dup into another animation", kAll, [&](Trial& t, Movie& m) {
-    auto dst = Other(m, true);
-    EXPECT_TRUE(!t.Ok([&] { return m.frame->Dup(dst.get()); }) ||
-                dst->CountAFrame() == m.frame->CountAFrame());
-    settled(*dst);
-  });
-  SweepOp("QvAFrame::Backup", kAll, [&](Trial& t, Movie& m) {
-    auto dst = Other(m, false);
-    EXPECT_TRUE(!t.Ok([&] { return m.frame->Backup(dst.get()); }) ||
-                dst->CountAFrame() == m.frame->CountAFrame());
-    settled(*dst);
-  });
-  SweepOp("QvAFrame::Dup into the animation with members", kAll, [](Trial& t, Movie& m) {
-    auto src = Other(m, true);
-    EXPECT_TRUE(!t.Ok([&] { return src->Dup(m.frame.get()); }) || m.frame->CountAFrame() == 2);
-  });
-  SweepOp("QvAFrame::Restore", kAll, [](Trial& t, Movie& m) {
-    auto src = Other(m, false);
-    EXPECT_TRUE(!t.Ok([&] { return m.frame->Restore(src.get()); }) || m.frame->CountAFrame() == 2);
-  });
+  for (bool backup : {false, true}) {
+    const char* name = backup ? "QvAFrame::Backup" : "QvAFrame::Dup into another animation";
+    SweepOp(name, kAll, [&, backup](Trial& t, Movie& m) {
+      auto dst = Other(m, !backup);
+      EXPECT_TRUE(!t.Ok([&] {
+        return backup ? m.frame->Backup(dst.get()) : m.frame->Dup(dst.get());
+      }) || dst->CountAFrame() == m.frame->CountAFrame());
+      settled(*dst);
+    });
+    name = backup ? "QvAFrame::Restore" : "QvAFrame::Dup into the animation with members";
+    SweepOp(name, kAll, [backup](Trial& t, Movie& m) {
+      auto src = Other(m, !backup);
+      EXPECT_TRUE(!t.Ok([&] {
+        return backup ? m.frame->Restore(src.get()) : src->Dup(m.frame.get());
+      }) || m.frame->CountAFrame() == 2);
+    });
+  }
   for (bool withPal : {false, true}) {
     for (bool master : {false, true}) {
       const std::string name = master ? "QvAFrame::DrawMPicture" : "QvAFrame::DrawAPicture";

@@ -7,7 +7,6 @@
 #include "cast/QvMCastAnc.h"
 #include "cast/QvMCastDft.h"
 #include "tests/reliability/Sweep.h"
-#include "toolbox/tbPicture.h"
 #include "toolbox/tbToolBox.h"
 
 namespace reliability {
@@ -137,32 +136,14 @@ TEST(CastSweep, ColourCopies) {
   }
 }
 
-TEST(CastSweep, DrawingAndIcons) {
+// Plain drawing, icons and copies onto a member are swept in the cast tests;
+// here the members with colour animations.
+TEST(CastSweep, DrawingWithColourAnimations) {
   SweepOp("QvMCast::DrawPicture with colour animations", kFromColour, [](Trial& t, Movie& m) {
     Canvas c;
     t.Failed(t([&] { return m.cast->DrawPicture(kColoured, 14, &c.map, &c.area); }) != 1);
     EXPECT_EQ(m.cast->DrawPicture(kColoured, 14, &c.map, &c.area), 1) << "drawing again";
   });
-  SweepOp("QvMCast::DrawPicture", kFromImages, [](Trial& t, Movie& m) {
-    Canvas c;
-    t.Failed(t([&] { return m.cast->DrawPicture(kScroller, 45, &c.map, &c.area); }) != 1);
-  });
-  struct Icon {
-    const char* name;
-    unsigned levels;
-    std::int16_t id, w, h, corner;  // corner: the last pixel, -1 unchecked
-  };
-  for (const Icon& icon : {Icon{"frame", kFromImages, kFramed, 16, 12, -1},
-                           Icon{"swatch", kFromPopulated, kTableOnly, 32, 32, 255},
-                           Icon{"blank", kFromPopulated, kPlain, 8, 8, -1}}) {
-    SweepOp(std::string("QvMCast::Icon ") + icon.name, icon.levels, [icon](Trial& t, Movie& m) {
-      tbPicture* p = t([&] { return m.cast->Icon(icon.id, icon.w, icon.h); });
-      if (t.Failed(p == nullptr)) return;
-      ASSERT_NE(p->Pic(), nullptr);
-      EXPECT_EQ(p->Width(), icon.w);
-      EXPECT_TRUE(icon.corner < 0 || p->Pixel(icon.w - 1, icon.h - 1) == icon.corner);
-    });
-  }
 }
 
 TEST(CastSweep, CopiesAndRemoval) {
@@ -187,12 +168,6 @@ TEST(CastSweep, CopiesAndRemoval) {
       ExpectName(*dst, r, "copy", false);
     });
   }
-  SweepOp("QvMCast::Dup onto an existing member", kFromImages, [](Trial& t, Movie& m) {
-    EXPECT_EQ(m.cast->Empty(kPlain), 1);
-    EXPECT_EQ(t([&] { return m.cast->Dup(kScroller, 7, Text("onto"), m.cast.get(), kPlain); }),
-              kPlain);
-    EXPECT_EQ(m.cast->Start(kPlain), 0) << "range kept";
-  });
   SweepOp("QvMCast::Backup", kFromPopulated, [](Trial& t, Movie& m) {
     const std::int16_t src = m.level >= kColour ? kColoured : kPath;
     if (!t.Failed(t([&] { return m.cast->Backup(src, m.backup.get()); }) != 1)) {
