@@ -152,10 +152,7 @@ TEST_F(QvMCastAnchors, OffsetStepCountAndSpan) {
             (Vals{1, -1, 1, 1, 3, 9}));
 
   // The nearest anchor to a point; equal distances keep the lower index.
-  QvMCastAnc path[4];
-  path[1].point = tbPoint(10, 0);
-  path[2].point = tbPoint(20, 0);
-  path[3].point = tbPoint(10, 20);
+  QvMCastAnc path[4] = {{}, {tbPoint(10, 0), 0}, {tbPoint(20, 0), 0}, {tbPoint(10, 20), 0}};
   cast.RegAnc(S(0), path, S(4), 0, nullptr);
   const std::pair<tbPoint, int> nearest[] = {
       {{11, 2}, 1}, {{15, 0}, 1}, {{10, 15}, 3}, {{-5, 0}, 0}};

@@ -18,8 +18,7 @@ struct QvMCastDup : testing::Test {
     QvMCastDft dft[2];
     dft[1].pointB = tbPoint(4, 5);
     cast.RegDft(S(3), S(9), dft, S(2), 6, Txt("src"), &dftList);
-    QvMCastAnc anc[3];
-    anc[2].point = tbPoint(7, 8);
+    QvMCastAnc anc[3] = {{}, {}, {tbPoint(7, 8), 0}};
     cast.RegAnc(S(3), anc, S(3), QvMCast::kAncReflect, Txt("src"));
     cast.SetAncOffset(S(3), S(1));
     cast.SetAncStep(S(3), 0.25);
