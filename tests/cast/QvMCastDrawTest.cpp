@@ -209,8 +209,7 @@ TEST_F(QvMCastDraw, Icons) {
   // A member with only a colour table shows a swatch of the palette.
   ASSERT_EQ(cast.RegOrgCTable(S(-1), &table, nullptr, nullptr), 1);
   tbPicture* icon = cast.Icon(S(1), S(32), S(32));
-  ASSERT_NE(icon, nullptr);
-  EXPECT_EQ(icon, &cast.Rec(S(1))->icon);
+  ASSERT_EQ(icon, &cast.Rec(S(1))->icon);
   EXPECT_TRUE(icon->ColorTable() == table);
   // {size, x, y, index}
   const int swatch[][4] = {{32, 0, 0, 0},     {32, 1, 1, 0}, {32, 2, 0, 1},     {32, 0, 2, 16},
