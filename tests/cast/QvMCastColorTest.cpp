@@ -134,8 +134,7 @@ TEST_F(QvMCastColor, ChangesReachTheCopies) {
   anim->UnlockUpdateMCast();
   EXPECT_EQ(posX(0), 0);
   anim->UnlockUpdateMCast();
-  EXPECT_EQ((Vals{posX(0), posX(1)}), (Vals{7, 7}));
-  EXPECT_EQ(cast.AFrame(S(0))->IsActive(S(1)), 1);
+  EXPECT_EQ((Vals{posX(0), posX(1), cast.AFrame(S(0))->IsActive(S(1))}), (Vals{7, 7, 1}));
   EXPECT_EQ(NameOf(cast, S(0)) + NameOf(cast, S(1)), "named<none>");
   QvAFrame* current = cast.AFrame(S(0));
   anim->UnlockUpdateMCast();  // unmatched: does nothing
