@@ -51,8 +51,7 @@ void SetUpSpan(CastProbe& cast) {
   std::vector<QvMCastAnc> path(7);
   for (QvMCastAnc& a : path) a.point = tbPoint(999, 999);
   path[2].point = tbPoint(20, 0);
-  path[4].point = tbPoint(60, 40);
-  path[4].flag = 1;
+  path[4] = {tbPoint(60, 40), 1};
   path[6].point = tbPoint(100, 0);
   cast.RegAnc(S(0), path.data(), S(7), QvMCast::kAncClamp, nullptr);
   cast.SetAncStep(S(0), 1.0);

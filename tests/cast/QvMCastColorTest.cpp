@@ -26,8 +26,7 @@ TEST_F(QvMCastColor, RegistrationAndRemovalByKind) {
   cast.RegAColor(S(0), &sw, QvAColor::kSwitch, 500, nullptr, nullptr);
   EXPECT_EQ((Vals{cast.Start(S(0)), cast.End(S(0)), cast.ActFlag(S(0))}), (Vals{100, 129, 0x00F}));
   // Kind 1 again replaces only the flash copy.
-  QvAColor* cycleCopy = cast.ACycle(S(0));
-  QvAColor* fadeCopy = cast.AFade(S(0));
+  QvAColor *cycleCopy = cast.ACycle(S(0)), *fadeCopy = cast.AFade(S(0));
   flash2.SetSpeed(S(12));
   cast.RegAColor(S(0), &flash2, QvAColor::kFlash, 0, nullptr, nullptr);
   EXPECT_TRUE(cast.ACycle(S(0)) == cycleCopy && cast.AFade(S(0)) == fadeCopy);
