@@ -82,6 +82,7 @@ class CastProbe : public QvMCast {
   }
   QvMCastInfo* CurInfo() { return curInfo; }
   char LockFlag() { return lockFlag; }
+  tbColorTable& Work() { return workCTable; }
   char Fold(std::int16_t id, std::int16_t* k) { return localGetAnc(Rec(id), k); }
   // The ids in list order; {-99} when the links disagree either way.
   std::vector<std::int16_t> Ids() {

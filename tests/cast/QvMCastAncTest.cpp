@@ -51,8 +51,7 @@ void SetUpSpan(CastProbe& cast) {
   std::vector<QvMCastAnc> path(7);
   for (QvMCastAnc& a : path) a.point = tbPoint(999, 999);
   path[2].point = tbPoint(20, 0);
-  path[4].point = tbPoint(60, 40);
-  path[4].flag = 1;
+  path[4] = {tbPoint(60, 40), 1};
   path[6].point = tbPoint(100, 0);
   cast.RegAnc(S(0), path.data(), S(7), QvMCast::kAncClamp, nullptr);
   cast.SetAncStep(S(0), 1.0);
@@ -152,10 +151,7 @@ TEST_F(QvMCastAnchors, OffsetStepCountAndSpan) {
             (Vals{1, -1, 1, 1, 3, 9}));
 
   // The nearest anchor to a point; equal distances keep the lower index.
-  QvMCastAnc path[4];
-  path[1].point = tbPoint(10, 0);
-  path[2].point = tbPoint(20, 0);
-  path[3].point = tbPoint(10, 20);
+  QvMCastAnc path[4] = {{}, {tbPoint(10, 0), 0}, {tbPoint(20, 0), 0}, {tbPoint(10, 20), 0}};
   cast.RegAnc(S(0), path, S(4), 0, nullptr);
   const std::pair<tbPoint, int> nearest[] = {
       {{11, 2}, 1}, {{15, 0}, 1}, {{10, 15}, 3}, {{-5, 0}, 0}};
@@ -184,8 +180,7 @@ TEST_F(QvMCastAnchors, AnchorAtAMomentAndEdits) {
             (Vals{1, 90, 0, 0}));  // 10 + 2 clamped to 9
 
   // Extreme steps, offsets and times stay inside the path.
-  AddPath(cast, 7);
-  cast.SetStartEnd(S(1), -2147483647 - 1, 2147483647);
+  cast.SetStartEnd(AddPath(cast, 7), -2147483647 - 1, 2147483647);
   for (char type : {0, 1, 2, 3}) {
     cast.SetAncType(S(1), type);
     for (double step : {1e12, -1e12, -3.7, 0.0, std::numeric_limits<double>::infinity(),
@@ -227,20 +222,17 @@ TEST_F(QvMCastAnchors, Resampling) {
     EXPECT_EQ(AncOf(cast, S(0), i), (Vals{10 * from[i], 100 + from[i], flags[i]})) << i;
 
   // An empty range, or a failed allocation, drops the path; the step is reset.
-  AddPath(cast, 4);
-  cast.SetStartEnd(S(1), 10, 5);
+  cast.SetStartEnd(AddPath(cast, 4), 10, 5);
   cast.SetAncStep(S(1), 3.0);
   EXPECT_EQ((Vals{cast.ResetAnc(S(1)), cast.IsAnc(S(1)), cast.Rec(S(1))->ancStep}),
             (Vals{1, 0, 1.0}));
-  AddPath(cast, 4);
-  cast.SetStartEnd(S(2), 0, 3);
+  cast.SetStartEnd(AddPath(cast, 4), 0, 3);
   EXPECT_EQ(FailAt(1, [&] { return cast.ResetAnc(S(2)); }), 1);
   cast.SetAncSelectArea(S(2), 0, 0);
   EXPECT_EQ((Vals{cast.IsAnc(S(2)), cast.InbetweenAnc(S(2), 0)}), (Vals{0, 0}));
 
   // Emptying re-samples a path first; without one the step and offset stay.
-  AddPath(cast, 4);
-  cast.SetStartEnd(S(3), 0, 3);
+  cast.SetStartEnd(AddPath(cast, 4), 0, 3);
   cast.SetAncStep(S(3), 2.0);
   cast.SetAncOffset(S(3), S(1));
   cast.Empty(S(3));
@@ -253,8 +245,8 @@ TEST_F(QvMCastAnchors, Resampling) {
 TEST_F(QvMCastAnchors, InbetweeningThroughTheHook) {
   HookCast hook;
   SetUpSpan(hook);
-  EXPECT_EQ(hook.InbetweenAnc(S(0), 42), 1);
-  EXPECT_EQ((Vals{hook.calls, hook.gotOutCount, hook.gotMode}), (Vals{1, 5, 42}));
+  EXPECT_EQ((Vals{hook.InbetweenAnc(S(0), 42), hook.calls, hook.gotOutCount, hook.gotMode}),
+            (Vals{1, 1, 5, 42}));
   EXPECT_EQ(hook.gotIndex, (std::vector<std::int16_t>{2, 4, 6}));
   EXPECT_EQ(hook.gotKeys, (std::vector<tbPoint>{{20, 0}, {60, 40}, {100, 0}}));
   // Anchors 3 to 5 take out[1] to out[3]; the ends keep their points.
@@ -265,24 +257,22 @@ TEST_F(QvMCastAnchors, InbetweeningThroughTheHook) {
   // Other flags stay; the span is clipped to the path.
   hook.Rec(S(0))->anc[3].flag = 7;
   hook.SetAncSelectArea(S(0), -5, 100);
-  EXPECT_EQ(hook.InbetweenAnc(S(0), 0), 1);
+  EXPECT_EQ((Vals{hook.InbetweenAnc(S(0), 0), hook.gotOutCount, hook.Rec(S(0))->anc[3].flag,
+                  hook.Rec(S(0))->anc[0].flag}),
+            (Vals{1, 7, 7, 1}));
   EXPECT_EQ(hook.gotIndex, (std::vector<std::int16_t>{0, 2, 4, 6}));
-  EXPECT_EQ((Vals{hook.gotOutCount, hook.Rec(S(0))->anc[3].flag, hook.Rec(S(0))->anc[0].flag}),
-            (Vals{7, 7, 1}));
   // A span of one anchor passes it as both keys.
   hook.SetAncSelectArea(S(0), 3, 3);
-  EXPECT_EQ(hook.InbetweenAnc(S(0), 0), 1);
+  EXPECT_EQ((Vals{hook.InbetweenAnc(S(0), 0), hook.gotOutCount}), (Vals{1, 1}));
   EXPECT_EQ(hook.gotIndex, (std::vector<std::int16_t>{3, 3}));
-  EXPECT_EQ(hook.gotOutCount, 1);
 
   // The span must lie in the path; right after SetAncStep it is reset.
   const int calls = hook.calls;
   hook.SetAncStep(S(0), 1.0);
   EXPECT_EQ(hook.InbetweenAnc(S(0), 0), 0);
-  for (auto s : {std::pair<int, int>{7, 9}, {-4, -1}, {3, 65536 + 1}}) {
-    hook.SetAncSelectArea(S(0), s.first, s.second);
-    EXPECT_EQ(hook.InbetweenAnc(S(0), 0), 0) << s.first;
-  }
+  for (auto s : {std::pair<int, int>{7, 9}, {-4, -1}, {3, 65536 + 1}})
+    EXPECT_EQ((Vals{hook.SetAncSelectArea(S(0), s.first, s.second), hook.InbetweenAnc(S(0), 0)}),
+              (Vals{1, 0}));
   EXPECT_EQ(hook.calls, calls);
   for (int k = 2; k <= 4; ++k) {  // allocation 1 is the re-sampled path
     HookCast failing;
@@ -296,7 +286,6 @@ TEST_F(QvMCastAnchors, InbetweeningThroughTheHook) {
   CastProbe plain;
   SetUpSpan(plain);
   EXPECT_EQ(plain.InbetweenAnc(S(0), 0), 1);
-  EXPECT_EQ(AncOf(plain, S(0), 3), (Vals{0, 0, 2}));
-  EXPECT_EQ(AncOf(plain, S(0), 4), (Vals{0, 0, 1}));
-  EXPECT_EQ(AncOf(plain, S(0), 6), (Vals{100, 0, 1}));
+  for (auto c : {std::pair<int, Vals>{3, {0, 0, 2}}, {4, {0, 0, 1}}, {6, {100, 0, 1}}})
+    EXPECT_EQ(AncOf(plain, S(0), c.first), c.second);
 }

@@ -34,16 +34,15 @@ TEST_F(QvMCastAttach, FrameListBackReferences) {
                   cast.RegAFrame(S(0), a.get(), 0, nullptr, a.get()), ListSize(*a)}),
             (Vals{0, 1, 0, 2}));  // a pair already there is not added again
   EXPECT_EQ(cast.Rec(S(0))->lists[4], a.get());
-  EXPECT_EQ(cast.DelAFrame(S(0)), 1);
-  EXPECT_EQ(cast.Rec(S(0))->lists[4], nullptr);
+  EXPECT_EQ((Vals{cast.DelAFrame(S(0)), cast.Rec(S(0))->lists[4] == nullptr}), (Vals{1, 1}));
   EXPECT_EQ((Vals{ListSize(*a, &cast, S(0)), cast.Del(S(1)), ListSize(*a)}), (Vals{0, 1, 0}));
 
   // A null animation removes the copy, keeps the flags and records the list.
   cast.RegAFrame(S(0), b.get(), 0, nullptr, nullptr);
   cast.SetActFlag(S(0), 0x010u);
-  EXPECT_EQ(cast.RegAFrame(S(0), nullptr, 0, nullptr, a.get()), 0);
-  EXPECT_EQ(cast.AFrame(S(0)), nullptr);
-  EXPECT_EQ((Vals{cast.Rec(S(0))->actFlag, ListSize(*a, &cast, S(0))}), (Vals{0x010, 1}));
+  EXPECT_EQ((Vals{cast.RegAFrame(S(0), nullptr, 0, nullptr, a.get()), cast.AFrame(S(0)) == nullptr,
+                  cast.Rec(S(0))->actFlag, ListSize(*a, &cast, S(0))}),
+            (Vals{0, 1, 0x010, 1}));
   // Another list takes the member out of the old one: only b's changes reach it.
   cast.RegAFrame(S(0), b.get(), 0, nullptr, b.get());
   a->SetInterval(S(0), S(7));
@@ -57,12 +56,11 @@ TEST_F(QvMCastAttach, AllocationFailures) {
   auto anim = MakeAnim({4});
   cast.New(nullptr);
   // A failed frame copy: no animation, no range, but the list is recorded.
-  EXPECT_EQ(FailAt(1, [&] { return cast.RegAFrame(S(0), anim.get(), 10, Txt("n"), anim.get()); }),
-            0);
-  EXPECT_EQ(cast.AFrame(S(0)), nullptr);
-  EXPECT_EQ((Vals{cast.Start(S(0)), ListSize(*anim, &cast, S(0))}), (Vals{-1, 1}));
-  for (int k = 2; k <= 6; ++k)  // inside the animation's own copy: a partial copy, no leak
-    EXPECT_EQ(FailAt(k, [&] { return cast.RegAFrame(S(0), anim.get(), 10, nullptr, nullptr); }), 0);
+  auto reg = [&] { return cast.RegAFrame(S(0), anim.get(), 10, Txt("n"), anim.get()); };
+  EXPECT_EQ((Vals{FailAt(1, reg), cast.AFrame(S(0)) == nullptr, cast.Start(S(0)),
+                  ListSize(*anim, &cast, S(0))}),
+            (Vals{0, 1, -1, 1}));
+  for (int k = 2; k <= 6; ++k) EXPECT_EQ(FailAt(k, reg), 0);  // a partial copy, no leak
   // A member that cannot be made: -1.
   EXPECT_EQ(FailAt(1, [&] { return cast.RegAFrame(S(-1), nullptr, 10, nullptr, nullptr); }), -1);
 
@@ -71,11 +69,12 @@ TEST_F(QvMCastAttach, AllocationFailures) {
   QvPal pal = PalRange(0, 5);
   cast.RegOrgCTable(S(0), &table, &pal, Txt("kept"));
   QvMCastInfo* r = cast.Rec(S(0));
-  EXPECT_EQ(FailAt(1, [&] { return cast.RegOrgCTable(S(0), &table, &pal, nullptr); }), -1);
-  EXPECT_TRUE(r->orgCTable == nullptr && r->orgPal == nullptr);
+  auto own = [&] { return cast.RegOrgCTable(S(0), &table, &pal, nullptr); };
+  EXPECT_EQ((Vals{FailAt(1, own), r->orgCTable == nullptr, r->orgPal == nullptr}),
+            (Vals{-1, 1, 1}));
   EXPECT_EQ(NameOf(cast, S(0)), "kept");
-  EXPECT_EQ(FailAt(2, [&] { return cast.RegOrgCTable(S(0), &table, &pal, nullptr); }), -1);
-  EXPECT_TRUE(r->orgCTable != nullptr && r->orgPal == nullptr);
+  EXPECT_EQ((Vals{FailAt(2, own), r->orgCTable != nullptr, r->orgPal == nullptr}),
+            (Vals{-1, 1, 1}));
   EXPECT_EQ(FailAt(1, [&] { return cast.RegOrgCTable(S(-1), nullptr, nullptr, Txt("x")); }), -1);
   EXPECT_EQ(cast.Count(), 1);
 }
@@ -131,13 +130,10 @@ TEST_F(QvMCastAttach, DftEntries) {
             ListSize(list, &cast, S(0)), cast.GetDft(S(0), nullptr, nullptr, nullptr, nullptr)}),
       (Vals{1, 42, 3, 7, 1, 1}));
   ASSERT_NE(got, nullptr);
-  EXPECT_NE(got, entries);
-  EXPECT_EQ(got[2].pointC, tbPoint(2, 3));
-  EXPECT_EQ(got[1].flag, 2);
+  EXPECT_EQ((Vals{got != entries, got[2].pointC == tbPoint(2, 3), got[1].flag}), (Vals{1, 1, 2}));
   // The member's own entries may be registered again.
   EXPECT_EQ(cast.RegDft(S(0), S(42), got, S(3), 7, Txt("d"), &list), 0);
   EXPECT_EQ(cast.Rec(S(0))->dft[2].pointC, tbPoint(2, 3));
-
   cast.SetAncType(S(0), QvMCast::kAncWrap);
   EXPECT_EQ((Vals{cast.DelDft(S(0)), cast.IsDft(S(0)), cast.Rec(S(0))->ancType,
                   cast.GetDft(S(0), &param, &got, &count, &flag), ListSize(list)}),

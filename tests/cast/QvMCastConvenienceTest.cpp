@@ -42,13 +42,11 @@ TEST_F(CastTest, LiteralZeroIdsAndCharNamesMeanTheIdAndTheName) {
                   cast.RegScroll(0, QvMCast::kScrollLeft | QvMCast::kScrollUp, "scroll"),
                   cast.Dup(0, 50, "copy", &other, QvMCast::kNewId)}),
             (Vals{0, 1, 0, 0, 0, 0, 0, 0, 0}));
-  EXPECT_EQ(NameOf(cast, 0), "scroll");
-  EXPECT_EQ(NameOf(other, 0), "copy");
-  EXPECT_EQ(cast.SetName(0, "renamed"), 1);
+  EXPECT_EQ(NameOf(cast, 0) + NameOf(other, 0), "scrollcopy");
+  EXPECT_EQ((Vals{cast.SetName(0, "renamed"), cast.AFrame(0) == cast.AFrame(S(0)),
+                  cast.AFrame(0) != nullptr, cast.AFade(0) == cast.AFade(S(0))}),
+            (Vals{1, 1, 1, 1}));
   EXPECT_EQ(NameOf(cast, 0), "renamed");
-  EXPECT_EQ(cast.AFrame(0), cast.AFrame(S(0)));
-  EXPECT_NE(cast.AFrame(0), nullptr);
-  EXPECT_EQ(cast.AFade(0), cast.AFade(S(0)));
   EXPECT_EQ(cast.ActFlag(0), QvMCast::kAttachFade | QvMCast::kAttachAFrame |
                                  QvMCast::kAttachDftAnc | QvMCast::kAttachScrollLeft |
                                  QvMCast::kAttachScrollUp);

@@ -43,9 +43,7 @@ TEST_F(QvMCastDraw, PlacesTheAnchorAtTheCentreOrOnThePath) {
   EXPECT_EQ((Vals{big.At(320, 240), big.At(318, 239), big.At(321, 240), big.CountNot(kBack)}),
             (Vals{FramePixel(0, 2, 1), FramePixel(0, 0, 0), FramePixel(0, 3, 1), 8}));
   // On a path of two anchors, one per unit of time.
-  QvMCastAnc anc[2];
-  anc[0].point = tbPoint(10, 20);
-  anc[1].point = tbPoint(30, 20);
+  QvMCastAnc anc[2] = {{tbPoint(10, 20), 0}, {tbPoint(30, 20), 0}};
   cast.RegAnc(S(0), anc, S(2), QvMCast::kAncClamp, Txt("m"));
   cast.SetAncStep(S(0), 1.0);
   for (int t = 0; t < 2; ++t) {
@@ -191,8 +189,7 @@ TEST_F(QvMCastDraw, FrameAreaAndHitTesting) {
             cast.GetAFrameArea(S(0), 0, &full, 0, &r, nullptr)}),
       (Vals{0, 0, 0, 0, 0, 0, 0}));
 
-  QvMCastAnc anc[1];
-  anc[0].point = tbPoint(10, 20);
+  QvMCastAnc anc[1] = {{tbPoint(10, 20), 0}};
   cast.RegAnc(S(0), anc, S(1), 0, nullptr);
   tbRect sub(100, 50, 300, 200);
   const tbRect untouched(1, 2, 3, 4);
@@ -212,8 +209,7 @@ TEST_F(QvMCastDraw, Icons) {
   // A member with only a colour table shows a swatch of the palette.
   ASSERT_EQ(cast.RegOrgCTable(S(-1), &table, nullptr, nullptr), 1);
   tbPicture* icon = cast.Icon(S(1), S(32), S(32));
-  ASSERT_NE(icon, nullptr);
-  EXPECT_EQ(icon, &cast.Rec(S(1))->icon);
+  ASSERT_EQ(icon, &cast.Rec(S(1))->icon);
   EXPECT_TRUE(icon->ColorTable() == table);
   // {size, x, y, index}
   const int swatch[][4] = {{32, 0, 0, 0},     {32, 1, 1, 0}, {32, 2, 0, 1},     {32, 0, 2, 16},

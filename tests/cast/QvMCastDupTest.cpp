@@ -18,8 +18,7 @@ struct QvMCastDup : testing::Test {
     QvMCastDft dft[2];
     dft[1].pointB = tbPoint(4, 5);
     cast.RegDft(S(3), S(9), dft, S(2), 6, Txt("src"), &dftList);
-    QvMCastAnc anc[3];
-    anc[2].point = tbPoint(7, 8);
+    QvMCastAnc anc[3] = {{}, {}, {tbPoint(7, 8), 0}};
     cast.RegAnc(S(3), anc, S(3), QvMCast::kAncReflect, Txt("src"));
     cast.SetAncOffset(S(3), S(1));
     cast.SetAncStep(S(3), 0.25);
@@ -36,13 +35,11 @@ struct QvMCastDup : testing::Test {
     ASSERT_TRUE(d->aFrame && d->aColor[3] && d->orgCTable && d->orgPal && d->dft && d->anc);
     EXPECT_TRUE(d == r ||
                 (d->aFrame != r->aFrame && d->aColor[3] != r->aColor[3] && d->dft != r->dft));
-    EXPECT_TRUE(*d->orgCTable == table);
-    EXPECT_EQ(d->dft[1].pointB, tbPoint(4, 5));
-    EXPECT_EQ(d->anc[2].point, tbPoint(7, 8));
-    EXPECT_EQ((Vals{d->aFrame->CountMFrame(), d->fillIndex, d->dftLast, d->dftParam, d->dftFlag,
-                    d->ancLast, d->ancType, d->ancOffset, d->ancStep, d->scroll, d->scrStepH,
-                    d->scrStepV, d->actFlag, d->ancSelStart}),
-              (Vals{10, 8, 1, 9, 6, 2, 2, 1, 0.25, 6, 1.5, 2.5, 0, -1}));
+    EXPECT_EQ((Vals{*d->orgCTable == table, d->dft[1].pointB == tbPoint(4, 5),
+                    d->anc[2].point == tbPoint(7, 8), d->aFrame->CountMFrame(), d->fillIndex,
+                    d->dftLast, d->dftParam, d->dftFlag, d->ancLast, d->ancType, d->ancOffset,
+                    d->ancStep, d->scroll, d->scrStepH, d->scrStepV, d->actFlag, d->ancSelStart}),
+              (Vals{1, 1, 1, 10, 8, 1, 9, 6, 2, 2, 1, 0.25, 6, 1.5, 2.5, 0, -1}));
     EXPECT_TRUE(d->lists[4] == anim.get() && d->lists[3] == &fade && d->lists[5] == &dftList);
   }
   NoFailures guard;

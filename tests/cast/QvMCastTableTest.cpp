@@ -245,21 +245,13 @@ TEST_F(QvMCastTable, LookupByIdMatchesAWalkOfTheList) {
       const auto id = S(static_cast<int>(rng() % span) - 2);
       const unsigned op = rng() % 100;
       const int fail = rng() % 8 == 0 ? static_cast<int>(rng() % 3 + 1) : 0;
-      if (op < 45) {
-        FailAt(fail, [&] { return store.New(Txt("m")); });
-      } else if (op < 60) {
-        FailAt(fail, [&] { return store.New(id, nullptr); });
-      } else if (op < 75) {
-        store.Del(id);
-      } else if (op < 80) {
-        store.Lock(id);
-      } else if (op < 88) {
-        store.Unlock();
-      } else if (op < 90) {
-        store.SetStartEnd(id, step, step + 1);
-      } else if (op == 90 && rng() % 4 == 0) {
-        store.DelAll();
-      }
+      if (op < 45) FailAt(fail, [&] { return store.New(Txt("m")); });
+      if (op >= 45 && op < 60) FailAt(fail, [&] { return store.New(id, nullptr); });
+      if (op >= 60 && op < 75) store.Del(id);
+      if (op >= 75 && op < 80) store.Lock(id);
+      if (op >= 80 && op < 88) store.Unlock();
+      if (op >= 88 && op < 90) store.SetStartEnd(id, step, step + 1);
+      if (op == 90 && rng() % 4 == 0) store.DelAll();
       const bool locked = store.LockFlag() == 1;
       QvMCastInfo* locked_on = store.CurInfo();
       const auto probe = S(static_cast<int>(rng() % span) - 2);
