@@ -1,21 +1,25 @@
 #!/bin/sh
 # Runs the player in a real X server (Xvfb, started here on a free display)
 # on the demo scene, takes a screenshot at moment 150 and compares it with
-# what the render tool draws for that moment.
+# what the render tool draws for that moment, colour for colour, with
+# ImageMagick's compare (the picture sits at the screenshot's top-left
+# corner; the player's bar below it is not compared).
 #
-#   run.sh PLAYER RENDER DEMO_ASSETS COMPARE SCENE WORK_DIR
+#   run.sh PLAYER RENDER DEMO_ASSETS SCENE WORK_DIR
 #
-# Exit status 77 (skipped) when Xvfb is not installed.
+# Exit status 77 (skipped) when Xvfb or ImageMagick is not installed.
 set -u
-if [ $# -ne 6 ]; then
-  echo "usage: $0 PLAYER RENDER DEMO_ASSETS COMPARE SCENE WORK_DIR" >&2
+if [ $# -ne 5 ]; then
+  echo "usage: $0 PLAYER RENDER DEMO_ASSETS SCENE WORK_DIR" >&2
   exit 2
 fi
-player=$1 render=$2 assets=$3 compare=$4 scene=$5 work=$6
-if ! command -v Xvfb >/dev/null 2>&1; then
-  echo "Xvfb is not installed: skipped"
-  exit 77
-fi
+player=$1 render=$2 assets=$3 scene=$4 work=$5
+for tool in Xvfb compare identify; do
+  if ! command -v $tool >/dev/null 2>&1; then
+    echo "$tool is not installed: skipped"
+    exit 77
+  fi
+done
 scale=2
 here=$(cd "$(dirname "$0")" && pwd)
 # In sanitizer builds: what the system's libraries keep is not the player's.
@@ -49,5 +53,16 @@ echo "Xvfb on display $display"
 DISPLAY=$display SDL_VIDEODRIVER=x11 SDL_RENDER_DRIVER=software SDL_FRAMEBUFFER_ACCELERATION=0 \
   "$player" "$scene" --pictures "$work/assets" \
   --scale $scale --at 140 --frames 6 --screenshot "$work/player.png" --stats || exit 1
-"$render" "$scene" --pictures "$work/assets" --png-at 150 "$work/render.png" || exit 1
-"$compare" "$work/player.png" "$work/render.png" $scale
+"$render" "$scene" --pictures "$work/assets" --scale $scale --png-at 150 "$work/render.png" ||
+  exit 1
+size=$(identify -format '%wx%h' "$work/render.png") || exit 1
+shot=$(identify -format '%wx%h' "$work/player.png") || exit 1
+if [ "${shot%x*}" != "${size%x*}" ] || [ "${shot#*x}" -lt "${size#*x}" ]; then
+  echo "screenshot is $shot, expected ${size%x*} wide and at least ${size#*x} high"
+  exit 1
+fi
+# The number of pixels whose colours differ; compare exits 1 when any does.
+differ=$(compare -metric AE "$work/render.png" "$work/player.png[$size+0+0]" null: 2>&1)
+status=$?
+echo "pixels that differ: $differ of $size"
+exit $status
