@@ -202,16 +202,6 @@ TEST(GifReader, DecodesLzwAndRefusesBadFiles) {
   EXPECT_FALSE(tooltest::fs::exists(dir / "in.json"));
   EXPECT_FALSE(dir.HasPartial());
 
-  // The scene reader takes a GIF as a picture: its frames side by side.
-  WriteBytes(dir / "p.gif", good);
-  tooltest::WriteText(dir / "s.json",
-                      R"({"output": {"width": 2, "height": 2, "to": 0, "palette": "p"},
-    "pictures": {"p": "p.gif"},
-    "members": [{"name": "m", "picture": "p", "frames": [{"rect": [0, 0, 2, 2], "anchor": [0, 0]}], "position": [0, 0]}],
-    "layers": [{"members": ["m"]}]})");
-  ASSERT_EQ(Render(dir / "s.json --png-at 0 " + dir / "o.png -q", dir).exitCode, 0);
-  const Rgb out = ReadRgb(dir / "o.png");
-  EXPECT_TRUE(out.pixels == a.frames[0].rgb);
 }
 
 }  // namespace

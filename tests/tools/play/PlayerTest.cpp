@@ -277,7 +277,20 @@ TEST_F(Player, DigitsToggleLayers) {
   EXPECT_EQ(player.Message(), "no layer 10");
 }
 
+// Help and overlay are drawn over the picture only, never over the bar.
 TEST_F(Player, HelpOverlayQuitAndResize) {
+  Resize(80, 2);  // room for the help's lines
+  qvplay::DrawView(&player, &frame);
+  const Frame plain = frame;
+  // Window pixels from row y0 on that differ from the plain view.
+  auto changed = [&](int y0) {
+    qvplay::DrawView(&player, &frame);
+    long n = 0;
+    for (int y = y0; y < frame.Height(); ++y) {
+      for (int x = 0; x < frame.Width(); ++x) n += frame.At(x, y) != plain.At(x, y);
+    }
+    return n;
+  };
   // Handles the event; then whether the player goes on, shows the help, the overlay.
   auto expect = [&](const SDL_Event& event, bool goesOn, bool help, bool overlay) {
     const bool on = player.HandleEvent(event);
@@ -285,8 +298,11 @@ TEST_F(Player, HelpOverlayQuitAndResize) {
         << event.type;
   };
   expect(Key(SDLK_h), true, true, false);
+  EXPECT_GT(changed(0), 100);
+  EXPECT_EQ(changed(L().barY), 0);
   expect(Key(SDLK_ESCAPE), true, false, false);  // closes the help first
   expect(Key(SDLK_o), true, false, true);
+  EXPECT_GT(changed(0), 100);
   expect(Key(SDLK_o), true, false, false);
   expect(Key(SDLK_ESCAPE), false, false, false);
   expect(Key(SDLK_q), false, false, false);
@@ -536,27 +552,6 @@ TEST_F(Player, TheTimelineShowsTheCurrentMomentAndTheMemberRanges) {
   Press(SDLK_1);  // a hidden layer's members are greyed
   qvplay::DrawView(&player, &frame);
   EXPECT_EQ(Ints(Rgb(80, 80, 88), row1), Ints(frame.At(80, cursorY), frame.At(80, row1Y)));
-}
-
-TEST_F(Player, OverlayAndHelpAreDrawnOverThePictureOnly) {
-  Resize(80, 2);  // room for the help's lines
-  qvplay::DrawView(&player, &frame);
-  const Frame plain = frame;
-  // Window pixels from row y0 on that differ from the plain view.
-  auto changed = [&](int y0) {
-    qvplay::DrawView(&player, &frame);
-    long n = 0;
-    for (int y = y0; y < frame.Height(); ++y) {
-      for (int x = 0; x < frame.Width(); ++x) n += frame.At(x, y) != plain.At(x, y);
-    }
-    return n;
-  };
-  Press(SDLK_o);
-  EXPECT_GT(changed(0), 100);
-  Press(SDLK_o);
-  Press(SDLK_h);
-  EXPECT_GT(changed(0), 100);
-  EXPECT_EQ(changed(L().barY), 0);
 }
 
 TEST_F(Player, DrawTimeAndShownMomentsAreCounted) {
