@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
+#include <regex>
 
 #include "ToolTestUtil.h"
 #include "scene/MovieTime.h"
@@ -47,16 +47,11 @@ std::string ExpectGifShowsEveryMoment(const std::string& scene, const std::strin
 
 // The frames of a GIF as gifsicle --info lists them: "WxH" for each.
 std::vector<std::string> FrameSizes(const std::string& gif, const TempDir& dir) {
-  const RunResult r = RunCommand("gifsicle --info " + gif, dir);
+  const std::string info = RunCommand("gifsicle --info " + gif, dir).text;
+  const std::regex image(R"(\+ image #\d+ (\d+x\d+))");
   std::vector<std::string> sizes;
-  std::istringstream lines(r.text);
-  for (std::string line; std::getline(lines, line);) {
-    std::istringstream words(line);
-    std::string plus, image, number, size;
-    if (words >> plus >> image >> number >> size && plus == "+" && image == "image") {
-      sizes.push_back(size);
-    }
-  }
+  for (std::sregex_iterator m(info.begin(), info.end(), image), end; m != end; ++m)
+    sizes.push_back((*m)[1]);
   return sizes;
 }
 

@@ -193,6 +193,18 @@ TEST_F(Player, OpensStoppedAtTheFirstMomentAndDrawsWhatTheReaderDraws) {
   EXPECT_EQ(Ints(10, 0, 0, 9, 2, 30, 2, false),
             Ints(player.MomentCount(), player.Moment(), c.Top(), c.End(), c.Mode(), c.Speed(),
                  player.LayerCount(), player.Running()));
+  // Draw time and shown moments are counted.
+  EXPECT_EQ(player.DrawnMoments(), 0);
+  for (int k = 0; k < 6; ++k) {
+    if (k < 5) player.GoTo(k);  // the same picture presented again is not a new moment
+    qvplay::DrawView(&player, &frame);
+    player.MarkShown();
+  }
+  EXPECT_EQ(player.DrawnMoments(), 5);
+  EXPECT_EQ(player.ShownFps(), 5.0);
+  EXPECT_GE(player.DrawMs(), 0.0);
+  EXPECT_GE(player.MaxDrawMs(), player.DrawMs());
+  EXPECT_FALSE(player.NeedsRedraw());
   // The player's own walk over the visible layers draws what the reader draws.
   for (int k = 0; k < player.MomentCount(); ++k) {
     player.GoTo(k);
@@ -552,20 +564,6 @@ TEST_F(Player, TheTimelineShowsTheCurrentMomentAndTheMemberRanges) {
   Press(SDLK_1);  // a hidden layer's members are greyed
   qvplay::DrawView(&player, &frame);
   EXPECT_EQ(Ints(Rgb(80, 80, 88), row1), Ints(frame.At(80, cursorY), frame.At(80, row1Y)));
-}
-
-TEST_F(Player, DrawTimeAndShownMomentsAreCounted) {
-  EXPECT_EQ(player.DrawnMoments(), 0);
-  for (int k = 0; k < 6; ++k) {
-    if (k < 5) player.GoTo(k);  // the same picture presented again is not a new moment
-    qvplay::DrawView(&player, &frame);
-    player.MarkShown();
-  }
-  EXPECT_EQ(player.DrawnMoments(), 5);
-  EXPECT_EQ(player.ShownFps(), 5.0);
-  EXPECT_GE(player.DrawMs(), 0.0);
-  EXPECT_GE(player.MaxDrawMs(), player.DrawMs());
-  EXPECT_FALSE(player.NeedsRedraw());
 }
 
 }  // namespace

@@ -142,19 +142,16 @@ std::unique_ptr<TempDir> WebPage::dir_;
 std::string WebPage::scene_, WebPage::page_;
 RunResult WebPage::made_;
 
-TEST_F(WebPage, IsOneSmallFile) {
+// #t=T&s=2: moment T paused, twice enlarged. Every 2 x 2 block of the
+// canvas is one pixel of the render tool's moment, in its colour; and a
+// click anywhere names a member of the scene. The page is one small file.
+TEST_F(WebPage, CanvasMatchesTheRenderToolAtFixedMoments) {
   const std::string html = Slurp(page_);
   EXPECT_LE(html.size(), 400u * 1024u);
   // Nothing is fetched: no script, style or picture from elsewhere.
   EXPECT_FALSE(Contains(html, "<script src"));
   EXPECT_FALSE(Contains(html, "<link"));
   EXPECT_FALSE(Contains(html, "<img"));
-}
-
-// #t=T&s=2: moment T paused, twice enlarged. Every 2 x 2 block of the
-// canvas is one pixel of the render tool's moment, in its colour; and a
-// click anywhere names a member of the scene.
-TEST_F(WebPage, CanvasMatchesTheRenderToolAtFixedMoments) {
   std::set<std::string> names;
   const nlohmann::json scene = ReadJson(scene_);
   for (const auto& m : scene["members"]) names.insert(m["name"].get<std::string>());
