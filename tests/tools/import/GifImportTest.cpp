@@ -201,7 +201,6 @@ TEST(GifReader, DecodesLzwAndRefusesBadFiles) {
   EXPECT_TRUE(ReadBytes(dir / "in.png") == good);
   EXPECT_FALSE(tooltest::fs::exists(dir / "in.json"));
   EXPECT_FALSE(dir.HasPartial());
-
 }
 
 }  // namespace

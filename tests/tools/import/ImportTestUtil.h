@@ -170,8 +170,8 @@ inline Bytes MakeIff(bool chunky, int width, int height, int planes, int masking
                      const std::vector<int>& pixels, const std::vector<bool>& opaque, int colors,
                      std::uint32_t camg = 0) {
   const std::uint32_t w = width, h = height;
-  const Bytes bmhd = Fields(
-      {{w, 2}, {h, 2}, {0, 4}, {planes, 1}, {masking, 1}, {0, 4}, {10, 1}, {11, 1}, {w, 2}, {h, 2}});
+  Bytes bmhd = Fields({{w, 2}, {h, 2}, {0, 4}, {planes, 1}, {masking, 1}});
+  Append(&bmhd, Fields({{0, 4}, {10, 1}, {11, 1}, {w, 2}, {h, 2}}));
   Bytes cmap;
   for (int i = 0; i < colors; ++i)
     cmap.insert(cmap.end(),
