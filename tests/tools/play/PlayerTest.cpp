@@ -379,18 +379,6 @@ TEST_F(Player, ClickNamesTheTopmostMemberOfTheVisibleLayersAtTheMoment) {
   EXPECT_EQ(Click(2, 1), "spr");
 }
 
-TEST_F(Player, OpeningFindsPicturesInTheDirectoryGivenAndWatchesThem) {
-  TempDir elsewhere;
-  WriteText(elsewhere / "scene.json", SceneText());
-  qvscene::LoadOptions options;
-  options.pictureDir = dir.Path();
-  std::string error;
-  int status = 0;
-  ASSERT_TRUE(player.Open(elsewhere / "scene.json", options, &error, &status)) << error;
-  EXPECT_EQ(player.WatchedFiles(),
-            (std::vector<std::string>{elsewhere / "scene.json", dir / "pal.png", dir / "spr.png"}));
-}
-
 TEST_F(Player, ChangedFilesAreReloadedAtTheSameMomentWithTheSameLayersAndRunState) {
   player.GoTo(4);
   const Picture good = Reference(Scene(), 4);
@@ -430,6 +418,16 @@ TEST_F(Player, ChangedFilesAreReloadedAtTheSameMomentWithTheSameLayersAndRunStat
   Press(SDLK_r);
   EXPECT_EQ(Differs(4), 0);
   EXPECT_EQ(player.Message(), "reloaded " + Scene());
+  // Opening finds the pictures in the directory given and watches them.
+  TempDir elsewhere;
+  WriteText(elsewhere / "scene.json", SceneText());
+  qvscene::LoadOptions options;
+  options.pictureDir = dir.Path();
+  std::string error;
+  int status = 0;
+  ASSERT_TRUE(player.Open(elsewhere / "scene.json", options, &error, &status)) << error;
+  EXPECT_EQ(player.WatchedFiles(),
+            (std::vector<std::string>{elsewhere / "scene.json", dir / "pal.png", dir / "spr.png"}));
 }
 
 TEST_F(Player, BrokenScenesKeepTheLastGoodOneAndShowTheirErrorUntilFixed) {
