@@ -1,7 +1,7 @@
 // The render tool's GIFs decoded by another program (Python's Pillow) and
 // compared, frame by frame and colour by colour, with the same moments
-// written directly by the tool as indexed PNG files (--png-at): on the demo
-// and on a scene made to stress the frame differences (colour tables that
+// written directly by the tool as indexed PNG files (--png-at), on a scene
+// made to stress the frame differences (colour tables that
 // change where the indices do not, members that appear and vanish, frames
 // identical to the one before).
 
@@ -53,18 +53,6 @@ std::vector<std::string> FrameSizes(const std::string& gif, const TempDir& dir) 
   for (std::sregex_iterator m(info.begin(), info.end(), image), end; m != end; ++m)
     sizes.push_back((*m)[1]);
   return sizes;
-}
-
-TEST(GifDecode, DemoFramesShowTheMomentsColourForColour) {
-  if (!*QV_PYTHON3) GTEST_SKIP() << "Python with Pillow (python3-pil) is needed";
-  TempDir dir;
-  ASSERT_EQ(0, RunCommand(std::string(QV_DEMO_ASSETS_TOOL) + " " + dir / "assets", dir).exitCode);
-  const std::string scene = std::string(QV_EXAMPLES_DIR) + "/demo.json";
-  qvscene::LoadOptions options;
-  options.pictureDir = dir / "assets";
-  const std::vector<std::int32_t> times = qvscene::LoadScene(scene, options)->Times();
-  ASSERT_EQ(120u, times.size());
-  ExpectGifShowsEveryMoment(scene, "--pictures " + dir / "assets", times, dir);
 }
 
 // On the tiny pictures: the background member cycles indices 4 to 7 (its
