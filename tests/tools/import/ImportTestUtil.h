@@ -214,17 +214,12 @@ inline Bytes MakeGif(int width, int height, const std::vector<int>& codes) {
     g.push_back(static_cast<unsigned char>(v));
     g.push_back(static_cast<unsigned char>(v >> 8));
   };
-  le16(width);
-  le16(height);
+  for (int v : {width, height}) le16(v);
   g.insert(g.end(), {0x81, 0, 0});
   for (int i = 0; i < 4; ++i) g.insert(g.end(), {static_cast<unsigned char>(i * 80), 0, 0});
   g.push_back(0x2C);
-  le16(0);
-  le16(0);
-  le16(width);
-  le16(height);
-  g.push_back(0);
-  g.push_back(2);
+  for (int v : {0, 0, width, height}) le16(v);
+  g.insert(g.end(), {0, 2});  // no local table; minimum code size 2
   Bytes data;
   std::uint32_t acc = 0;
   int bits = 0;
@@ -255,8 +250,7 @@ inline Bytes MakeGif(int width, int height, const std::vector<int>& codes) {
     g.insert(g.end(), data.begin() + static_cast<std::ptrdiff_t>(i),
              data.begin() + static_cast<std::ptrdiff_t>(i + n));
   }
-  g.push_back(0);
-  g.push_back(0x3B);
+  g.insert(g.end(), {0, 0x3B});
   return g;
 }
 
