@@ -248,7 +248,8 @@ TEST_F(TinySceneRender, BadUsageExitsTwoAndHelpZero) {
 }
 
 // The bundled demo, rendered from pictures made by its generator, compared
-// frame by frame with what the library draws for the same moments.
+// frame by frame with what the library draws for the same moments, decoded
+// by giflib and (where it is installed) by Pillow.
 TEST(DemoRender, EveryFrameMatchesTheLibraryAndTheMovieLastsEightSeconds) {
   TempDir dir;
   ASSERT_EQ(0, RunCommand(std::string(QV_DEMO_ASSETS_TOOL) + " " + dir / "assets", dir).exitCode);
@@ -268,10 +269,15 @@ TEST(DemoRender, EveryFrameMatchesTheLibraryAndTheMovieLastsEightSeconds) {
             Ints(gif->SWidth, gif->SHeight, gif->ImageCount, LoopCount(dir / "demo.gif")));
   int total = 0;
   const auto shown = Composed(gif.get());
+  // Python's Pillow, another decoder, shows the same frames.
+  const PillowGif pillow =
+      *QV_PYTHON3 ? DecodeWithPillow(QV_PYTHON3, dir / "demo.gif", dir) : PillowGif{shown, {}};
+  ASSERT_EQ(pillow.frames.size(), 120u);
   for (int k = 0; k < gif->ImageCount; ++k) {
     Picture expected;
     ASSERT_TRUE(scene->Render(times[static_cast<std::size_t>(k)], &expected));
     EXPECT_TRUE(ToRgb(expected) == shown[static_cast<std::size_t>(k)]) << "moment " << times[k];
+    EXPECT_TRUE(ToRgb(expected) == pillow.frames[static_cast<std::size_t>(k)]) << times[k];
     const GraphicsControlBlock gcb = Gcb(gif.get(), k);
     EXPECT_TRUE(gcb.DelayTime == 6 || gcb.DelayTime == 7) << gcb.DelayTime;
     total += gcb.DelayTime;

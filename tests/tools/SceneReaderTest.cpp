@@ -57,7 +57,7 @@ void WritePalettePng(const std::string& path, int entries) {
   ASSERT_TRUE(png_image_write_to_file(&image, path.c_str(), 0, pixels.data(), 0, colormap.data()));
 }
 
-TEST(PngIO, IndexedPicturesRoundTripAndShortPalettesLeaveTheRestBlack) {
+TEST(PngIO, IndexedPicturesRoundTripShortPalettesTurnBlackOthersAreRefused) {
   TempDir dir;
   const Picture p = MakePicture(3, 2, {0, 1, 2, 253, 254, 255});
   SavePicture(dir / "p.png", p);
@@ -72,12 +72,9 @@ TEST(PngIO, IndexedPicturesRoundTripAndShortPalettesLeaveTheRestBlack) {
   ASSERT_TRUE(qvscene::ReadIndexedPng(dir / "short.png", &q, &error)) << error;
   EXPECT_EQ(Ints(20, 255, 0, 0, 1),
             Ints(q.paletteCount, q.palette[1][0], q.palette[2][0], q.palette[200][0], q.At(3, 1)));
-}
 
-TEST(PngIO, OtherFilesAreRefusedWithTheirReason) {
-  TempDir dir;
+  // Other files are refused with their reason.
   WritePalettePng(dir / "four.png", 16);
-  std::string error;
   WriteText(dir / "text.png", "hello, not a picture");
   // A PNG cut short is reported, not read past its end.
   SavePicture(dir / "whole.png", MakePicture(64, 64, {}));

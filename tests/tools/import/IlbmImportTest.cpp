@@ -20,7 +20,7 @@ qvimport::IlbmImage Decode(const Bytes& b) { return qvimport::ReadIlbm(b.data(),
 // netpbm writes the file at 1, 3, 5 and 8 planes, with and without ByteRun1,
 // at odd widths; every pixel that the import renders has the colour that
 // netpbm's own decoder gives it.
-TEST(IlbmFromNetpbm, EveryPixelHasTheColourIlbmtoppmDecodes) {
+TEST(IlbmFromNetpbm, EveryPixelHasTheColourAndMaskIlbmtoppmDecodes) {
   if (!Have("ppmtoilbm") || !Have("ilbmtoppm")) GTEST_SKIP() << "netpbm is not installed";
   TempDir dir;
   for (int planes : {1, 3, 5, 8}) {
@@ -43,14 +43,10 @@ TEST(IlbmFromNetpbm, EveryPixelHasTheColourIlbmtoppmDecodes) {
       EXPECT_TRUE(got.pixels == want.pixels);
     }
   }
-}
 
-// A mask plane written by ppmtoilbm: the pixels that netpbm's decoder calls
-// transparent (white in its mask) are exactly those of the member's
-// transparent index, and the others have ilbmtoppm's colours.
-TEST(IlbmFromNetpbm, MaskPlaneMatchesIlbmtoppmsMask) {
-  if (!Have("ppmtoilbm") || !Have("ilbmtoppm")) GTEST_SKIP() << "netpbm is not installed";
-  TempDir dir;
+  // A mask plane written by ppmtoilbm: the pixels that netpbm's decoder calls
+  // transparent (white in its mask) are exactly those of the member's
+  // transparent index, and the others have ilbmtoppm's colours.
   const int w = 21;
   const int h = 9;
   WritePpm(dir / "in.ppm", RandomPicture(w, h, 16, 5));
@@ -222,27 +218,44 @@ TEST(IlbmReader, BadFilesAreRefusedWithChunkAndOffset) {
   EXPECT_FALSE(tooltest::fs::exists(dir / "out"));
 }
 
-// The scene reader takes an ILBM file as a picture by its content.
-TEST(IlbmReader, SceneReaderTakesIlbmPictures) {
-  TempDir dir;
+// The scene reader takes a GIF (its frames side by side) or an ILBM file as a
+// picture by its content; a broken one is a fault of the scene, named with its
+// JSON path. Both writers give colour i a colour of its own.
+TEST(SceneReaderPictures, GifAndIlbmAreReadByContent) {
   const std::vector<int> px{0, 1, 2, 3, 3, 2, 1, 0};
-  WriteBytes(dir / "p.iff", MakeIff(false, 4, 2, 2, 0, px, {}, 4));
-  tooltest::WriteText(dir / "s.json",
-                      R"({"output": {"width": 4, "height": 2, "to": 0, "palette": "p"},
-    "pictures": {"p": "p.iff"},
-    "members": [{"name": "m", "picture": "p", "frames": [{"rect": [0, 0, 4, 2], "anchor": [0, 0]}], "position": [0, 0]}],
-    "layers": [{"members": ["m"]}]})");
-  ASSERT_EQ(Render(dir / "s.json --png-at 0 " + dir / "o.png -q", dir).exitCode, 0);
-  const qvscene::Picture out = ReadPng(dir / "o.png");
-  EXPECT_EQ(std::vector<int>(out.pixels.begin(), out.pixels.end()), px);
-  EXPECT_EQ(Ints(out.palette[3][0], out.palette[3][1], out.palette[3][2]), Ints(120, 195, 21));
+  const struct {
+    const char* name;
+    Bytes file;
+    int width;
+    std::vector<int> pixels;
+    const char* cutMessage;
+  } cases[] = {{"p.iff", MakeIff(false, 4, 2, 2, 0, px, {}, 4), 4, px, "chunk FORM at byte 4"},
+               {"p.gif", MakeGif(2, 2, {4, 1, 1, 6, 5}), 2, {1, 1, 1, 1}, "image block 1"}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    TempDir dir;
+    WriteBytes(dir / c.name, c.file);
+    tooltest::WriteText(dir / "s.json", R"({"output": {"width": )" + std::to_string(c.width) +
+                                            R"(, "height": 2, "to": 0, "palette": "p"},
+      "pictures": {"p": ")" + c.name + R"("}, "layers": [{"members": ["m"]}],
+      "members": [{"name": "m", "picture": "p", "frames": [{"rect": [0, 0, )" +
+                                            std::to_string(c.width) +
+                                            R"(, 2], "anchor": [0, 0]}], "position": [0, 0]}]})");
+    ASSERT_EQ(Render(dir / "s.json --png-at 0 " + dir / "o.png -q", dir).exitCode, 0);
+    const Rgb out = ReadRgb(dir / "o.png");
+    Bytes want;
+    const bool gif = c.name[2] == 'g';
+    for (int i : c.pixels)
+      want.insert(want.end(), {static_cast<unsigned char>(i * (gif ? 80 : 40)),
+                               static_cast<unsigned char>(gif ? 0 : 255 - i * 20),
+                               static_cast<unsigned char>(gif ? 0 : i * 7)});
+    EXPECT_TRUE(out.pixels == want);
 
-  // A broken one is a fault of the scene, named with its JSON path.
-  const Bytes cut = MakeIff(false, 4, 2, 2, 0, px, {}, 4);
-  WriteBytes(dir / "p.iff", Bytes(cut.begin(), cut.begin() + 30));
-  const RunResult r = Render(dir / "s.json --png-at 0 " + dir / "o.png -q", dir);
-  EXPECT_EQ(r.exitCode, 2);
-  EXPECT_TRUE(Contains(r.text, "/pictures/p: '" + dir / "p.iff': chunk FORM at byte 4")) << r.text;
+    WriteBytes(dir / c.name, Bytes(c.file.begin(), c.file.begin() + 30));
+    const RunResult r = Render(dir / "s.json --png-at 0 " + dir / "o.png -q", dir);
+    EXPECT_EQ(r.exitCode, 2);
+    EXPECT_TRUE(Contains(r.text, "/pictures/p: '" + dir / c.name + "': " + c.cutMessage)) << r.text;
+  }
 }
 
 // The example scenes in the repository are what the import makes of the

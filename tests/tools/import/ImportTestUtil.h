@@ -108,17 +108,17 @@ inline Rgb RandomPicture(int width, int height, int colors, unsigned seed) {
   return img;
 }
 
-inline void Be32(Bytes* b, std::uint32_t v) {
-  for (int s = 24; s >= 0; s -= 8) b->push_back(static_cast<unsigned char>(v >> s));
-}
-inline void Be16(Bytes* b, int v) {
-  b->push_back(static_cast<unsigned char>(v >> 8));
-  b->push_back(static_cast<unsigned char>(v));
+// Big-endian fields, each a value and its width in bytes.
+inline Bytes Fields(std::initializer_list<std::pair<std::uint32_t, int>> fields) {
+  Bytes b;
+  for (const auto& [v, n] : fields)
+    for (int s = 8 * (n - 1); s >= 0; s -= 8) b.push_back(static_cast<unsigned char>(v >> s));
+  return b;
 }
 inline void Append(Bytes* b, const Bytes& more) { b->insert(b->end(), more.begin(), more.end()); }
 inline Bytes Chunk(const char* id, const Bytes& body) {
   Bytes c(id, id + 4);
-  Be32(&c, static_cast<std::uint32_t>(body.size()));
+  Append(&c, Fields({{static_cast<std::uint32_t>(body.size()), 4}}));
   Append(&c, body);
   if (body.size() & 1) c.push_back(0);
   return c;
@@ -139,32 +139,22 @@ inline Bytes InsertChunks(const Bytes& file, const Bytes& chunks) {
   return out;
 }
 inline Bytes Crng(int low, int high, int rate, bool active, bool reverse) {
-  Bytes b;
-  for (int v : {0, rate, (active ? 1 : 0) | (reverse ? 2 : 0)}) Be16(&b, v);
-  b.insert(b.end(), {static_cast<unsigned char>(low), static_cast<unsigned char>(high)});
-  return Chunk("CRNG", b);
+  const std::uint32_t flags = (active ? 1 : 0) | (reverse ? 2 : 0);
+  return Chunk("CRNG", Fields({{0, 2}, {rate, 2}, {flags, 2}, {low, 1}, {high, 1}}));
 }
 inline Bytes Ccrt(int direction, int low, int high, std::uint32_t seconds, std::uint32_t micro) {
-  Bytes b;
-  Be16(&b, direction);
-  b.insert(b.end(), {static_cast<unsigned char>(low), static_cast<unsigned char>(high)});
-  Be32(&b, seconds);
-  Be32(&b, micro);
-  Be16(&b, 0);
-  return Chunk("CCRT", b);
+  return Chunk("CCRT",
+               Fields({{direction, 2}, {low, 1}, {high, 1}, {seconds, 4}, {micro, 4}, {0, 2}}));
 }
 // A DRNG whose cells low ... high show the registers regs (-1: none), and
 // whose cells listed in trueCells start with the given colours instead.
 inline Bytes Drng(int low, int high, int rate, const std::vector<int>& regs,
                   const std::vector<std::pair<int, std::uint32_t>>& trueCells) {
-  Bytes b{static_cast<unsigned char>(low), static_cast<unsigned char>(high)};
-  Be16(&b, rate);
-  Be16(&b, 1);
+  Bytes b = Fields({{low, 1}, {high, 1}, {rate, 2}, {1, 2}});
   b.push_back(static_cast<unsigned char>(trueCells.size()));
   b.push_back(static_cast<unsigned char>(regs.size() - std::count(regs.begin(), regs.end(), -1)));
   for (const auto& t : trueCells) {
-    b.push_back(static_cast<unsigned char>(t.first));
-    for (int s = 16; s >= 0; s -= 8) b.push_back(static_cast<unsigned char>(t.second >> s));
+    Append(&b, Fields({{t.first, 1}, {t.second, 3}}));
   }
   for (std::size_t i = 0; i < regs.size(); ++i) {
     if (regs[i] >= 0)
@@ -179,14 +169,9 @@ inline Bytes Drng(int low, int high, int rate, const std::vector<int>& regs,
 inline Bytes MakeIff(bool chunky, int width, int height, int planes, int masking,
                      const std::vector<int>& pixels, const std::vector<bool>& opaque, int colors,
                      std::uint32_t camg = 0) {
-  Bytes bmhd;
-  Be16(&bmhd, width);
-  Be16(&bmhd, height);
-  Be32(&bmhd, 0);
-  bmhd.insert(bmhd.end(), {static_cast<unsigned char>(planes), static_cast<unsigned char>(masking),
-                           0, 0, 0, 0, 10, 11});
-  Be16(&bmhd, width);
-  Be16(&bmhd, height);
+  const std::uint32_t w = width, h = height;
+  Bytes bmhd = Fields({{w, 2}, {h, 2}, {0, 4}, {planes, 1}, {masking, 1}});
+  Append(&bmhd, Fields({{0, 4}, {10, 1}, {11, 1}, {w, 2}, {h, 2}}));
   Bytes cmap;
   for (int i = 0; i < colors; ++i)
     cmap.insert(cmap.end(),
@@ -215,16 +200,9 @@ inline Bytes MakeIff(bool chunky, int width, int height, int planes, int masking
   Bytes all(chunky ? "PBM " : "ILBM", (chunky ? "PBM " : "ILBM") + 4);
   Append(&all, Chunk("BMHD", bmhd));
   Append(&all, Chunk("CMAP", cmap));
-  if (camg) {
-    Bytes v;
-    Be32(&v, camg);
-    Append(&all, Chunk("CAMG", v));
-  }
+  if (camg) Append(&all, Chunk("CAMG", Fields({{camg, 4}})));
   Append(&all, Chunk("BODY", body));
-  Bytes file{'F', 'O', 'R', 'M'};
-  Be32(&file, static_cast<std::uint32_t>(all.size()));
-  Append(&file, all);
-  return file;
+  return Chunk("FORM", all);
 }
 
 // A one-image GIF of width x height with a 4-colour global table and the
@@ -236,17 +214,12 @@ inline Bytes MakeGif(int width, int height, const std::vector<int>& codes) {
     g.push_back(static_cast<unsigned char>(v));
     g.push_back(static_cast<unsigned char>(v >> 8));
   };
-  le16(width);
-  le16(height);
+  for (int v : {width, height}) le16(v);
   g.insert(g.end(), {0x81, 0, 0});
   for (int i = 0; i < 4; ++i) g.insert(g.end(), {static_cast<unsigned char>(i * 80), 0, 0});
   g.push_back(0x2C);
-  le16(0);
-  le16(0);
-  le16(width);
-  le16(height);
-  g.push_back(0);
-  g.push_back(2);
+  for (int v : {0, 0, width, height}) le16(v);
+  g.insert(g.end(), {0, 2});  // no local table; minimum code size 2
   Bytes data;
   std::uint32_t acc = 0;
   int bits = 0;
@@ -277,8 +250,7 @@ inline Bytes MakeGif(int width, int height, const std::vector<int>& codes) {
     g.insert(g.end(), data.begin() + static_cast<std::ptrdiff_t>(i),
              data.begin() + static_cast<std::ptrdiff_t>(i + n));
   }
-  g.push_back(0);
-  g.push_back(0x3B);
+  g.insert(g.end(), {0, 0x3B});
   return g;
 }
 

@@ -193,6 +193,18 @@ TEST_F(Player, OpensStoppedAtTheFirstMomentAndDrawsWhatTheReaderDraws) {
   EXPECT_EQ(Ints(10, 0, 0, 9, 2, 30, 2, false),
             Ints(player.MomentCount(), player.Moment(), c.Top(), c.End(), c.Mode(), c.Speed(),
                  player.LayerCount(), player.Running()));
+  // Draw time and shown moments are counted.
+  EXPECT_EQ(player.DrawnMoments(), 0);
+  for (int k = 0; k < 6; ++k) {
+    if (k < 5) player.GoTo(k);  // the same picture presented again is not a new moment
+    qvplay::DrawView(&player, &frame);
+    player.MarkShown();
+  }
+  EXPECT_EQ(player.DrawnMoments(), 5);
+  EXPECT_EQ(player.ShownFps(), 5.0);
+  EXPECT_GE(player.DrawMs(), 0.0);
+  EXPECT_GE(player.MaxDrawMs(), player.DrawMs());
+  EXPECT_FALSE(player.NeedsRedraw());
   // The player's own walk over the visible layers draws what the reader draws.
   for (int k = 0; k < player.MomentCount(); ++k) {
     player.GoTo(k);
@@ -277,7 +289,20 @@ TEST_F(Player, DigitsToggleLayers) {
   EXPECT_EQ(player.Message(), "no layer 10");
 }
 
+// Help and overlay are drawn over the picture only, never over the bar.
 TEST_F(Player, HelpOverlayQuitAndResize) {
+  Resize(80, 2);  // room for the help's lines
+  qvplay::DrawView(&player, &frame);
+  const Frame plain = frame;
+  // Window pixels from row y0 on that differ from the plain view.
+  auto changed = [&](int y0) {
+    qvplay::DrawView(&player, &frame);
+    long n = 0;
+    for (int y = y0; y < frame.Height(); ++y) {
+      for (int x = 0; x < frame.Width(); ++x) n += frame.At(x, y) != plain.At(x, y);
+    }
+    return n;
+  };
   // Handles the event; then whether the player goes on, shows the help, the overlay.
   auto expect = [&](const SDL_Event& event, bool goesOn, bool help, bool overlay) {
     const bool on = player.HandleEvent(event);
@@ -285,8 +310,11 @@ TEST_F(Player, HelpOverlayQuitAndResize) {
         << event.type;
   };
   expect(Key(SDLK_h), true, true, false);
+  EXPECT_GT(changed(0), 100);
+  EXPECT_EQ(changed(L().barY), 0);
   expect(Key(SDLK_ESCAPE), true, false, false);  // closes the help first
   expect(Key(SDLK_o), true, false, true);
+  EXPECT_GT(changed(0), 100);
   expect(Key(SDLK_o), true, false, false);
   expect(Key(SDLK_ESCAPE), false, false, false);
   expect(Key(SDLK_q), false, false, false);
@@ -351,18 +379,6 @@ TEST_F(Player, ClickNamesTheTopmostMemberOfTheVisibleLayersAtTheMoment) {
   EXPECT_EQ(Click(2, 1), "spr");
 }
 
-TEST_F(Player, OpeningFindsPicturesInTheDirectoryGivenAndWatchesThem) {
-  TempDir elsewhere;
-  WriteText(elsewhere / "scene.json", SceneText());
-  qvscene::LoadOptions options;
-  options.pictureDir = dir.Path();
-  std::string error;
-  int status = 0;
-  ASSERT_TRUE(player.Open(elsewhere / "scene.json", options, &error, &status)) << error;
-  EXPECT_EQ(player.WatchedFiles(),
-            (std::vector<std::string>{elsewhere / "scene.json", dir / "pal.png", dir / "spr.png"}));
-}
-
 TEST_F(Player, ChangedFilesAreReloadedAtTheSameMomentWithTheSameLayersAndRunState) {
   player.GoTo(4);
   const Picture good = Reference(Scene(), 4);
@@ -402,6 +418,16 @@ TEST_F(Player, ChangedFilesAreReloadedAtTheSameMomentWithTheSameLayersAndRunStat
   Press(SDLK_r);
   EXPECT_EQ(Differs(4), 0);
   EXPECT_EQ(player.Message(), "reloaded " + Scene());
+  // Opening finds the pictures in the directory given and watches them.
+  TempDir elsewhere;
+  WriteText(elsewhere / "scene.json", SceneText());
+  qvscene::LoadOptions options;
+  options.pictureDir = dir.Path();
+  std::string error;
+  int status = 0;
+  ASSERT_TRUE(player.Open(elsewhere / "scene.json", options, &error, &status)) << error;
+  EXPECT_EQ(player.WatchedFiles(),
+            (std::vector<std::string>{elsewhere / "scene.json", dir / "pal.png", dir / "spr.png"}));
 }
 
 TEST_F(Player, BrokenScenesKeepTheLastGoodOneAndShowTheirErrorUntilFixed) {
@@ -536,41 +562,6 @@ TEST_F(Player, TheTimelineShowsTheCurrentMomentAndTheMemberRanges) {
   Press(SDLK_1);  // a hidden layer's members are greyed
   qvplay::DrawView(&player, &frame);
   EXPECT_EQ(Ints(Rgb(80, 80, 88), row1), Ints(frame.At(80, cursorY), frame.At(80, row1Y)));
-}
-
-TEST_F(Player, OverlayAndHelpAreDrawnOverThePictureOnly) {
-  Resize(80, 2);  // room for the help's lines
-  qvplay::DrawView(&player, &frame);
-  const Frame plain = frame;
-  // Window pixels from row y0 on that differ from the plain view.
-  auto changed = [&](int y0) {
-    qvplay::DrawView(&player, &frame);
-    long n = 0;
-    for (int y = y0; y < frame.Height(); ++y) {
-      for (int x = 0; x < frame.Width(); ++x) n += frame.At(x, y) != plain.At(x, y);
-    }
-    return n;
-  };
-  Press(SDLK_o);
-  EXPECT_GT(changed(0), 100);
-  Press(SDLK_o);
-  Press(SDLK_h);
-  EXPECT_GT(changed(0), 100);
-  EXPECT_EQ(changed(L().barY), 0);
-}
-
-TEST_F(Player, DrawTimeAndShownMomentsAreCounted) {
-  EXPECT_EQ(player.DrawnMoments(), 0);
-  for (int k = 0; k < 6; ++k) {
-    if (k < 5) player.GoTo(k);  // the same picture presented again is not a new moment
-    qvplay::DrawView(&player, &frame);
-    player.MarkShown();
-  }
-  EXPECT_EQ(player.DrawnMoments(), 5);
-  EXPECT_EQ(player.ShownFps(), 5.0);
-  EXPECT_GE(player.DrawMs(), 0.0);
-  EXPECT_GE(player.MaxDrawMs(), player.DrawMs());
-  EXPECT_FALSE(player.NeedsRedraw());
 }
 
 }  // namespace

@@ -142,19 +142,16 @@ std::unique_ptr<TempDir> WebPage::dir_;
 std::string WebPage::scene_, WebPage::page_;
 RunResult WebPage::made_;
 
-TEST_F(WebPage, IsOneSmallFile) {
+// #t=T&s=2: moment T paused, twice enlarged. Every 2 x 2 block of the
+// canvas is one pixel of the render tool's moment, in its colour; and a
+// click anywhere names a member of the scene. The page is one small file.
+TEST_F(WebPage, CanvasMatchesTheRenderToolAtFixedMoments) {
   const std::string html = Slurp(page_);
   EXPECT_LE(html.size(), 400u * 1024u);
   // Nothing is fetched: no script, style or picture from elsewhere.
   EXPECT_FALSE(Contains(html, "<script src"));
   EXPECT_FALSE(Contains(html, "<link"));
   EXPECT_FALSE(Contains(html, "<img"));
-}
-
-// #t=T&s=2: moment T paused, twice enlarged. Every 2 x 2 block of the
-// canvas is one pixel of the render tool's moment, in its colour; and a
-// click anywhere names a member of the scene.
-TEST_F(WebPage, CanvasMatchesTheRenderToolAtFixedMoments) {
   std::set<std::string> names;
   const nlohmann::json scene = ReadJson(scene_);
   for (const auto& m : scene["members"]) names.insert(m["name"].get<std::string>());
@@ -172,7 +169,7 @@ TEST_F(WebPage, CanvasMatchesTheRenderToolAtFixedMoments) {
 // name has spaces and exported by a relative path from another folder: a
 // page of at most 400 KB whose canvas at two moments of the cycles (only
 // the colours differ) is the render tool's.
-TEST_F(WebPage, FallsFromAFolderWithSpaces) {
+TEST_F(WebPage, FallsFromAFolderWithSpacesAndFromAnIlbmPicture) {
   const std::string folder = *dir_ / "my scenes", scene = folder + "/falls scene.json";
   fs::create_directories(folder);
   fs::create_directories(*dir_ / "elsewhere");
@@ -186,18 +183,15 @@ TEST_F(WebPage, FallsFromAFolderWithSpaces) {
   EXPECT_LE(fs::file_size(page), 400u * 1024u);
   const RgbImage first = ReadRgb(ExpectMoment(page, scene, 0, 2));
   EXPECT_NE(first.pixels, ReadRgb(ExpectMoment(page, scene, 146, 2)).pixels);
-}
-
-// The imported waterfall with its ILBM picture in place of the PNG one
-// (the scene reader takes either): the page embeds the decoded picture and
-// draws the render tool's moment.
-TEST_F(WebPage, SceneWithAnIlbmPicture) {
+  // The imported waterfall with its ILBM picture in place of the PNG one
+  // (the scene reader takes either): the page embeds the decoded picture and
+  // draws the render tool's moment.
   const std::string import = std::string(QV_EXAMPLES_DIR) + "/import/";
-  const std::string scene = *dir_ / "ilbm.json", page = *dir_ / "ilbm.html";
-  WriteText(scene, Replace(Slurp(import + "waterfall.json"), "waterfall.png", "waterfall.lbm"));
+  const std::string ilbm = *dir_ / "ilbm.json", ilbmPage = *dir_ / "ilbm.html";
+  WriteText(ilbm, Replace(Slurp(import + "waterfall.json"), "waterfall.png", "waterfall.lbm"));
   fs::copy_file(import + "waterfall.lbm", *dir_ / "waterfall.lbm");
-  ASSERT_EQ(RenderTool(scene + " --html " + page, *dir_), "0 ");
-  ExpectMoment(page, scene, 40, 2);
+  ASSERT_EQ(RenderTool(ilbm + " --html " + ilbmPage, *dir_), "0 ");
+  ExpectMoment(ilbmPage, ilbm, 40, 2);
 }
 
 // The player's keys, pressed on the page paused at moment 110: right,
