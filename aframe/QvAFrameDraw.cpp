@@ -11,6 +11,7 @@
 #include "aframe/QvAFrameLocal.h"
 #include "aframe/QvAFrameRows.h"
 #include "cast/QvMCast.h"
+#include "toolbox/QvCopyLocal.h"
 #include "toolbox/QvPal.h"
 #include "toolbox/QvPlatform.h"
 #include "toolbox/QvRgn.h"
@@ -168,32 +169,14 @@ void KeyedCopy(tbPixMap* src, tbPixMap* dst, const tbRect& srcRect, const tbRect
   if (!src || !dst || !src->TopAddr() || !dst->TopAddr()) return;
   const tbRect& sb = src->Bounds();
   const tbRect& db = dst->Bounds();
-  std::int64_t sx = srcRect.left, sy = srcRect.top;
-  std::int64_t dx = dstRect.left, dy = dstRect.top;
-  std::int64_t w = std::min(static_cast<std::int64_t>(srcRect.right) - srcRect.left,
-                            static_cast<std::int64_t>(dstRect.right) - dstRect.left);
-  std::int64_t h = std::min(static_cast<std::int64_t>(srcRect.bottom) - srcRect.top,
-                            static_cast<std::int64_t>(dstRect.bottom) - dstRect.top);
-  auto clip = [](std::int64_t& a, std::int64_t& c, std::int64_t& extent, std::int64_t lo,
-                 std::int64_t hi) {
-    if (a < lo) {
-      const std::int64_t d = lo - a;
-      a += d;
-      c += d;
-      extent -= d;
-    }
-    if (a + extent > hi) extent = hi - a;
-  };
-  clip(sx, dx, w, sb.left, sb.right);
-  clip(sy, dy, h, sb.top, sb.bottom);
-  clip(dx, sx, w, db.left, db.right);
-  clip(dy, sy, h, db.top, db.bottom);
-  if (w <= 0 || h <= 0) return;
+  QvCopyBlock b;
+  if (!QvClipCopy(srcRect, dstRect, sb, db, &b)) return;
   const std::int64_t srcRow = src->Offset(), dstRow = dst->Offset();
-  const unsigned char* from = src->TopAddr() + (sy - sb.top) * srcRow + (sx - sb.left);
-  unsigned char* to = dst->TopAddr() + (dy - db.top) * dstRow + (dx - db.left);
+  const unsigned char* from = src->TopAddr() + (b.sy - sb.top) * srcRow + (b.sx - sb.left);
+  unsigned char* to = dst->TopAddr() + (b.dy - db.top) * dstRow + (b.dx - db.left);
   const RowKernels& rows = Rows();
-  for (std::int64_t y = 0; y < h; ++y, from += srcRow, to += dstRow) rows.keyed(from, to, w, key);
+  for (std::int64_t y = 0; y < b.h; ++y, from += srcRow, to += dstRow)
+    rows.keyed(from, to, b.w, key);
 }
 
 }  // namespace

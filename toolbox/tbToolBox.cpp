@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "toolbox/QvCopyLocal.h"
 #include "toolbox/QvPlatform.h"
 #include "toolbox/tbColorTable.h"
 #include "toolbox/tbGWorld.h"
@@ -66,31 +67,10 @@ void tbToolBox::CopyBits(tbPixMap* src, tbPixMap* dst, tbRect* srcRect, tbRect* 
 
   const tbRect& sb = src->Bounds();
   const tbRect& db = dst->Bounds();
-  // 64-bit arithmetic: no coordinate combination can overflow.
-  std::int64_t sx = srcRect->left, sy = srcRect->top;
-  std::int64_t dx = dstRect->left, dy = dstRect->top;
-  std::int64_t w = std::min(static_cast<std::int64_t>(srcRect->right) - srcRect->left,
-                            static_cast<std::int64_t>(dstRect->right) - dstRect->left);
-  std::int64_t h = std::min(static_cast<std::int64_t>(srcRect->bottom) - srcRect->top,
-                            static_cast<std::int64_t>(dstRect->bottom) - dstRect->top);
-
-  // Clips the pair of rectangles so that the one at (a, b) stays within
-  // [lo, hi) on one axis, moving the other one (c) along.
-  auto clip = [](std::int64_t& a, std::int64_t& c, std::int64_t& extent, std::int64_t lo,
-                 std::int64_t hi) {
-    if (a < lo) {
-      const std::int64_t d = lo - a;
-      a += d;
-      c += d;
-      extent -= d;
-    }
-    if (a + extent > hi) extent = hi - a;
-  };
-  clip(sx, dx, w, sb.left, sb.right);
-  clip(sy, dy, h, sb.top, sb.bottom);
-  clip(dx, sx, w, db.left, db.right);
-  clip(dy, sy, h, db.top, db.bottom);
-  if (w <= 0 || h <= 0) return;
+  QvCopyBlock block;
+  if (!QvClipCopy(*srcRect, *dstRect, sb, db, &block)) return;
+  const std::int64_t sx = block.sx, sy = block.sy, dx = block.dx, dy = block.dy;
+  const std::int64_t w = block.w, h = block.h;
 
   // The destination rectangle now lies inside the destination bounds, so it
   // fits the region's 32-bit coordinates.
