@@ -195,7 +195,7 @@ void GifWriter::PlanTable(Candidate* c, std::size_t count) {
   c->codeSize = codeSize;
 }
 
-void GifWriter::Encode(Frame* frame, Candidate* c, std::size_t limit) {
+void GifWriter::Encode(GifLzw* lzw, Frame* frame, Candidate* c, std::size_t limit) {
   c->codes.clear();
   const std::size_t count =
       static_cast<std::size_t>(frame->width) * static_cast<std::size_t>(frame->height);
@@ -218,9 +218,9 @@ void GifWriter::Encode(Frame* frame, Candidate* c, std::size_t limit) {
         return out;
       }
     };
-    ok = lzw_.Encode(&Clear::Get, frame, count, c->codeSize, &c->codes, limit, limit != SIZE_MAX);
+    ok = lzw->Encode(&Clear::Get, frame, count, c->codeSize, &c->codes, limit, limit != SIZE_MAX);
   } else {
-    ok = lzw_.Encode(c->pixels.data(), count, c->codeSize, &c->codes, limit, limit != SIZE_MAX);
+    ok = lzw->Encode(c->pixels.data(), count, c->codeSize, &c->codes, limit, limit != SIZE_MAX);
   }
   if (!ok) c->codes.clear();
 }
@@ -271,6 +271,7 @@ bool GifWriter::Prepare(const Picture& frame, int delay, Frame* out, std::string
   Candidate& clear = out->clear;
   opaque.used = true;
   runs.used = clear.used = false;
+  opaque.coded = runs.coded = clear.coded = false;
   out->picture = &frame;
   out->mask.resize(count);
   if (wholeFrames_) {
@@ -356,6 +357,10 @@ bool GifWriter::Prepare(const Picture& frame, int delay, Frame* out, std::string
     }
   }
   if (wholeFrames_) FillOpaque(out);
+  // The way Finish tries first, compressed here without a limit.
+  Candidate* const first = runs.used ? &runs : clear.used ? &clear : &opaque;
+  Encode(&prepareLzw_, out, first, SIZE_MAX);
+  first->coded = true;
   shown_.assign(frame.pixels.begin(), frame.pixels.end());
   std::copy(colour, colour + 256, shownColour_);
   first_ = false;
@@ -380,7 +385,7 @@ bool GifWriter::Finish(Frame* frame, std::string* error) {
       if (most <= c->TableBytes() + 3) continue;
       limit = most - c->TableBytes() - 3;
     }
-    Encode(frame, c, limit);
+    if (!c->coded) Encode(&lzw_, frame, c, limit);
     if (c->codes.empty()) continue;
     if (!best || c->Bytes() < best->Bytes()) best = c;
   }
