@@ -210,10 +210,15 @@ void GifWriter::Encode(GifLzw* lzw, Frame* frame, Candidate* c, std::size_t limi
         const Frame& f = *static_cast<const Frame*>(context);
         const auto t = static_cast<unsigned char>(f.clear.Transparent());
         const auto w = static_cast<std::size_t>(f.width);
-        const unsigned char* mask = f.mask.data();
-        for (std::size_t k = first; k < first + n; ++k) {
-          const unsigned char* row = f.picture->Row(f.top + static_cast<std::int32_t>(k / w));
-          out[k - first] = mask[k] ? f.clear.byIndex[row[f.left + k % w]] : t;
+        const unsigned char* const byIndex = f.clear.byIndex;
+        const unsigned char* mask = f.mask.data() + first;
+        // Row by row: from column x of row y, as many pixels as are left.
+        std::size_t y = first / w, x = first % w;
+        for (unsigned char* at = out; n > 0; ++y, x = 0) {
+          const unsigned char* row = f.picture->Row(f.top + static_cast<std::int32_t>(y)) + f.left;
+          const std::size_t end = std::min(w, x + n);
+          for (std::size_t i = x; i < end; ++i) *at++ = *mask++ ? byIndex[row[i]] : t;
+          n -= end - x;
         }
         return out;
       }
