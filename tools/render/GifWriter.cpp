@@ -344,13 +344,19 @@ bool GifWriter::Prepare(const Picture& frame, int delay, Frame* out, std::string
       }
       runs.transparent = runs.used = true;
       PlanTable(&runs, count);
-      unsigned char value[256];  // of each opaque value
-      for (std::size_t c = 0, r = 0; c < opaque.colours.size(); ++c) {
-        if (kept[opaque.value[c]])
-          value[opaque.value[c]] = static_cast<unsigned char>(runs.value[r++]);
-      }
+      // Each opaque value (and the hole) becomes runs' value, often itself.
+      unsigned char value[256];
       value[hole] = static_cast<unsigned char>(runs.Transparent());
-      for (unsigned char& p : runs.pixels) p = value[p];
+      bool same = value[hole] == hole;
+      for (std::size_t c = 0, r = 0; c < opaque.colours.size(); ++c) {
+        const int v = opaque.value[c];
+        if (!kept[v]) continue;
+        value[v] = static_cast<unsigned char>(runs.value[r++]);
+        same = same && value[v] == v;
+      }
+      if (!same) {
+        for (unsigned char& p : runs.pixels) p = value[p];
+      }
     }
     if (!whole) {
       assign(usedChanged, &clear);
