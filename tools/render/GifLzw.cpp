@@ -1,6 +1,7 @@
 #include "render/GifLzw.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace qvrender {
 namespace {
@@ -128,8 +129,16 @@ bool GifLzw::Encode(Source source, void* context, std::size_t count, int minCode
       const std::size_t have = runLength_[prefix];
       if (have < chain.size()) {
         const std::size_t most = std::min(chain.size() - have, stop - i);
+        const unsigned char* const from = at + (i - first);
         std::size_t take = 1;
-        while (take < most && at[i - first + take] == pixel) ++take;
+        // Eight pixels at a time while they all repeat the value.
+        const std::uint64_t repeat = 0x0101010101010101u * pixel;
+        for (; take + 8 <= most; take += 8) {
+          std::uint64_t word;
+          std::memcpy(&word, from + take, 8);
+          if (word != repeat) break;
+        }
+        while (take < most && from[take] == pixel) ++take;
         prefix = chain[have + take - 1];
         i += take;
         continue;
