@@ -217,7 +217,11 @@ void GifWriter::Encode(GifLzw* lzw, Frame* frame, Candidate* c, std::size_t limi
         for (unsigned char* at = out; n > 0; ++y, x = 0) {
           const unsigned char* row = f.picture->Row(f.top + static_cast<std::int32_t>(y)) + f.left;
           const std::size_t end = std::min(w, x + n);
-          for (std::size_t i = x; i < end; ++i) *at++ = *mask++ ? byIndex[row[i]] : t;
+          // Without a branch: mask bytes are 0 or 1, in no predictable order.
+          for (std::size_t i = x; i < end; ++i) {
+            const unsigned keep = 0u - *mask++;
+            *at++ = static_cast<unsigned char>(t ^ ((byIndex[row[i]] ^ t) & keep));
+          }
           n -= end - x;
         }
         return out;
