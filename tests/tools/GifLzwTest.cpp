@@ -44,8 +44,8 @@ Plain PlainLzw(const std::vector<unsigned char>& px, int m, std::size_t limit, b
     }
     put(prefix);
     const std::size_t bytes = bitCount / 8;
-    if (bytes > limit || (paced && i + 1 > px.size() / 16 &&
-                          4 * bytes * px.size() > 5 * limit * (i + 1))) {
+    if (bytes > limit ||
+        (paced && i + 1 > px.size() / 16 && 4 * bytes * px.size() > 5 * limit * (i + 1))) {
       r.out.resize(bytes);
       r.ok = false;
       return r;

@@ -34,7 +34,8 @@ class BitWriter {
   }
   // Whole bytes written so far.
   std::size_t Bytes() const {
-    return static_cast<std::size_t>(at_ - out_->data()) - base_ + static_cast<std::size_t>(count_ >> 3);
+    return static_cast<std::size_t>(at_ - out_->data()) - base_ +
+           static_cast<std::size_t>(count_ >> 3);
   }
   // Cuts out to the bytes written, with the last one partly filled when
   // partial; the writer is not used after.
