@@ -4,6 +4,9 @@
 #include <cerrno>
 #include <cmath>
 #include <cstring>
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 namespace qvrender {
 namespace {
@@ -49,6 +52,65 @@ double StreamBits(int m, double n) {
   const double full = std::floor(n / cycle);
   return full * CycleBits(m, cycle) + CycleBits(m, n - full * cycle);
 }
+
+// Tells, sixteen pixels at a time, whether their colours surely stay: the
+// same indices as shown, none of them an entry whose colour changed. The
+// entries that changed are checked as ranges, up to four; with more (or
+// without SSE2) no stretch is sure, and the pixels are compared one by one.
+class SureSame {
+ public:
+  static constexpr int kRanges = 4;
+  // usable false: no stretch is sure.
+  SureSame(const std::uint32_t* colour, const std::uint32_t* shown, bool usable) {
+#ifdef __SSE2__
+    usable_ = usable;
+    for (int i = 0; i < 256 && usable_;) {
+      if (colour[i] == shown[i]) {
+        ++i;
+        continue;
+      }
+      int j = i;
+      while (j + 1 < 256 && colour[j + 1] != shown[j + 1]) ++j;
+      usable_ = ranges_ < kRanges;
+      if (usable_) {
+        low_[ranges_] = _mm_set1_epi8(static_cast<char>(i));
+        span_[ranges_] = _mm_set1_epi8(static_cast<char>(j - i));
+        ++ranges_;
+      }
+      i = j + 1;
+    }
+#else
+    (void)colour, (void)shown, (void)usable;
+#endif
+  }
+  // Whether the 16 pixels from now, shown as those from was, keep their
+  // colours.
+  bool Same(const unsigned char* now, const unsigned char* was) const {
+#ifdef __SSE2__
+    if (!usable_) return false;
+    const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(now));
+    const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(was));
+    if (_mm_movemask_epi8(_mm_cmpeq_epi8(a, b)) != 0xFFFF) return false;
+    // a - low at most span (unsigned, wrapping): inside the range.
+    __m128i inside = _mm_setzero_si128();
+    for (int r = 0; r < ranges_; ++r) {
+      const __m128i beyond = _mm_subs_epu8(_mm_sub_epi8(a, low_[r]), span_[r]);
+      inside = _mm_or_si128(inside, _mm_cmpeq_epi8(beyond, _mm_setzero_si128()));
+    }
+    return _mm_movemask_epi8(inside) == 0;
+#else
+    (void)now, (void)was;
+    return false;
+#endif
+  }
+
+ private:
+#ifdef __SSE2__
+  bool usable_ = false;
+  int ranges_ = 0;
+  __m128i low_[kRanges], span_[kRanges];
+#endif
+};
 
 // Fills the pixels of the opaque way: every pixel its colour.
 void FillOpaque(GifWriter::Frame* frame) {
@@ -247,6 +309,7 @@ bool GifWriter::Prepare(const Picture& frame, int delay, Frame* out, std::string
   const std::size_t w = static_cast<std::size_t>(width_);
   const std::uint32_t* const shownColour = shownColour_;
   const bool whole = first_ || wholeFrames_;
+  const SureSame sure(colour, shownColour, !whole);
   // The rectangle where the colours differ from those shown.
   int left = 0, right = width_ - 1, top = 0, bottom = height_ - 1;
   if (!whole) {
@@ -255,9 +318,11 @@ bool GifWriter::Prepare(const Picture& frame, int delay, Frame* out, std::string
       const unsigned char* now = frame.Row(y);
       const unsigned char* was = shown_.data() + y * w;
       int x0 = 0;
+      while (x0 + 16 <= width_ && sure.Same(now + x0, was + x0)) x0 += 16;
       while (x0 < width_ && colour[now[x0]] == shownColour[was[x0]]) ++x0;
       if (x0 == width_) continue;
       int x1 = width_ - 1;
+      while (x1 >= 15 && sure.Same(now + x1 - 15, was + x1 - 15)) x1 -= 16;
       while (colour[now[x1]] == shownColour[was[x1]]) --x1;
       left = std::min(left, x0);
       right = std::max(right, x1);
@@ -298,11 +363,18 @@ bool GifWriter::Prepare(const Picture& frame, int delay, Frame* out, std::string
     for (int y = top; y <= bottom; ++y) {
       const unsigned char* now = frame.Row(y) + left;
       const unsigned char* was = shown_.data() + y * w + left;
-      for (int x = 0; x < rw; ++x) {
-        const unsigned c = now[x];
-        const unsigned differs = (colour[c] != shownColour[was[x]]) | kept >> 8;
-        used[c | differs << 8] = true;
-        mask[x] = static_cast<unsigned char>(differs);
+      for (int x = 0; x < rw;) {
+        if (x + 16 <= rw && sure.Same(now + x, was + x)) {
+          std::memset(mask + x, 0, 16);
+          for (const int end = x + 16; x < end; ++x) used[now[x]] = true;
+          continue;
+        }
+        for (const int end = std::min(rw, x + 16); x < end; ++x) {
+          const unsigned c = now[x];
+          const unsigned differs = (colour[c] != shownColour[was[x]]) | kept >> 8;
+          used[c | differs << 8] = true;
+          mask[x] = static_cast<unsigned char>(differs);
+        }
       }
       mask += rw;
     }
