@@ -1,6 +1,7 @@
 #include "render/GifLzw.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace qvrender {
 namespace {
@@ -9,27 +10,54 @@ constexpr int kMaxBits = 12;
 // The last code given out before the dictionary is cleared.
 constexpr std::uint32_t kLastCode = 4094;
 
-// Codes packed into bytes, least significant bit first.
+// Codes packed into bytes, least significant bit first, appended to out
+// four bytes at a time (out is grown ahead and cut to size by Flush).
 class BitWriter {
  public:
-  explicit BitWriter(std::vector<unsigned char>* out) : out_(out) {}
+  explicit BitWriter(std::vector<unsigned char>* out) : out_(out), base_(out->size()) {
+    Grow(base_);
+  }
   void Put(std::uint32_t code, int bits) {
     acc_ |= static_cast<std::uint64_t>(code) << count_;
     count_ += bits;
-    while (count_ >= 8) {
-      out_->push_back(static_cast<unsigned char>(acc_));
-      acc_ >>= 8;
-      count_ -= 8;
+    if (count_ >= 32) {
+      if (end_ - at_ < 4) Grow(static_cast<std::size_t>(at_ - out_->data()));
+      const auto word = static_cast<std::uint32_t>(acc_);
+      at_[0] = static_cast<unsigned char>(word);
+      at_[1] = static_cast<unsigned char>(word >> 8);
+      at_[2] = static_cast<unsigned char>(word >> 16);
+      at_[3] = static_cast<unsigned char>(word >> 24);
+      at_ += 4;
+      acc_ >>= 32;
+      count_ -= 32;
     }
   }
-  void Flush() {
-    if (count_ > 0) out_->push_back(static_cast<unsigned char>(acc_));
-    acc_ = 0;
-    count_ = 0;
+  // Whole bytes written so far.
+  std::size_t Bytes() const {
+    return static_cast<std::size_t>(at_ - out_->data()) - base_ +
+           static_cast<std::size_t>(count_ >> 3);
+  }
+  // Cuts out to the bytes written, with the last one partly filled when
+  // partial; the writer is not used after.
+  void Flush(bool partial = true) {
+    out_->resize(static_cast<std::size_t>(at_ - out_->data()));
+    for (; count_ >= (partial ? 1 : 8); count_ -= 8, acc_ >>= 8) {
+      out_->push_back(static_cast<unsigned char>(acc_));
+    }
   }
 
  private:
+  // Makes room after the first size bytes of out.
+  void Grow(std::size_t size) {
+    out_->resize(std::max<std::size_t>(2 * size, size + 65536));
+    at_ = out_->data() + size;
+    end_ = out_->data() + out_->size();
+  }
+
   std::vector<unsigned char>* out_;
+  std::size_t base_;
+  unsigned char* at_ = nullptr;
+  unsigned char* end_ = nullptr;
   std::uint64_t acc_ = 0;
   int count_ = 0;
 };
@@ -102,8 +130,16 @@ bool GifLzw::Encode(Source source, void* context, std::size_t count, int minCode
       const std::size_t have = runLength_[prefix];
       if (have < chain.size()) {
         const std::size_t most = std::min(chain.size() - have, stop - i);
+        const unsigned char* const from = at + (i - first);
         std::size_t take = 1;
-        while (take < most && at[i - first + take] == pixel) ++take;
+        // Eight pixels at a time while they all repeat the value.
+        const std::uint64_t repeat = 0x0101010101010101u * pixel;
+        for (; take + 8 <= most; take += 8) {
+          std::uint64_t word;
+          std::memcpy(&word, from + take, 8);
+          if (word != repeat) break;
+        }
+        while (take < most && from[take] == pixel) ++take;
         prefix = chain[have + take - 1];
         i += take;
         continue;
@@ -125,10 +161,12 @@ bool GifLzw::Encode(Source source, void* context, std::size_t count, int minCode
     ++i;
     if (found) continue;
     emit(prefix);
-    const std::size_t bytes = out->size() - base;
-    if (bytes > limit) return false;
+    const std::size_t bytes = bits.Bytes();
     // Paced: a quarter over the limit's pace once a sixteenth is done.
-    if (paced && i > count / 16 && 4 * bytes * count > 5 * limit * i) return false;
+    if (bytes > limit || (paced && i > count / 16 && 4 * bytes * count > 5 * limit * i)) {
+      bits.Flush(false);
+      return false;
+    }
     if (next > kLastCode) {
       emit(clear);
       width = minCodeSize + 1;

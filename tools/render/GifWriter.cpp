@@ -4,6 +4,9 @@
 #include <cerrno>
 #include <cmath>
 #include <cstring>
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 namespace qvrender {
 namespace {
@@ -49,6 +52,65 @@ double StreamBits(int m, double n) {
   const double full = std::floor(n / cycle);
   return full * CycleBits(m, cycle) + CycleBits(m, n - full * cycle);
 }
+
+// Tells, sixteen pixels at a time, whether their colours surely stay: the
+// same indices as shown, none of them an entry whose colour changed. The
+// entries that changed are checked as ranges, up to four; with more (or
+// without SSE2) no stretch is sure, and the pixels are compared one by one.
+class SureSame {
+ public:
+  static constexpr int kRanges = 4;
+  // usable false: no stretch is sure.
+  SureSame(const std::uint32_t* colour, const std::uint32_t* shown, bool usable) {
+#ifdef __SSE2__
+    usable_ = usable;
+    for (int i = 0; i < 256 && usable_;) {
+      if (colour[i] == shown[i]) {
+        ++i;
+        continue;
+      }
+      int j = i;
+      while (j + 1 < 256 && colour[j + 1] != shown[j + 1]) ++j;
+      usable_ = ranges_ < kRanges;
+      if (usable_) {
+        low_[ranges_] = _mm_set1_epi8(static_cast<char>(i));
+        span_[ranges_] = _mm_set1_epi8(static_cast<char>(j - i));
+        ++ranges_;
+      }
+      i = j + 1;
+    }
+#else
+    (void)colour, (void)shown, (void)usable;
+#endif
+  }
+  // Whether the 16 pixels from now, shown as those from was, keep their
+  // colours.
+  bool Same(const unsigned char* now, const unsigned char* was) const {
+#ifdef __SSE2__
+    if (!usable_) return false;
+    const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(now));
+    const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(was));
+    if (_mm_movemask_epi8(_mm_cmpeq_epi8(a, b)) != 0xFFFF) return false;
+    // a - low at most span (unsigned, wrapping): inside the range.
+    __m128i inside = _mm_setzero_si128();
+    for (int r = 0; r < ranges_; ++r) {
+      const __m128i beyond = _mm_subs_epu8(_mm_sub_epi8(a, low_[r]), span_[r]);
+      inside = _mm_or_si128(inside, _mm_cmpeq_epi8(beyond, _mm_setzero_si128()));
+    }
+    return _mm_movemask_epi8(inside) == 0;
+#else
+    (void)now, (void)was;
+    return false;
+#endif
+  }
+
+ private:
+#ifdef __SSE2__
+  bool usable_ = false;
+  int ranges_ = 0;
+  __m128i low_[kRanges], span_[kRanges];
+#endif
+};
 
 // Fills the pixels of the opaque way: every pixel its colour.
 void FillOpaque(GifWriter::Frame* frame) {
@@ -195,7 +257,7 @@ void GifWriter::PlanTable(Candidate* c, std::size_t count) {
   c->codeSize = codeSize;
 }
 
-void GifWriter::Encode(Frame* frame, Candidate* c, std::size_t limit) {
+void GifWriter::Encode(GifLzw* lzw, Frame* frame, Candidate* c, std::size_t limit) {
   c->codes.clear();
   const std::size_t count =
       static_cast<std::size_t>(frame->width) * static_cast<std::size_t>(frame->height);
@@ -210,17 +272,26 @@ void GifWriter::Encode(Frame* frame, Candidate* c, std::size_t limit) {
         const Frame& f = *static_cast<const Frame*>(context);
         const auto t = static_cast<unsigned char>(f.clear.Transparent());
         const auto w = static_cast<std::size_t>(f.width);
-        const unsigned char* mask = f.mask.data();
-        for (std::size_t k = first; k < first + n; ++k) {
-          const unsigned char* row = f.picture->Row(f.top + static_cast<std::int32_t>(k / w));
-          out[k - first] = mask[k] ? f.clear.byIndex[row[f.left + k % w]] : t;
+        const unsigned char* const byIndex = f.clear.byIndex;
+        const unsigned char* mask = f.mask.data() + first;
+        // Row by row: from column x of row y, as many pixels as are left.
+        std::size_t y = first / w, x = first % w;
+        for (unsigned char* at = out; n > 0; ++y, x = 0) {
+          const unsigned char* row = f.picture->Row(f.top + static_cast<std::int32_t>(y)) + f.left;
+          const std::size_t end = std::min(w, x + n);
+          // Without a branch: mask bytes are 0 or 1, in no predictable order.
+          for (std::size_t i = x; i < end; ++i) {
+            const unsigned keep = 0u - *mask++;
+            *at++ = static_cast<unsigned char>(t ^ ((byIndex[row[i]] ^ t) & keep));
+          }
+          n -= end - x;
         }
         return out;
       }
     };
-    ok = lzw_.Encode(&Clear::Get, frame, count, c->codeSize, &c->codes, limit, limit != SIZE_MAX);
+    ok = lzw->Encode(&Clear::Get, frame, count, c->codeSize, &c->codes, limit, limit != SIZE_MAX);
   } else {
-    ok = lzw_.Encode(c->pixels.data(), count, c->codeSize, &c->codes, limit, limit != SIZE_MAX);
+    ok = lzw->Encode(c->pixels.data(), count, c->codeSize, &c->codes, limit, limit != SIZE_MAX);
   }
   if (!ok) c->codes.clear();
 }
@@ -238,6 +309,7 @@ bool GifWriter::Prepare(const Picture& frame, int delay, Frame* out, std::string
   const std::size_t w = static_cast<std::size_t>(width_);
   const std::uint32_t* const shownColour = shownColour_;
   const bool whole = first_ || wholeFrames_;
+  const SureSame sure(colour, shownColour, !whole);
   // The rectangle where the colours differ from those shown.
   int left = 0, right = width_ - 1, top = 0, bottom = height_ - 1;
   if (!whole) {
@@ -246,9 +318,11 @@ bool GifWriter::Prepare(const Picture& frame, int delay, Frame* out, std::string
       const unsigned char* now = frame.Row(y);
       const unsigned char* was = shown_.data() + y * w;
       int x0 = 0;
+      while (x0 + 16 <= width_ && sure.Same(now + x0, was + x0)) x0 += 16;
       while (x0 < width_ && colour[now[x0]] == shownColour[was[x0]]) ++x0;
       if (x0 == width_) continue;
       int x1 = width_ - 1;
+      while (x1 >= 15 && sure.Same(now + x1 - 15, was + x1 - 15)) x1 -= 16;
       while (colour[now[x1]] == shownColour[was[x1]]) --x1;
       left = std::min(left, x0);
       right = std::max(right, x1);
@@ -271,6 +345,7 @@ bool GifWriter::Prepare(const Picture& frame, int delay, Frame* out, std::string
   Candidate& clear = out->clear;
   opaque.used = true;
   runs.used = clear.used = false;
+  opaque.coded = runs.coded = clear.coded = false;
   out->picture = &frame;
   out->mask.resize(count);
   if (wholeFrames_) {
@@ -288,11 +363,18 @@ bool GifWriter::Prepare(const Picture& frame, int delay, Frame* out, std::string
     for (int y = top; y <= bottom; ++y) {
       const unsigned char* now = frame.Row(y) + left;
       const unsigned char* was = shown_.data() + y * w + left;
-      for (int x = 0; x < rw; ++x) {
-        const unsigned c = now[x];
-        const unsigned differs = (colour[c] != shownColour[was[x]]) | kept >> 8;
-        used[c | differs << 8] = true;
-        mask[x] = static_cast<unsigned char>(differs);
+      for (int x = 0; x < rw;) {
+        if (x + 16 <= rw && sure.Same(now + x, was + x)) {
+          std::memset(mask + x, 0, 16);
+          for (const int end = x + 16; x < end; ++x) used[now[x]] = true;
+          continue;
+        }
+        for (const int end = std::min(rw, x + 16); x < end; ++x) {
+          const unsigned c = now[x];
+          const unsigned differs = (colour[c] != shownColour[was[x]]) | kept >> 8;
+          used[c | differs << 8] = true;
+          mask[x] = static_cast<unsigned char>(differs);
+        }
       }
       mask += rw;
     }
@@ -338,13 +420,19 @@ bool GifWriter::Prepare(const Picture& frame, int delay, Frame* out, std::string
       }
       runs.transparent = runs.used = true;
       PlanTable(&runs, count);
-      unsigned char value[256];  // of each opaque value
-      for (std::size_t c = 0, r = 0; c < opaque.colours.size(); ++c) {
-        if (kept[opaque.value[c]])
-          value[opaque.value[c]] = static_cast<unsigned char>(runs.value[r++]);
-      }
+      // Each opaque value (and the hole) becomes runs' value, often itself.
+      unsigned char value[256];
       value[hole] = static_cast<unsigned char>(runs.Transparent());
-      for (unsigned char& p : runs.pixels) p = value[p];
+      bool same = value[hole] == hole;
+      for (std::size_t c = 0, r = 0; c < opaque.colours.size(); ++c) {
+        const int v = opaque.value[c];
+        if (!kept[v]) continue;
+        value[v] = static_cast<unsigned char>(runs.value[r++]);
+        same = same && value[v] == v;
+      }
+      if (!same) {
+        for (unsigned char& p : runs.pixels) p = value[p];
+      }
     }
     if (!whole) {
       assign(usedChanged, &clear);
@@ -356,6 +444,10 @@ bool GifWriter::Prepare(const Picture& frame, int delay, Frame* out, std::string
     }
   }
   if (wholeFrames_) FillOpaque(out);
+  // The way Finish tries first, compressed here without a limit.
+  Candidate* const first = runs.used ? &runs : clear.used ? &clear : &opaque;
+  Encode(&prepareLzw_, out, first, SIZE_MAX);
+  first->coded = true;
   shown_.assign(frame.pixels.begin(), frame.pixels.end());
   std::copy(colour, colour + 256, shownColour_);
   first_ = false;
@@ -380,7 +472,7 @@ bool GifWriter::Finish(Frame* frame, std::string* error) {
       if (most <= c->TableBytes() + 3) continue;
       limit = most - c->TableBytes() - 3;
     }
-    Encode(frame, c, limit);
+    if (!c->coded) Encode(&lzw_, frame, c, limit);
     if (c->codes.empty()) continue;
     if (!best || c->Bytes() < best->Bytes()) best = c;
   }
