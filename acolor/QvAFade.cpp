@@ -15,6 +15,16 @@ unsigned char BlendComponent(unsigned char s, unsigned char g, double f) {
       static_cast<std::uint16_t>(static_cast<std::uint32_t>(s16) - static_cast<std::uint32_t>(D));
   return static_cast<unsigned char>(v / 257);
 }
+
+// The blend of every source component 0 to 255 toward g: the same
+// operations as BlendComponent, in a loop the compiler vectorises.
+void BlendRow(unsigned char* out, unsigned char g, double f) {
+  for (int s = 0; s < 256; ++s) out[s] = BlendComponent(static_cast<unsigned char>(s), g, f);
+}
+
+// From this many flagged entries on, the blends are looked up in rows made
+// for the call (768 blends) rather than computed per entry (3 each).
+constexpr int kRowsFrom = 96;
 }  // namespace
 
 QvAFade::QvAFade() : QvAColor(), QvMCastList(), color(), count(30), lastFrame(29) {
@@ -68,17 +78,33 @@ tbColorTable* QvAFade::CTable(std::int16_t frame, tbColorTable* src) {
   if (errorFlags != 0 || frame < 0 || frame >= Count() || !src || !cTable || !area) return nullptr;
 
   const double f = static_cast<double>(frame) / static_cast<double>(lastFrame);
-  for (std::int16_t i = 0; i < localFlagNum(); ++i) {
-    const tbRGBColor* s = src->CTTable(i);
-    if (area->Flag(static_cast<unsigned char>(i)) == 1) {
-      tbRGBColor blended;
-      blended.red = BlendComponent(s->red, color.red, f);
-      blended.green = BlendComponent(s->green, color.green, f);
-      blended.blue = BlendComponent(s->blue, color.blue, f);
-      cTable->SetCTTable(i, &blended);
-    } else {
-      cTable->SetCTTable(i, s);
+  // The covered entries taken from the source as one block, then the
+  // flagged ones blended in place: each component depends only on itself,
+  // the target's component and f.
+  const std::int16_t n = localFlagNum();
+  cTable->CopyEntries(0, src, 0, n);
+  int flagged = 0;
+  for (std::int16_t i = 0; i < n; ++i) flagged += area->Flag(static_cast<unsigned char>(i)) == 1;
+  if (flagged >= kRowsFrom) {
+    unsigned char red[256], green[256], blue[256];
+    BlendRow(red, color.red, f);
+    BlendRow(green, color.green, f);
+    BlendRow(blue, color.blue, f);
+    for (std::int16_t i = 0; i < n; ++i) {
+      if (area->Flag(static_cast<unsigned char>(i)) != 1) continue;
+      tbRGBColor* e = cTable->CTTable(i);
+      e->red = red[e->red];
+      e->green = green[e->green];
+      e->blue = blue[e->blue];
     }
+    return cTable;
+  }
+  for (std::int16_t i = 0; i < n; ++i) {
+    if (area->Flag(static_cast<unsigned char>(i)) != 1) continue;
+    tbRGBColor* e = cTable->CTTable(i);
+    e->red = BlendComponent(e->red, color.red, f);
+    e->green = BlendComponent(e->green, color.green, f);
+    e->blue = BlendComponent(e->blue, color.blue, f);
   }
   return cTable;
 }

@@ -8,7 +8,7 @@ namespace {
 // Gives dst the size of src, then copies the entries 0 to that size.
 void CopyTable(tbColorTable* dst, tbColorTable* src) {
   dst->SetCTSize(src->CTSize());
-  for (std::int16_t j = 0; j <= dst->CTSize(); ++j) dst->SetCTTable(j, src->CTTable(j));
+  dst->CopyEntries(0, src, 0, dst->CTSize() + 1);
 }
 }  // namespace
 
@@ -95,14 +95,14 @@ tbColorTable* QvASwitch::CTable(std::int16_t frame, tbColorTable* src) {
   }
 
   tbColorTable* table = &tables[frame];
-  for (std::int16_t i = 0; i < localFlagNum(); ++i) {
-    // A table smaller than the area leaves the indices above its size to the
-    // source's colours.
-    if (area->Flag(static_cast<unsigned char>(i)) == 1 && i <= table->CTSize()) {
-      cTable->SetCTTable(i, table->CTTable(i));
-    } else {
-      cTable->SetCTTable(i, src->CTTable(i));
-    }
+  // The covered entries taken from the source as one block, then the
+  // flagged ones from the table. A table smaller than the area leaves the
+  // indices above its size to the source's colours.
+  const std::int16_t n = localFlagNum();
+  cTable->CopyEntries(0, src, 0, n);
+  const std::int16_t m = n <= table->CTSize() ? n : static_cast<std::int16_t>(table->CTSize() + 1);
+  for (std::int16_t i = 0; i < m; ++i) {
+    if (area->Flag(static_cast<unsigned char>(i)) == 1) cTable->SetCTTable(i, table->CTTable(i));
   }
   return cTable;
 }
