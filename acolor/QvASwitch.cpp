@@ -1,5 +1,6 @@
 #include "acolor/QvASwitch.h"
 
+#include "acolor/QvAColorEntries.h"
 #include "toolbox/QvPal.h"
 #include "toolbox/QvPlatform.h"
 #include "toolbox/tbColorTable.h"
@@ -95,14 +96,18 @@ tbColorTable* QvASwitch::CTable(std::int16_t frame, tbColorTable* src) {
   }
 
   tbColorTable* table = &tables[frame];
-  // The covered entries taken from the source as one block, then the
-  // flagged ones from the table. A table smaller than the area leaves the
-  // indices above its size to the source's colours.
-  const std::int16_t n = localFlagNum();
-  cTable->CopyEntries(0, src, 0, n);
-  const std::int16_t m = n <= table->CTSize() ? n : static_cast<std::int16_t>(table->CTSize() + 1);
-  for (std::int16_t i = 0; i < m; ++i) {
-    if (area->Flag(static_cast<unsigned char>(i)) == 1) cTable->SetCTTable(i, table->CTTable(i));
+  // Entries 0 to n - 1 in one pass, each a whole-entry store; the entries
+  // are consecutive, so CTTable(0) + i is entry i. A table smaller than the
+  // area leaves the indices above its size to the source's colours.
+  const int n = localFlagNum();
+  const int size = table->CTSize();
+  const QvPal* pal = area;
+  tbRGBColor* out = cTable->CTTable(0);
+  const tbRGBColor* in = src->CTTable(0);
+  const tbRGBColor* own = table->CTTable(0);
+  for (int i = 0; i < n; ++i) {
+    const bool flagged = pal->Flag(static_cast<unsigned char>(i)) == 1 && i <= size;
+    qvacolor::PutEntry(out + i, flagged ? own + i : in + i);
   }
   return cTable;
 }
