@@ -35,8 +35,8 @@ __attribute__((target_clones("avx2", "default"))) void BlendSteps(std::uint16_t*
 // The blend of every source component 0 to 255 toward g, steps 4 and 5 on
 // the low 16 bits of step 3.
 __attribute__((target_clones("avx2", "default"))) void BlendRow(unsigned char* out,
-                                                               const std::uint16_t* low,
-                                                               unsigned char g) {
+                                                                const std::uint16_t* low,
+                                                                unsigned char g) {
   const std::uint16_t* d = low + (255 - g);
   for (int s = 0; s < 256; ++s) {
     const auto v = static_cast<std::uint16_t>(static_cast<std::uint32_t>(s * 257) - d[s]);
@@ -108,7 +108,8 @@ tbColorTable* QvAFade::CTable(std::int16_t frame, tbColorTable* src) {
   tbRGBColor* out = cTable->CTTable(0);
   const tbRGBColor* in = src->CTTable(0);
   int flagged = 0;
-  for (int i = 0; i < 256; ++i) flagged += (pal->Flag(static_cast<unsigned char>(i)) == 1) & (i < n);
+  for (int i = 0; i < 256; ++i)
+    flagged += (pal->Flag(static_cast<unsigned char>(i)) == 1) & (i < n);
   if (flagged >= kRowsFrom) {
     // Each component depends only on itself, the target's component and f:
     // looked up in rows of the blend of every value.
