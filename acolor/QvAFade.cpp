@@ -1,7 +1,5 @@
 #include "acolor/QvAFade.h"
 
-#include <cstring>
-
 #include "acolor/QvAColorEntries.h"
 #include "toolbox/QvPal.h"
 #include "toolbox/tbColorTable.h"
@@ -22,13 +20,17 @@ unsigned char BlendComponent(unsigned char s, unsigned char g, double f) {
 // The blend's step 3 for every difference k = s - g of two components (-255
 // to 255) at fraction f, kept to its low 16 bits, which is all that step 4
 // uses: low[k + 255]. The same operations as BlendComponent, since s16 - g16
-// is 257 k, in a loop the compiler vectorises (with AVX2 where the
-// processor has it; IEEE operations give the same results in every width).
+// is 257 k: the product of -257 k is exactly the negated product of 257 k
+// and truncation toward zero keeps the sign, so the negative differences
+// are the positive ones negated. In a loop the compiler vectorises (with
+// AVX2 where the processor has it; IEEE operations give the same results in
+// every width).
 __attribute__((target_clones("avx2", "default"))) void BlendSteps(std::uint16_t* low, double f) {
-  for (int k = -255; k <= 255; ++k) {
-    const double d = static_cast<double>(k * 257) * f;
-    low[k + 255] =
-        static_cast<std::uint16_t>(static_cast<std::uint32_t>(static_cast<std::int32_t>(d)));
+  std::int32_t up[256];
+  for (int k = 0; k < 256; ++k) up[k] = static_cast<std::int32_t>(static_cast<double>(k * 257) * f);
+  for (int k = 0; k < 256; ++k) {
+    low[255 + k] = static_cast<std::uint16_t>(static_cast<std::uint32_t>(up[k]));
+    low[255 - k] = static_cast<std::uint16_t>(0u - static_cast<std::uint32_t>(up[k]));
   }
 }
 
@@ -100,47 +102,42 @@ tbColorTable* QvAFade::CTable(std::int16_t frame, tbColorTable* src) {
   if (errorFlags != 0 || frame < 0 || frame >= Count() || !src || !cTable || !area) return nullptr;
 
   const double f = static_cast<double>(frame) / static_cast<double>(lastFrame);
-  // Entries 0 to n - 1 in one pass, each taken whole from the source and,
-  // when flagged, blended in place; the entries are consecutive, so
-  // CTTable(0) + i is entry i.
+  // The covered entries taken from the source as one block, then the flagged
+  // ones blended in place; the entries are consecutive, so CTTable(0) + i is
+  // entry i.
   const int n = localFlagNum();
   const QvPal* pal = area;
+  cTable->CopyEntries(0, src, 0, n);
   tbRGBColor* out = cTable->CTTable(0);
-  const tbRGBColor* in = src->CTTable(0);
   int flagged = 0;
   for (int i = 0; i < 256; ++i)
     flagged += (pal->Flag(static_cast<unsigned char>(i)) == 1) & (i < n);
-  if (flagged >= kRowsFrom) {
-    // Each component depends only on itself, the target's component and f:
-    // looked up in rows of the blend of every value.
-    std::uint16_t low[511];
-    BlendSteps(low, f);
-    unsigned char red[256], green[256], blue[256];
-    BlendRow(red, low, color.red);
-    BlendRow(green, low, color.green);
-    BlendRow(blue, low, color.blue);
+  if (flagged < kRowsFrom) {
     for (int i = 0; i < n; ++i) {
-      qvacolor::PutEntry(out + i, in + i);
       if (pal->Flag(static_cast<unsigned char>(i)) != 1) continue;
-      // Red, green and blue are consecutive bytes: read and written as one
-      // word with the byte after them kept.
-      unsigned char* c = &out[i].red;
-      std::uint32_t w;
-      std::memcpy(&w, c, 4);
-      w = (w & 0xFF000000u) | red[w & 0xFFu] |
-          static_cast<std::uint32_t>(green[(w >> 8) & 0xFFu]) << 8 |
-          static_cast<std::uint32_t>(blue[(w >> 16) & 0xFFu]) << 16;
-      std::memcpy(c, &w, 4);
+      tbRGBColor* e = out + i;
+      e->red = BlendComponent(e->red, color.red, f);
+      e->green = BlendComponent(e->green, color.green, f);
+      e->blue = BlendComponent(e->blue, color.blue, f);
     }
     return cTable;
   }
+  // Each component depends only on itself, the target's component and f:
+  // looked up in rows of the blend of every value.
+  std::uint16_t low[511];
+  BlendSteps(low, f);
+  unsigned char red[256], green[256], blue[256];
+  BlendRow(red, low, color.red);
+  BlendRow(green, low, color.green);
+  BlendRow(blue, low, color.blue);
   for (int i = 0; i < n; ++i) {
-    qvacolor::PutEntry(out + i, in + i);
     if (pal->Flag(static_cast<unsigned char>(i)) != 1) continue;
+    // All read before any is written (the rows are bytes too).
     tbRGBColor* e = out + i;
-    e->red = BlendComponent(e->red, color.red, f);
-    e->green = BlendComponent(e->green, color.green, f);
-    e->blue = BlendComponent(e->blue, color.blue, f);
+    const unsigned char r = red[e->red], g = green[e->green], b = blue[e->blue];
+    e->red = r;
+    e->green = g;
+    e->blue = b;
   }
   return cTable;
 }
