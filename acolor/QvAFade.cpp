@@ -130,8 +130,9 @@ tbColorTable* QvAFade::CTable(std::int16_t frame, tbColorTable* src) {
   BlendRow(red, low, color.red);
   BlendRow(green, low, color.green);
   BlendRow(blue, low, color.blue);
+  const bool all = flagged == n;
   for (int i = 0; i < n; ++i) {
-    if (pal->Flag(static_cast<unsigned char>(i)) != 1) continue;
+    if (!all && pal->Flag(static_cast<unsigned char>(i)) != 1) continue;
     // All read before any is written (the rows are bytes too).
     tbRGBColor* e = out + i;
     const unsigned char r = red[e->red], g = green[e->green], b = blue[e->blue];
