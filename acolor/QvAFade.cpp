@@ -103,16 +103,16 @@ tbColorTable* QvAFade::CTable(std::int16_t frame, tbColorTable* src) {
 
   const double f = static_cast<double>(frame) / static_cast<double>(lastFrame);
   // The covered entries taken from the source as one block, then the flagged
-  // ones blended in place; the entries are consecutive, so CTTable(0) + i is
-  // entry i.
+  // ones blended in place, unless all are blended; the entries are
+  // consecutive, so CTTable(0) + i is entry i.
   const int n = localFlagNum();
   const QvPal* pal = area;
-  cTable->CopyEntries(0, src, 0, n);
   tbRGBColor* out = cTable->CTTable(0);
   int flagged = 0;
   for (int i = 0; i < 256; ++i)
     flagged += (pal->Flag(static_cast<unsigned char>(i)) == 1) & (i < n);
   if (flagged < kRowsFrom) {
+    cTable->CopyEntries(0, src, 0, n);
     for (int i = 0; i < n; ++i) {
       if (pal->Flag(static_cast<unsigned char>(i)) != 1) continue;
       tbRGBColor* e = out + i;
@@ -130,10 +130,22 @@ tbColorTable* QvAFade::CTable(std::int16_t frame, tbColorTable* src) {
   BlendRow(red, low, color.red);
   BlendRow(green, low, color.green);
   BlendRow(blue, low, color.blue);
-  const bool all = flagged == n;
+  if (flagged == n && src != cTable) {
+    // Every covered entry blended: read from the source, written into the
+    // entries' colour bytes (all read before any is written, the rows are
+    // bytes too).
+    const tbRGBColor* in = src->CTTable(0);
+    for (int i = 0; i < n; ++i) {
+      const unsigned char r = red[in[i].red], g = green[in[i].green], b = blue[in[i].blue];
+      out[i].red = r;
+      out[i].green = g;
+      out[i].blue = b;
+    }
+    return cTable;
+  }
+  cTable->CopyEntries(0, src, 0, n);
   for (int i = 0; i < n; ++i) {
-    if (!all && pal->Flag(static_cast<unsigned char>(i)) != 1) continue;
-    // All read before any is written (the rows are bytes too).
+    if (pal->Flag(static_cast<unsigned char>(i)) != 1) continue;
     tbRGBColor* e = out + i;
     const unsigned char r = red[e->red], g = green[e->green], b = blue[e->blue];
     e->red = r;

@@ -324,7 +324,8 @@ TEST(QvAColorPlainLoops, RandomAreasAndTables) {
 
 // The fade's blend of every source component toward every target component,
 // over the whole area (looked up in rows made for the call) and over sparse
-// areas (computed entry by entry), for frames across several counts.
+// areas (computed entry by entry), for frames across several counts, from
+// another table and from its own output.
 TEST(QvAColorPlainLoops, FadeOfEveryComponentPair) {
   NoFailures guard;
   const tbColorTable grey = GreyTable();
@@ -340,8 +341,11 @@ TEST(QvAColorPlainLoops, FadeOfEveryComponentPair) {
       const double f = static_cast<double>(fc[0]) / static_cast<double>(fc[1] - 1);
       for (int g = 0; g < 256; ++g) {
         fade.RegColor(tbRGBColor(B(g), B(255 - g), B(g * 3)));
+        // Every other time from its own output as the source.
         tbColorTable src = grey;
-        tbColorTable* out = fade.CTable(static_cast<std::int16_t>(fc[0]), &src);
+        tbColorTable* from = g % 2 ? &src : fade.CTable();
+        *from = grey;
+        tbColorTable* out = fade.CTable(static_cast<std::int16_t>(fc[0]), from);
         ASSERT_NE(out, nullptr);
         for (int s = 0; s < 256; ++s) {
           const bool in = pal.Flag(B(s)) == 1;
