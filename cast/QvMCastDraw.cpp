@@ -169,7 +169,6 @@ tbColorTable* QvMCast::localCTable(QvMCastInfo* info, std::int32_t time) {
   for (int k = 0; k < 4; ++k) key.change[k] = key.anim[k] ? key.anim[k]->changeCount : 0;
   key.complete = complete;
   node->copiesKey = key;
-  workInfo = nullptr;
   return sofar;
 }
 

@@ -57,9 +57,8 @@ class tbColorTable {
     if (color) entries[static_cast<unsigned char>(i)] = *color;
   }
   /// Copies a run of entries of a table into this one as one block, as if
-  /// each were copied with SetCTTable, in an order that reads every source
-  /// entry before it is overwritten (the tables may be the same). The size
-  /// is kept.
+  /// each were copied with SetCTTable from a copy of the run taken first (the
+  /// tables may be the same and the runs may overlap). The size is kept.
   ///
   /// \param to The first entry written, 0 to 255.
   /// \param src The table read, read only; null does nothing.
@@ -68,7 +67,7 @@ class tbColorTable {
   ///        (or a negative start or count) does nothing.
   void CopyEntries(std::int32_t to, const tbColorTable* src, std::int32_t from,
                    std::int32_t count) {
-    if (!src || count <= 0 || to < 0 || from < 0 || to + count > 256 || from + count > 256) return;
+    if (!src || count <= 0 || to < 0 || from < 0 || to > 256 - count || from > 256 - count) return;
     // Every entry is a complete tbRGBColor, so the bytes of one entry are
     // those of any other entry of the same colour: copying them whole copies
     // the colour and leaves each entry a tbRGBColor.

@@ -362,3 +362,29 @@ TEST(QvAColorPlainLoops, FadeOfEveryComponentPair) {
     }
   }
 }
+
+// The tables' block copy against entry-by-entry copies from a copy of the
+// source, over random runs within one table (overlapping) and between two;
+// runs leaving a table copy nothing; the size stays.
+TEST(QvAColorPlainLoops, TableBlockCopies) {
+  std::mt19937 rng(77);
+  for (int round = 0; round < 500; ++round) {
+    tbColorTable a = RandomTable(rng), b = RandomTable(rng);
+    a.SetCTSize(static_cast<std::int16_t>(rng() % 256));
+    const bool same = round % 2 == 0;
+    tbColorTable* src = same ? &a : &b;
+    const tbColorTable before = *src;
+    tbColorTable want = a;
+    const int count = static_cast<int>(rng() % 300) - 20;
+    // A quarter of the runs end at, one before or one after the last entry.
+    const int edge = 256 - count + static_cast<int>(rng() % 3) - 1;
+    const int to = round % 4 == 1 ? edge : static_cast<int>(rng() % 300) - 20;
+    const int from = round % 4 == 3 ? edge : static_cast<int>(rng() % 300) - 20;
+    if (count > 0 && to >= 0 && from >= 0 && to + count <= 256 && from + count <= 256)
+      for (int i = 0; i < count; ++i)
+        want.SetCTTable(static_cast<std::int16_t>(to + i),
+                        before.CTTable(static_cast<std::int16_t>(from + i)));
+    a.CopyEntries(to, src, from, count);
+    ASSERT_EQ(want, a) << round;
+  }
+}
