@@ -17,14 +17,14 @@ unsigned char BlendComponent(unsigned char s, unsigned char g, double f) {
   return static_cast<unsigned char>(v / 257);
 }
 
-// The blend's step 3 for every difference k = s - g of two components (-255
-// to 255) at fraction f, kept to its low 16 bits, which is all that step 4
-// uses: low[k + 255]. The same operations as BlendComponent, since s16 - g16
-// is 257 k: the product of -257 k is exactly the negated product of 257 k
-// and truncation toward zero keeps the sign, so the negative differences
-// are the positive ones negated. In a loop the compiler vectorises (with
-// AVX2 where the processor has it; IEEE operations give the same results in
-// every width).
+// The truncated product D of BlendComponent for every difference k = s - g
+// of two components (-255 to 255) at fraction f, kept to its low 16 bits,
+// which is all that the 16-bit result uses: low[k + 255]. The same
+// operations, since s16 - g16 is 257 k: the product of -257 k is exactly the
+// negated product of 257 k and truncation toward zero keeps the sign, so the
+// negative differences are the positive ones negated. In a loop the
+// compiler vectorises (with AVX2 where the processor has it; IEEE
+// operations give the same results in every width).
 __attribute__((target_clones("avx2", "default"))) void BlendSteps(std::uint16_t* low, double f) {
   std::int32_t up[256];
   for (int k = 0; k < 256; ++k) up[k] = static_cast<std::int32_t>(static_cast<double>(k * 257) * f);
@@ -34,8 +34,8 @@ __attribute__((target_clones("avx2", "default"))) void BlendSteps(std::uint16_t*
   }
 }
 
-// The blend of every source component 0 to 255 toward g, steps 4 and 5 on
-// the low 16 bits of step 3.
+// The blend of every source component 0 to 255 toward g, from the low 16
+// bits of D: v = s16 - D on 16 bits, then v / 257.
 __attribute__((target_clones("avx2", "default"))) void BlendRow(unsigned char* out,
                                                                 const std::uint16_t* low,
                                                                 unsigned char g) {

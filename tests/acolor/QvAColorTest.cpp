@@ -331,9 +331,9 @@ TEST(QvAColorPlainLoops, FadeOfEveryComponentPair) {
   const tbColorTable grey = GreyTable();
   const int pairs[][2] = {{0, 30}, {1, 30}, {28, 30},   {29, 30},       {1, 2},
                           {1, 3},  {5, 7},  {171, 300}, {32765, 32767}, {100, 255}};
-  for (int part = 0; part <= 5; ++part) {
-    QvPal pal;  // part 5: the whole area; 0 to 4: every fifth index
-    for (int i = 0; i < 256; ++i) pal.SetFlag(B(i), part == 5 || i % 5 == part);
+  for (int shape = 0; shape <= 5; ++shape) {
+    QvPal pal;  // shape 5: every index; 0 to 4: every fifth index
+    for (int i = 0; i < 256; ++i) pal.SetFlag(B(i), shape == 5 || i % 5 == shape);
     QvAFade fade;
     ASSERT_EQ(1, fade.RegArea(&pal));
     for (const auto& fc : pairs) {
@@ -354,7 +354,7 @@ TEST(QvAColorPlainLoops, FadeOfEveryComponentPair) {
                                 in ? PlainBlend(s, 255 - g, f) : B(s),
                                 in ? PlainBlend(s, B(g * 3), f) : B(s));
           if (!(e == want)) {
-            ADD_FAILURE() << part << " " << fc[0] << "/" << fc[1] << " s " << s << " g " << g;
+            ADD_FAILURE() << shape << " " << fc[0] << "/" << fc[1] << " s " << s << " g " << g;
             return;
           }
         }
