@@ -68,7 +68,7 @@ tbColorTable* QvACycle::CTable(std::int16_t frame, tbColorTable* src) {
   ++changeCount;
   if (errorFlags != 0 || frame < 0 || frame >= Count() || !src || !cTable) return nullptr;
 
-  for (std::int16_t i = 0; i <= 255; ++i) cTable->SetCTTable(i, src->CTTable(i));
+  cTable->CopyEntries(0, src, 0, 256);
 
   for (cursor = head; cursor; cursor = cursor->next) {
     QvMPlayer* player = cursor->player;
@@ -77,6 +77,14 @@ tbColorTable* QvACycle::CTable(std::int16_t frame, tbColorTable* src) {
     std::int32_t p = player->Cur();
     const std::int32_t top = player->Top();
     const std::int32_t end = player->End();
+    if (src != cTable && 0 <= top && top <= p && p <= end && end <= 255) {
+      // The range rotated by p - top: entries top.. land on p to end, the
+      // rest on top to p - 1; two blocks.
+      cTable->CopyEntries(p, src, top, end - p + 1);
+      cTable->CopyEntries(top, src, top + (end - p + 1), p - top);
+      continue;
+    }
+    // Otherwise entry by entry, wrapping past the end to the top.
     for (std::int32_t i = top; i <= end; ++i) {
       if (p > end) p = top;
       cTable->SetCTTable(static_cast<std::int16_t>(p), src->CTTable(static_cast<std::int16_t>(i)));

@@ -1,5 +1,6 @@
 #include "acolor/QvAFlash.h"
 
+#include "acolor/QvAColorEntries.h"
 #include "toolbox/QvPal.h"
 #include "toolbox/tbColorTable.h"
 #include "toolbox/tbRGBColor.h"
@@ -49,12 +50,14 @@ tbColorTable* QvAFlash::CTable(std::int16_t frame, tbColorTable* src) {
       break;
   }
 
-  for (std::int16_t i = 0; i < localFlagNum(); ++i) {
-    if (area->Flag(static_cast<unsigned char>(i)) == 1) {
-      cTable->SetCTTable(i, &flash);
-    } else {
-      cTable->SetCTTable(i, src->CTTable(i));
-    }
+  // Entries 0 to n - 1 in one pass, each a whole-entry store; the entries
+  // are consecutive, so CTTable(0) + i is entry i.
+  const int n = localFlagNum();
+  const QvPal* pal = area;
+  tbRGBColor* out = cTable->CTTable(0);
+  const tbRGBColor* in = src->CTTable(0);
+  for (int i = 0; i < n; ++i) {
+    qvacolor::PutEntry(out + i, pal->Flag(static_cast<unsigned char>(i)) == 1 ? &flash : in + i);
   }
   return cTable;
 }

@@ -1,5 +1,6 @@
 #include "acolor/QvASwitch.h"
 
+#include "acolor/QvAColorEntries.h"
 #include "toolbox/QvPal.h"
 #include "toolbox/QvPlatform.h"
 #include "toolbox/tbColorTable.h"
@@ -8,7 +9,7 @@ namespace {
 // Gives dst the size of src, then copies the entries 0 to that size.
 void CopyTable(tbColorTable* dst, tbColorTable* src) {
   dst->SetCTSize(src->CTSize());
-  for (std::int16_t j = 0; j <= dst->CTSize(); ++j) dst->SetCTTable(j, src->CTTable(j));
+  dst->CopyEntries(0, src, 0, dst->CTSize() + 1);
 }
 }  // namespace
 
@@ -95,14 +96,18 @@ tbColorTable* QvASwitch::CTable(std::int16_t frame, tbColorTable* src) {
   }
 
   tbColorTable* table = &tables[frame];
-  for (std::int16_t i = 0; i < localFlagNum(); ++i) {
-    // A table smaller than the area leaves the indices above its size to the
-    // source's colours.
-    if (area->Flag(static_cast<unsigned char>(i)) == 1 && i <= table->CTSize()) {
-      cTable->SetCTTable(i, table->CTTable(i));
-    } else {
-      cTable->SetCTTable(i, src->CTTable(i));
-    }
+  // Entries 0 to n - 1 in one pass, each a whole-entry store; the entries
+  // are consecutive, so CTTable(0) + i is entry i. A table smaller than the
+  // area leaves the indices above its size to the source's colours.
+  const int n = localFlagNum();
+  const int size = table->CTSize();
+  const QvPal* pal = area;
+  tbRGBColor* out = cTable->CTTable(0);
+  const tbRGBColor* in = src->CTTable(0);
+  const tbRGBColor* own = table->CTTable(0);
+  for (int i = 0; i < n; ++i) {
+    const bool flagged = pal->Flag(static_cast<unsigned char>(i)) == 1 && i <= size;
+    qvacolor::PutEntry(out + i, flagged ? own + i : in + i);
   }
   return cTable;
 }

@@ -1099,7 +1099,9 @@ class QvMCast {
   char localAncAt(QvMCastInfo* info, std::int32_t time, tbPoint* point, char* flag);
   /// GetScroll, on the record.
   char localScrollAt(QvMCastInfo* info, std::int32_t time, std::int16_t* h, std::int16_t* v);
-  /// CTable, on the record.
+  /// CTable, on the record, without the copy into workCTable: the table
+  /// that holds the member's colours (an output table of a colour copy, the
+  /// own table or workCTable), to be read only; null as CTable.
   tbColorTable* localCTable(QvMCastInfo* info, std::int32_t time);
   /// The member whose colour table workCTable holds, as its last computation
   /// left it (null once CTable has handed the table out).

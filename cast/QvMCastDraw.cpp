@@ -112,9 +112,11 @@ tbColorTable* QvMCast::CTable(std::int16_t id, std::int32_t time) {
   QvMCastInfo* info = localSearch(id);
   if (!info) return nullptr;
   tbColorTable* table = localCTable(info, time);
-  // The caller may write into the table: it is copied again next time.
+  if (!table) return nullptr;
+  // The result is always workCTable; the caller may write into it.
+  if (table != &workCTable) workCTable = *table;
   workInfo = nullptr;
-  return table;
+  return &workCTable;
 }
 
 tbColorTable* QvMCast::localCTable(QvMCastInfo* info, std::int32_t time) {
@@ -138,15 +140,17 @@ tbColorTable* QvMCast::localCTable(QvMCastInfo* info, std::int32_t time) {
   // changed them since, and their clocks stand on the same frames): the
   // chain would end in the last kind's output table, copied whole.
   if (last && key.Same(node->copiesKey) && last->CTable() && last->CTable()->CTSize() == 255) {
-    if (workInfo != info) workCTable = *last->CTable();
-    workInfo = info;
-    return &workCTable;
+    return last->CTable();
   }
-  CopyCTable(&workCTable, info->orgCTable);
   bool complete = true;
-  // The colours so far: a whole output table is read where it lies rather
-  // than copied into workCTable first, which then receives the last.
-  tbColorTable* sofar = &workCTable;
+  // The colours so far: a whole table (the own one, an output) is read
+  // where it lies rather than copied into workCTable, which receives a
+  // table of another size only.
+  tbColorTable* sofar = info->orgCTable;
+  if (sofar->CTSize() != 255) {
+    CopyCTable(&workCTable, sofar);
+    sofar = &workCTable;
+  }
   for (QvAColor* anim : info->aColor) {
     if (!anim) continue;
     if (!anim->CTable(sofar)) complete = false;
@@ -162,12 +166,10 @@ tbColorTable* QvMCast::localCTable(QvMCastInfo* info, std::int32_t time) {
       sofar = &workCTable;
     }
   }
-  if (sofar != &workCTable) workCTable = *sofar;
   for (int k = 0; k < 4; ++k) key.change[k] = key.anim[k] ? key.anim[k]->changeCount : 0;
   key.complete = complete;
   node->copiesKey = key;
-  workInfo = key.valid ? info : nullptr;
-  return &workCTable;
+  return sofar;
 }
 
 char QvMCast::GetAFrameArea(std::int16_t id, std::int32_t time, tbRect* area, char mode,

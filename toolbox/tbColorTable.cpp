@@ -14,11 +14,6 @@ void tbColorTable::SetCTSize(std::int16_t highest) {
   size = highest;
 }
 
-void tbColorTable::SetCTTable(std::int16_t i, const tbRGBColor* color) {
-  if (!color) return;
-  entries[static_cast<unsigned char>(i)] = *color;
-}
-
 bool tbColorTable::operator==(const tbColorTable& o) const {
   if (size != o.size) return false;
   for (int i = 0; i < 256; ++i) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 
 #include "toolbox/tbRGBColor.h"
 
@@ -24,9 +25,13 @@ class tbColorTable {
   /// \param kind Accepted for compatibility; pass kStandard.
   explicit tbColorTable(std::int16_t kind);
   /// Copies the size and every entry.
-  tbColorTable(const tbColorTable&) = default;
+  tbColorTable(const tbColorTable& o) : size(o.size) { CopyEntries(0, &o, 0, 256); }
   /// Copies the size and every entry. \return This table.
-  tbColorTable& operator=(const tbColorTable&) = default;
+  tbColorTable& operator=(const tbColorTable& o) {
+    size = o.size;
+    CopyEntries(0, &o, 0, 256);
+    return *this;
+  }
   /// Destroys the table.
   virtual ~tbColorTable();
 
@@ -48,7 +53,27 @@ class tbColorTable {
   ///
   /// \param i Entry index; only its low 8 bits are used.
   /// \param color The colour, read only; null does nothing.
-  void SetCTTable(std::int16_t i, const tbRGBColor* color);
+  void SetCTTable(std::int16_t i, const tbRGBColor* color) {
+    if (color) entries[static_cast<unsigned char>(i)] = *color;
+  }
+  /// Copies a run of entries of a table into this one as one block, as if
+  /// each were copied with SetCTTable from a copy of the run taken first (the
+  /// tables may be the same and the runs may overlap). The size is kept.
+  ///
+  /// \param to The first entry written, 0 to 255.
+  /// \param src The table read, read only; null does nothing.
+  /// \param from The first entry read, 0 to 255.
+  /// \param count How many entries; a run that would leave either table
+  ///        (or a negative start or count) does nothing.
+  void CopyEntries(std::int32_t to, const tbColorTable* src, std::int32_t from,
+                   std::int32_t count) {
+    if (!src || count <= 0 || to < 0 || from < 0 || to > 256 - count || from > 256 - count) return;
+    // Every entry is a complete tbRGBColor, so the bytes of one entry are
+    // those of any other entry of the same colour: copying them whole copies
+    // the colour and leaves each entry a tbRGBColor.
+    std::memmove(static_cast<void*>(entries + to), static_cast<const void*>(src->entries + from),
+                 static_cast<std::size_t>(count) * sizeof(tbRGBColor));
+  }
 
   /// \param o Another table.
   /// \return true when the sizes and all 256 entries are equal.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <random>
 #include <vector>
 
 #include "toolbox/QvPal.h"
@@ -42,6 +43,23 @@ inline QvPal RangePal(int first, int last) {
   QvPal p;
   p.SetRange(B(first), B(last), 1);
   return p;
+}
+
+// A random area: runs of flagged indices of random lengths, covering a
+// random count of indices (256 half of the time).
+inline QvPal RandomPal(std::mt19937& rng) {
+  QvPal p;
+  for (int i = 0; i < 256;) {
+    const int run = static_cast<int>(rng() % 24) + 1;
+    if (rng() % 2) p.SetRange(B(i), B(i + run > 256 ? 255 : i + run - 1), 1);
+    i += run;
+  }
+  if (rng() % 2) p.SetFlagNum(static_cast<std::int16_t>(rng() % 257));
+  return p;
+}
+// A table of random colours.
+inline tbColorTable RandomTable(std::mt19937& rng) {
+  return Table([&](int) { return V{int(rng()), int(rng()), int(rng())}; });
 }
 
 inline tbRGBColor Entry(tbColorTable* t, int i) {

@@ -237,3 +237,154 @@ TEST(QvAColorMembersByKind, OperationsThatPassTheirChangeOn) {
                cast.AFade(f)->Mode(), cast.ASwitch(s)->Count(), cast.AFlash(l)->AreaFlag(4)}),
             (V{2, 9, 7, 1, 1, 1}));
 }
+
+namespace {
+
+// A cycle whose range clocks the test reads.
+struct CycleProbe : QvACycle {
+  using QvACycle::head;
+};
+
+// The blend of one component as defined: the reference for the fade.
+unsigned char PlainBlend(int s, int g, double f) {
+  const auto d = static_cast<std::int32_t>(static_cast<double>(s * 257 - g * 257) * f);
+  const auto v = static_cast<std::uint16_t>(static_cast<std::uint32_t>(s * 257) -
+                                            static_cast<std::uint32_t>(d));
+  return B(v / 257);
+}
+
+}  // namespace
+
+// Every kind against its plain per-entry loop, over random areas (runs,
+// FlagNum below 256 or not), source tables, frames and targets: the entries
+// below FlagNum take the kind's colour where flagged and the source's
+// elsewhere, the others keep what the output held; a cycle rotates each run
+// by its clock, also when it reads its own output as the source.
+TEST(QvAColorPlainLoops, RandomAreasAndTables) {
+  NoFailures guard;
+  std::mt19937 rng(2024);
+  tbRGBColor marker(1, 2, 3);
+  const tbRGBColor pure[3] = {{255, 0, 0}, {0, 255, 0}, {0, 0, 255}};
+  for (int round = 0; round < 300; ++round) {
+    SCOPED_TRACE(round);
+    QvPal pal = RandomPal(rng);
+    const int n = pal.FlagNum();
+    tbColorTable src = RandomTable(rng), own = RandomTable(rng);
+    own.SetCTSize(static_cast<std::int16_t>(rng() % 256));
+    const auto frame = static_cast<std::int16_t>(rng() % 3);
+    QvAFlash flash;
+    QvASwitch sw;
+    QvAFade fade;
+    CycleProbe cycle;
+    cycle.SetMode(static_cast<char>(rng() % 3));
+    const auto count = static_cast<std::int16_t>(rng() % 400 + 2);
+    fade.SetCount(count);
+    const tbRGBColor goal(B(rng()), B(rng()), B(rng()));
+    fade.RegColor(goal);
+    for (int k = 0; k < 3; ++k) sw.RegCTable(-1, k == frame ? &own : &src);
+    QvAColor* kinds[4] = {&flash, &sw, &fade, &cycle};
+    for (QvAColor* a : kinds) {
+      ASSERT_EQ(1, a->RegArea(&pal));
+      for (int i = 0; i < 256; ++i) a->SetColor(static_cast<std::int16_t>(i), &marker);
+    }
+    const double f = static_cast<double>(frame) / static_cast<double>(count - 1);
+    for (int k = 0; k < 3; ++k) {
+      tbColorTable* out = kinds[k]->CTable(frame, &src);
+      ASSERT_NE(out, nullptr);
+      for (int i = 0; i < 256; ++i) {
+        tbRGBColor want = i < n ? Entry(src, i) : marker;
+        if (i < n && pal.Flag(B(i)) == 1) {
+          if (k == 0) want = pure[frame];
+          if (k == 1 && i <= own.CTSize()) want = Entry(own, i);
+          if (k == 2)
+            want =
+                tbRGBColor(PlainBlend(want.red, goal.red, f), PlainBlend(want.green, goal.green, f),
+                           PlainBlend(want.blue, goal.blue, f));
+        }
+        ASSERT_EQ(want, Entry(out, i)) << k << " " << i;
+      }
+    }
+    // The cycle: frames far apart, from the source and from its own output.
+    const auto at = static_cast<std::int16_t>(rng() % 32767);
+    const bool itself = round % 3 == 0;
+    tbColorTable want = itself ? *cycle.CTable() : src;
+    ASSERT_NE(cycle.CTable(at, itself ? cycle.CTable() : &src), nullptr);
+    for (QvACycleInfo* r = cycle.head; r; r = r->next) {
+      const tbColorTable from = itself ? tbColorTable() : src;
+      std::int32_t p = r->player->Cur();
+      for (std::int32_t i = r->player->Top(); i <= r->player->End(); ++i, ++p) {
+        if (p > r->player->End()) p = r->player->Top();
+        want.SetCTTable(static_cast<std::int16_t>(p),
+                        (itself ? want : from).CTTable(static_cast<std::int16_t>(i)));
+      }
+    }
+    ASSERT_EQ(want, *cycle.CTable());
+  }
+}
+
+// The fade's blend of every source component toward every target component,
+// over the whole area (looked up in rows made for the call) and over sparse
+// areas (computed entry by entry), for frames across several counts, from
+// another table and from its own output.
+TEST(QvAColorPlainLoops, FadeOfEveryComponentPair) {
+  NoFailures guard;
+  const tbColorTable grey = GreyTable();
+  const int pairs[][2] = {{0, 30}, {1, 30}, {28, 30},   {29, 30},       {1, 2},
+                          {1, 3},  {5, 7},  {171, 300}, {32765, 32767}, {100, 255}};
+  for (int shape = 0; shape <= 5; ++shape) {
+    QvPal pal;  // shape 5: every index; 0 to 4: every fifth index
+    for (int i = 0; i < 256; ++i) pal.SetFlag(B(i), shape == 5 || i % 5 == shape);
+    QvAFade fade;
+    ASSERT_EQ(1, fade.RegArea(&pal));
+    for (const auto& fc : pairs) {
+      fade.SetCount(static_cast<std::int16_t>(fc[1]));
+      const double f = static_cast<double>(fc[0]) / static_cast<double>(fc[1] - 1);
+      for (int g = 0; g < 256; ++g) {
+        fade.RegColor(tbRGBColor(B(g), B(255 - g), B(g * 3)));
+        // Every other time from its own output as the source.
+        tbColorTable src = grey;
+        tbColorTable* from = g % 2 ? &src : fade.CTable();
+        *from = grey;
+        tbColorTable* out = fade.CTable(static_cast<std::int16_t>(fc[0]), from);
+        ASSERT_NE(out, nullptr);
+        for (int s = 0; s < 256; ++s) {
+          const bool in = pal.Flag(B(s)) == 1;
+          const tbRGBColor e = Entry(out, s);
+          const tbRGBColor want(in ? PlainBlend(s, g, f) : B(s),
+                                in ? PlainBlend(s, 255 - g, f) : B(s),
+                                in ? PlainBlend(s, B(g * 3), f) : B(s));
+          if (!(e == want)) {
+            ADD_FAILURE() << shape << " " << fc[0] << "/" << fc[1] << " s " << s << " g " << g;
+            return;
+          }
+        }
+      }
+    }
+  }
+}
+
+// The tables' block copy against entry-by-entry copies from a copy of the
+// source, over random runs within one table (overlapping) and between two;
+// runs leaving a table copy nothing; the size stays.
+TEST(QvAColorPlainLoops, TableBlockCopies) {
+  std::mt19937 rng(77);
+  for (int round = 0; round < 500; ++round) {
+    tbColorTable a = RandomTable(rng), b = RandomTable(rng);
+    a.SetCTSize(static_cast<std::int16_t>(rng() % 256));
+    const bool same = round % 2 == 0;
+    tbColorTable* src = same ? &a : &b;
+    const tbColorTable before = *src;
+    tbColorTable want = a;
+    const int count = static_cast<int>(rng() % 300) - 20;
+    // A quarter of the runs end at, one before or one after the last entry.
+    const int edge = 256 - count + static_cast<int>(rng() % 3) - 1;
+    const int to = round % 4 == 1 ? edge : static_cast<int>(rng() % 300) - 20;
+    const int from = round % 4 == 3 ? edge : static_cast<int>(rng() % 300) - 20;
+    if (count > 0 && to >= 0 && from >= 0 && to + count <= 256 && from + count <= 256)
+      for (int i = 0; i < count; ++i)
+        want.SetCTTable(static_cast<std::int16_t>(to + i),
+                        before.CTTable(static_cast<std::int16_t>(from + i)));
+    a.CopyEntries(to, src, from, count);
+    ASSERT_EQ(want, a) << round;
+  }
+}
