@@ -1103,8 +1103,5 @@ class QvMCast {
   /// that holds the member's colours (an output table of a colour copy, the
   /// own table or workCTable), to be read only; null as CTable.
   tbColorTable* localCTable(QvMCastInfo* info, std::int32_t time);
-  /// The member whose colour table workCTable holds, as its last computation
-  /// left it (null once CTable has handed the table out).
-  QvMCastInfo* workInfo = nullptr;
   //@}
 };

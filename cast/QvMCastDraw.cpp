@@ -115,7 +115,6 @@ tbColorTable* QvMCast::CTable(std::int16_t id, std::int32_t time) {
   if (!table) return nullptr;
   // The result is always workCTable; the caller may write into it.
   if (table != &workCTable) workCTable = *table;
-  workInfo = nullptr;
   return &workCTable;
 }
 

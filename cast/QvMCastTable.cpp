@@ -253,7 +253,6 @@ void QvMCast::localDel(QvMCastInfo* info) {
   if (tail == info) tail = info->prev;
   --memberCount;
   localIndexRemove(info);
-  if (workInfo == info) workInfo = nullptr;
   if (!head) {
     newID = 0;
     localIndexClear();
@@ -269,7 +268,6 @@ void QvMCast::localDel(QvMCastInfo* info) {
 
 void QvMCast::DelAll() {
   localIndexClear();
-  workInfo = nullptr;
   QvMCastInfo* p = head;
   while (p) {
     QvMCastInfo* next = p->next;
