@@ -4,6 +4,14 @@
 #include "toolbox/QvPal.h"
 #include "toolbox/tbColorTable.h"
 
+// Loops compiled twice, for AVX2 and for the base instruction set, the one
+// the processor has chosen when the library is loaded (x86-64 only).
+#if defined(__x86_64__) && !defined(__EMSCRIPTEN__)
+#define QV_CLONES_AVX2 __attribute__((target_clones("avx2", "default")))
+#else
+#define QV_CLONES_AVX2
+#endif
+
 namespace {
 // One component of the blend: from s toward g by the fraction f, on the
 // 16-bit scale, truncated toward the source and back down to 8 bits.
@@ -25,7 +33,7 @@ unsigned char BlendComponent(unsigned char s, unsigned char g, double f) {
 // negative differences are the positive ones negated. In a loop the
 // compiler vectorises (with AVX2 where the processor has it; IEEE
 // operations give the same results in every width).
-__attribute__((target_clones("avx2", "default"))) void BlendSteps(std::uint16_t* low, double f) {
+QV_CLONES_AVX2 void BlendSteps(std::uint16_t* low, double f) {
   std::int32_t up[256];
   for (int k = 0; k < 256; ++k) up[k] = static_cast<std::int32_t>(static_cast<double>(k * 257) * f);
   for (int k = 0; k < 256; ++k) {
@@ -36,9 +44,7 @@ __attribute__((target_clones("avx2", "default"))) void BlendSteps(std::uint16_t*
 
 // The blend of every source component 0 to 255 toward g, from the low 16
 // bits of D: v = s16 - D on 16 bits, then v / 257.
-__attribute__((target_clones("avx2", "default"))) void BlendRow(unsigned char* out,
-                                                                const std::uint16_t* low,
-                                                                unsigned char g) {
+QV_CLONES_AVX2 void BlendRow(unsigned char* out, const std::uint16_t* low, unsigned char g) {
   const std::uint16_t* d = low + (255 - g);
   for (int s = 0; s < 256; ++s) {
     const auto v = static_cast<std::uint16_t>(static_cast<std::uint32_t>(s * 257) - d[s]);
