@@ -47,7 +47,9 @@ struct Movie {
   int count = 1;
   int index = 0;
   int speedLevel = 0;
-  std::int32_t shown = 0;  // the moment drawn last
+  std::int32_t shown = 0;        // the moment drawn last
+  std::vector<char> layerShown;  // by layer index, from the bottom
+  bool frameByFrame = false;     // playing shows every moment, late or not
   std::vector<unsigned char> pixels;
   std::uint32_t colors[256] = {};  // as an ImageData holds them: r, g, b, a bytes
   std::string hit;
@@ -77,6 +79,11 @@ std::int16_t SpeedOf(const Movie& m) {
 }
 
 bool Running(Movie& m) { return m.clock.IsPlaying() && !m.clock.IsPausing(); }
+
+bool LayerShown(const Movie& m, int layer) {
+  return layer >= 0 && layer < static_cast<int>(m.layerShown.size()) &&
+         m.layerShown[static_cast<std::size_t>(layer)];
+}
 
 }  // namespace
 
@@ -131,6 +138,8 @@ EMSCRIPTEN_KEEPALIVE int qvw_open(const char* name, const char* text) {
   m->clock.SetSpeed(SpeedOf(*m));
   m->index = m->clock.SetCur(0);
   m->shown = m->scene->From();
+  m->layerShown.assign(
+      static_cast<std::size_t>(std::max<std::int16_t>(0, m->scene->Layers()->Count())), 1);
   gMovie = std::move(m);
   return 1;
 }
@@ -158,7 +167,8 @@ EMSCRIPTEN_KEEPALIVE int qvw_running() { return gMovie && Running(*gMovie) ? 1 :
 /// Samples the clock; 1 when the current moment changed.
 EMSCRIPTEN_KEEPALIVE int qvw_advance() {
   if (!gMovie) return 0;
-  const int k = gMovie->clock.Cur();
+  const int k =
+      gMovie->frameByFrame && Running(*gMovie) ? gMovie->clock.Next() : gMovie->clock.Cur();
   if (k == gMovie->index) return 0;
   gMovie->index = k;
   return 1;
@@ -207,13 +217,42 @@ EMSCRIPTEN_KEEPALIVE int qvw_cycle_mode() {
   return gMovie->clock.Mode();
 }
 
+/// Number of layers, from the bottom.
+EMSCRIPTEN_KEEPALIVE int qvw_layer_count() {
+  return gMovie ? static_cast<int>(gMovie->layerShown.size()) : 0;
+}
+/// 1 when layer index (from the bottom, 0 first) is drawn, else 0.
+EMSCRIPTEN_KEEPALIVE int qvw_layer_shown(int index) {
+  return gMovie && LayerShown(*gMovie, index) ? 1 : 0;
+}
+/// Hides a shown layer or shows a hidden one; gives 1 when it is now
+/// shown, 0 when hidden, -1 when there is no such layer. The colours stay
+/// the whole movie's: colour animations on a hidden layer still change them.
+EMSCRIPTEN_KEEPALIVE int qvw_toggle_layer(int index) {
+  if (!gMovie || index < 0 || index >= static_cast<int>(gMovie->layerShown.size())) return -1;
+  char& shown = gMovie->layerShown[static_cast<std::size_t>(index)];
+  shown = !shown;
+  return shown;
+}
+/// Switches between real time (moments that are late are skipped) and
+/// frame by frame (playing shows every moment in turn); gives 1 for frame
+/// by frame.
+EMSCRIPTEN_KEEPALIVE int qvw_frame_by_frame() {
+  if (!gMovie) return 0;
+  gMovie->frameByFrame = !gMovie->frameByFrame;
+  return gMovie->frameByFrame ? 1 : 0;
+}
+
+/// 1 while playing frame by frame.
+EMSCRIPTEN_KEEPALIVE int qvw_frame_by_frame_on() { return gMovie && gMovie->frameByFrame ? 1 : 0; }
+
 /// Draws moment t (any time, not only the clock's moments) into
 /// qvw_pixels() and its colour table into qvw_colors().
 EMSCRIPTEN_KEEPALIVE void qvw_draw(int t) {
   if (!gMovie) return;
   Movie& m = *gMovie;
   tbPixMap* pm = m.world->PixMap();
-  m.scene->DrawMoment(t, pm);
+  m.scene->DrawMoment(t, pm, [&m](int layer) { return LayerShown(m, layer); });
   const std::size_t w = static_cast<std::size_t>(m.scene->Width());
   for (std::int32_t y = 0; y < m.scene->Height(); ++y) {
     std::memcpy(m.pixels.data() + y * w,
@@ -245,7 +284,7 @@ EMSCRIPTEN_KEEPALIVE const char* qvw_hit(int x, int y) {
   m.hit.clear();
   std::int16_t id = -1;
   int layer = -1;
-  if (m.scene->TopmostAt(x, y, m.shown, &id, &layer)) {
+  if (m.scene->TopmostAt(x, y, m.shown, &id, &layer, [&m](int l) { return LayerShown(m, l); })) {
     m.hit = m.scene->MemberName(id);
     if (m.hit.empty()) m.hit = "member " + std::to_string(id);
   }

@@ -457,29 +457,8 @@ bool Player::Reload() {
 tbPixMap* Player::PixMap() { return world_ ? world_->PixMap() : nullptr; }
 
 void Player::DrawLayers(std::int32_t t, tbPixMap* pixMap) {
-  if (!scene_ || !pixMap || !pixMap->TopAddr()) return;
-  QvMLayer* layers = scene_->Layers();
-  bool all = true;
-  for (int layer = 0; layer < layers->Count(); ++layer) all = all && LayerVisible(layer);
-  if (all) {
-    // The whole movie: exactly what the render tool draws.
-    scene_->DrawMoment(t, pixMap);
-    return;
-  }
-  const tbRect& b = pixMap->Bounds();
-  for (std::int32_t y = 0; y < b.bottom - b.top; ++y) {
-    std::memset(pixMap->TopAddr() + static_cast<std::ptrdiff_t>(y) * pixMap->Offset(),
-                scene_->Background(), static_cast<std::size_t>(b.right - b.left));
-  }
-  tbRect area = scene_->Area();
-  for (int layer = 0; layer < layers->Count(); ++layer) {
-    if (!LayerVisible(layer)) continue;
-    QvMCast* cast = nullptr;
-    std::int16_t id = -1;
-    for (std::int16_t i = 0; layers->Get(static_cast<std::int16_t>(layer), i, &cast, &id); ++i) {
-      cast->DrawPicture(id, t, pixMap, &area);
-    }
-  }
+  if (!scene_) return;
+  scene_->DrawMoment(t, pixMap, [this](int layer) { return LayerVisible(layer); });
 }
 
 void Player::UpdatePicture() {

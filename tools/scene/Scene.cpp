@@ -30,7 +30,7 @@ std::vector<std::int32_t> Scene::Times() const {
   return times;
 }
 
-void Scene::DrawMoment(std::int32_t t, tbPixMap* pixMap) {
+void Scene::DrawMoment(std::int32_t t, tbPixMap* pixMap, const std::function<bool(int)>& shown) {
   if (!pixMap || !pixMap->TopAddr()) return;
   const tbRect& b = pixMap->Bounds();
   for (std::int32_t y = 0; y < b.bottom - b.top; ++y) {
@@ -38,7 +38,20 @@ void Scene::DrawMoment(std::int32_t t, tbPixMap* pixMap) {
                 static_cast<std::size_t>(b.right - b.left));
   }
   tbRect area = Area();
-  layers_->DrawPicture(t, pixMap, &area);
+  bool all = true;
+  for (int layer = 0; shown && layer < layers_->Count(); ++layer) all = all && shown(layer);
+  if (all) {
+    // The whole movie: exactly what the render tool draws.
+    layers_->DrawPicture(t, pixMap, &area);
+    return;
+  }
+  for (int layer = 0; layer < layers_->Count(); ++layer) {
+    if (!shown(layer)) continue;
+    QvMCast* cast = nullptr;
+    std::int16_t id = -1;
+    for (std::int16_t i = 0; layers_->Get(static_cast<std::int16_t>(layer), i, &cast, &id); ++i)
+      if (cast) cast->DrawPicture(id, t, pixMap, &area);
+  }
 }
 
 void Scene::Palette(std::int32_t t, tbColorTable* out) {

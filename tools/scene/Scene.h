@@ -50,8 +50,10 @@ class Scene {
   tbRect Area() const { return tbRect(0, 0, width_, height_); }
 
   // Clears the pixel map to the background index and draws moment t of
-  // every layer into it (QvMLayer::DrawPicture).
-  void DrawMoment(std::int32_t t, tbPixMap* pixMap);
+  // every layer into it (QvMLayer::DrawPicture); with shown, only the
+  // layers (by index, from the bottom) for which it is true, each member
+  // drawn as the whole movie draws it.
+  void DrawMoment(std::int32_t t, tbPixMap* pixMap, const std::function<bool(int)>& shown = {});
   // The colour table of moment t (QvMLayer::GetCTable over the base palette).
   void Palette(std::int32_t t, tbColorTable* out);
   // Draws moment t into an indexed picture with its palette. False when

@@ -220,6 +220,42 @@ TEST_F(WebPage, KeysOfThePlayer) {
   EXPECT_GT(ReadJson(state).get<int>(), 0);  // playing from the first moment
 }
 
+// Keys 2 and 6 hide the layers of the sun and moon and of the walker (no
+// colour animations on them, so the colours stay): the canvas at moment 110
+// is the render tool's picture of the demo without those two layers; 9
+// names a layer the demo does not have. F then plays frame by frame: at 32
+// times the speed, 480 moments a second, far more than the browser has
+// animation frames, every moment is still shown in turn, none skipped.
+TEST_F(WebPage, LayersHiddenAndFrameByFrame) {
+  for (const auto& f : fs::directory_iterator(QV_EXAMPLES_DIR))
+    if (f.path().extension() == ".png") fs::copy_file(f.path(), *dir_ / f.path().filename());
+  nlohmann::json scene = ReadJson(scene_);
+  auto& layers = scene["layers"];
+  layers.erase(5);
+  layers.erase(1);
+  const std::string reduced = *dir_ / "reduced.json", state = *dir_ / "layers.json";
+  WriteText(reduced, scene.dump());
+  ExpectMoment(page_, reduced, 110, 2,
+               "--keys 2,6,9 --sleep 0.3 --eval '[qvPage.hiddenLayers(), "
+               "document.getElementById(\"status\").textContent]' " +
+                   state);
+  const nlohmann::json shown = ReadJson(state);
+  EXPECT_EQ(shown[0], nlohmann::json::parse("[2, 6]"));
+  EXPECT_TRUE(Contains(shown[1], "no layer 9")) << shown;
+
+  const std::string log = *dir_ / "fbf.json";
+  ASSERT_TRUE(Browse("t=0&log&s=1",
+                     "--keys +,+,+,+,+,f,' ' --sleep 1 --eval "
+                     "'[qvPage.frameByFrame(), qvPage.speed(), qvPage.log.map((e) => e.index)]' " +
+                         log));
+  const nlohmann::json played = ReadJson(log);
+  EXPECT_EQ(played[0], true);
+  EXPECT_EQ(played[1], 480);
+  ASSERT_GE(played[2].size(), 6u) << played;
+  for (std::size_t i = 1; i < played[2].size(); ++i)
+    EXPECT_EQ(played[2][i].get<int>(), played[2][i - 1].get<int>() + 1) << played[2];
+}
+
 // Playing from moment 210 for three seconds, over the end of the movie and
 // round to its start: every moment the page drew is where the engine's
 // clock puts it (the scene's step of 2 units of 1/30 s makes 15 moments a
