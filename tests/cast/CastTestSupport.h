@@ -80,6 +80,7 @@ class CastProbe : public QvMCast {
       if (p->id == id) return p;
     return nullptr;
   }
+  QvMCastInfo* Head() { return head; }
   QvMCastInfo* CurInfo() { return curInfo; }
   char LockFlag() { return lockFlag; }
   tbColorTable& Work() { return workCTable; }

@@ -98,11 +98,6 @@ TEST_F(QvMCastDup, DuplicationFailures) {
             (Vals{6, 0, 0}));
   EXPECT_EQ(FailAt(1, [&] { return cast.Dup(S(3), 0, nullptr, &other, S(-1)); }), -1);
   EXPECT_EQ(other.Count(), 0);
-  // Failures part-way leave a partial duplicate and no leak.
-  for (int k = 2; k <= 40; k += 3) {
-    CastProbe partial;
-    FailAt(k, [&] { return cast.Dup(S(3), 0, Txt("p"), &partial, S(-1)); });
-  }
   // A new destination id that would replace the source itself is refused,
   // also while the store is locked on the source.
   CastProbe self;
@@ -162,7 +157,6 @@ TEST_F(QvMCastDup, BackupAndRestoreFailures) {
             (Vals{0, 0, 0}));  // range unset
   cast.SetStartEnd(S(0), 3, 4);
   EXPECT_EQ(FailAt(1, [&] { return cast.Backup(S(0), &backup); }), 0);  // the name copy
-  for (int k = 2; k <= 8; ++k) FailAt(k, [&] { return cast.Backup(S(0), &backup); });
   // The name travels with the registrations: without any it stays behind.
   EXPECT_EQ(cast.Backup(S(0), &backup), 1);
   EXPECT_EQ(NameOf(backup, S(0)), "<none>");

@@ -26,7 +26,7 @@ TEST(Regression, MemberWithNegativeIdIsNotEnteredInAList) {
   store.Unlock();
   ASSERT_NE(store.AFrame(-1), nullptr);  // the member holds its copy
   EXPECT_FALSE(ListHolds(anim.get(), &store, -1));
-  EXPECT_EQ(store.Find(-1)->lists[4], nullptr);
+  EXPECT_EQ(store.Rec(-1)->lists[4], nullptr);
   anim.reset();
   EXPECT_EQ(store.DelAFrame(-1), 1);
   EXPECT_EQ(store.Count(), 1);  // the animation's walk made no member

@@ -134,7 +134,7 @@ void VerifyFrames(QvAFrame& a) {
 }
 
 void VerifyStore(CastProbe& store, Movie& m) {
-  EXPECT_EQ(store.Locked(), 0) << "store left locked";
+  EXPECT_EQ(store.LockFlag(), 0) << "store left locked";
   const QvMCastList* expected[5] = {m.cycle.get(), m.flash.get(), m.switcher.get(), m.fade.get(),
                                     m.frame.get()};
   const int count = Walk(store.Head(), [&](QvMCastInfo& r) {
@@ -174,7 +174,7 @@ void VerifyList(QvMCastList* list, int kind, Movie& m, bool complete) {
   std::int16_t id = 0;
   for (std::int16_t n = 0; n < 10000 && list->Get(n, &c, &id); ++n) {
     ASSERT_TRUE(c == m.cast.get() || c == m.backup.get()) << "foreign store in list";
-    QvMCastInfo* r = static_cast<CastProbe*>(c)->Find(id);
+    QvMCastInfo* r = static_cast<CastProbe*>(c)->Rec(id);
     ASSERT_NE(r, nullptr) << "list " << kind << " names absent member " << id;
     EXPECT_EQ(r->lists[kind], list) << "member " << id << " does not refer to list " << kind;
     if (!complete) continue;
@@ -303,14 +303,6 @@ void Sweep(const std::string& operation, const std::function<void(Trial&)>& tria
   }
   EXPECT_LT(faults, kMaxFaults) << operation << " never stops allocating";
   std::printf("[ sweep    ] %-60s %6d faults\n", operation.c_str(), faults);
-}
-
-bool ListHolds(QvMCastList* list, QvMCast* cast, std::int16_t id) {
-  QvMCast* c = nullptr;
-  std::int16_t i = 0;
-  for (std::int16_t n = 0; n < 32767 && list->Get(n, &c, &i); ++n)
-    if (c == cast && i == id) return true;
-  return false;
 }
 
 void SweepOp(const std::string& name, unsigned levels,

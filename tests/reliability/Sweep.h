@@ -12,18 +12,11 @@
 #include <vector>
 
 #include "acolor/QvACycle.h"
-#include "acolor/QvAFade.h"
 #include "acolor/QvAFlash.h"
 #include "acolor/QvASwitch.h"
-#include "aframe/QvAFrame.h"
-#include "cast/QvMCast.h"
 #include "cast/QvMCastInfo.h"
 #include "layer/QvMLayer.h"
-#include "player/QvMCastList.h"
-#include "toolbox/QvPal.h"
-#include "toolbox/QvPlatform.h"
-#include "toolbox/tbColorTable.h"
-#include "toolbox/tbPixMap.h"
+#include "tests/cast/CastTestSupport.h"
 #include "toolbox/tbRect.h"
 
 namespace reliability {
@@ -87,15 +80,7 @@ constexpr std::int16_t kScroller = 4;   // kImages: frame animation, anchors, sc
 constexpr std::int16_t kColoured = 5;   // kColour: frame, table and four colour kinds
 
 // Probes that open the protected state of the objects the movie owns.
-struct CastProbe : QvMCast {
-  QvMCastInfo* Head() const { return head; }
-  QvMCastInfo* Find(std::int16_t id) const {
-    QvMCastInfo* r = head;
-    while (r && r->id != id) r = r->next;
-    return r;
-  }
-  char Locked() const { return lockFlag; }
-};
+using casttest::CastProbe;
 struct LayerProbe : QvMLayer {
   QvMLayerInfo* Head() const { return head; }
   unsigned char* Comment() const { return comment; }
@@ -112,7 +97,9 @@ struct SwitchProbe : QvASwitch {
 };
 
 // Whether the reference list holds the member.
-bool ListHolds(QvMCastList* list, QvMCast* cast, std::int16_t id);
+inline bool ListHolds(QvMCastList* list, QvMCast* cast, std::int16_t id) {
+  return casttest::ListSize(*list, cast, id) > 0;
+}
 
 // An 8-bit pixel map with its own buffer.
 struct Canvas {
