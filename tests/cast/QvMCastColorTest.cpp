@@ -227,7 +227,7 @@ TEST(QvMCastColourReuse, MatchesComputingEveryTableAnew) {
   QvAFlash flash;
   QvASwitch sw;
   QvAFade fade;
-  QvPal low = PalRange(1, 9), high = PalRange(5, 40);
+  QvPal low = RangePal(1, 9), high = RangePal(5, 40);
   cycle.RegArea(&low);
   flash.RegArea(&high);
   sw.RegArea(&low);

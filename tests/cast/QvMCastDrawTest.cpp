@@ -100,7 +100,7 @@ TEST_F(QvMCastDraw, ColourTableChain) {
   EXPECT_EQ(cast.CTable(S(0), 3), ct);  // the store's working table
   EXPECT_TRUE(cast.CTable(S(0), -1) == nullptr && cast.CTable(S(0), 101) == nullptr);
 
-  QvPal pal = PalRange(1, 4);
+  QvPal pal = RangePal(1, 4);
   QvACycle cycle;
   QvAFlash flash;
   QvASwitch sw;
@@ -151,7 +151,7 @@ TEST_F(QvMCastDraw, EachCopysClockRunsAtItsOwnSpeed) {
   cast.SetStartEnd(S(0), 50, 150);
   QvAFade fade, slow;
   QvAFlash flash;
-  QvPal pal = PalRange(5, 5);
+  QvPal pal = RangePal(5, 5);
   for (QvAColor* a : std::initializer_list<QvAColor*>{&fade, &slow, &flash}) a->RegArea(&pal);
   fade.RegColor(tbRGBColor(255, 0, 0));
   slow.SetSpeed(S(15));
@@ -252,7 +252,7 @@ TEST_F(QvMCastDraw, Icons) {
 
 TEST_F(QvMCastDraw, AllocationFailuresWhileDrawing) {
   QvAFade fade;
-  QvPal pal = PalRange(1, 1);
+  QvPal pal = RangePal(1, 1);
   fade.RegArea(&pal);
   cast.RegAColor(S(0), &fade, QvAColor::kFade, 0, nullptr, nullptr);
   for (int k = 1; k <= 8; ++k) FailAt(k, [&] { return Draw(1); });

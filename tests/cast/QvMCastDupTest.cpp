@@ -9,7 +9,7 @@ namespace {
 // attached too. The lists outlive the store that refers to them.
 struct QvMCastDup : testing::Test {
   void SetUp() override {
-    QvPal area = PalRange(1, 2), pal = PalRange(0, 7);
+    QvPal area = RangePal(1, 2), pal = RangePal(0, 7);
     fade.RegArea(&area);
     cast.New(S(3), nullptr);
     EXPECT_EQ(cast.RegAFrame(S(3), anim.get(), 20, Txt("src"), anim.get()), 3);
