@@ -132,12 +132,13 @@ inline std::unique_ptr<QvAFade> MakeFade() {
   return fade;
 }
 
-// An 8-bit host pixel buffer with its pixel map.
+// An 8-bit host pixel buffer with its pixel map and its whole area.
 struct Screen {
   Screen(int w, int h, unsigned char fill = 0)
       : width(w),
         pixels(static_cast<size_t>(w * h), fill),
-        pixMap(pixels.data(), S(w), {0, 0, w, h}) {}
+        pixMap(pixels.data(), S(w), {0, 0, w, h}),
+        area(0, 0, w, h) {}
   Screen(const Screen&) = delete;
   Screen& operator=(const Screen&) = delete;
   unsigned char At(int x, int y) const { return pixels[static_cast<size_t>(y * width + x)]; }
@@ -149,6 +150,7 @@ struct Screen {
   int width;
   std::vector<unsigned char> pixels;
   tbPixMap pixMap;
+  tbRect area;
 };
 
 }  // namespace casttest

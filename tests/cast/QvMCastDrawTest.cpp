@@ -26,12 +26,11 @@ struct QvMCastDraw : CastTest {
   void SetUp() override { Make(0, {5}); }
   char Draw(std::int32_t t, std::int16_t id = 0) {
     screen.Fill(kBack);
-    return cast.DrawPicture(id, t, &screen.pixMap, &area);
+    return cast.DrawPicture(id, t, &screen.pixMap, &screen.area);
   }
   std::unique_ptr<QvAFrame> anim;
   tbColorTable table = GreyTable();
   Screen screen{16, 16, kBack};
-  tbRect area{0, 0, 16, 16};
 };
 
 }  // namespace
@@ -66,7 +65,7 @@ TEST_F(QvMCastDraw, TimesFramesAndBadRequests) {
   EXPECT_EQ((Vals{Draw(105), Draw(99), screen.CountNot(kBack), Draw(104), Draw(-1)}),
             (Vals{0, 0, 0, 1, 1}));  // -1: the start
   EXPECT_EQ(screen.At(8, 8), FramePixel(0, 2, 1));
-  EXPECT_EQ((Vals{cast.DrawPicture(S(0), 100, nullptr, &area),
+  EXPECT_EQ((Vals{cast.DrawPicture(S(0), 100, nullptr, &screen.area),
                   cast.DrawPicture(S(0), 100, &screen.pixMap, nullptr)}),
             (Vals{0, 0}));
   // No own colour table (so no world), no frame animation, no frames.

@@ -215,12 +215,12 @@ TEST(AFrameSweep, CopiesAndDrawing) {
         tbGWorld* world = nullptr;
         tbRect bounds(0, 0, 20, 16);
         ASSERT_EQ(qv::tb.NewGWorld(&world, tbToolBox::kDepth8, &bounds, &m.table), 1);
-        Canvas c(48, 32);
+        Screen c(48, 32);
         QvPal* pal = withPal ? &m.pal : nullptr;
         t.Ok([&] {
-          return master ? m.frame->DrawMPicture(5, world, 10, 8, pal, 0, 0, 0, 0, &c.map, -3, 20)
+          return master ? m.frame->DrawMPicture(5, world, 10, 8, pal, 0, 0, 0, 0, &c.pixMap, -3, 20)
                         : m.frame->DrawAPicture(1, world, 10, 8, pal, withPal ? 3 : -1, 3, 2, 1,
-                                                &c.map, 4, 4);
+                                                &c.pixMap, 4, 4);
         });
         qv::tb.DisposeGWorld(world);
       });

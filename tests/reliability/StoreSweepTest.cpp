@@ -131,9 +131,9 @@ TEST(CastSweep, ColourCopies) {
 // here the members with colour animations.
 TEST(CastSweep, DrawingWithColourAnimations) {
   SweepOp("QvMCast::DrawPicture with colour animations", kFromColour, [](Trial& t, Movie& m) {
-    Canvas c;
-    t.Failed(t([&] { return m.cast->DrawPicture(kColoured, 14, &c.map, &c.area); }) != 1);
-    EXPECT_EQ(m.cast->DrawPicture(kColoured, 14, &c.map, &c.area), 1) << "drawing again";
+    Screen c(64, 48);
+    t.Failed(t([&] { return m.cast->DrawPicture(kColoured, 14, &c.pixMap, &c.area); }) != 1);
+    EXPECT_EQ(m.cast->DrawPicture(kColoured, 14, &c.pixMap, &c.area), 1) << "drawing again";
   });
 }
 
@@ -249,8 +249,8 @@ TEST(LayerSweep, Operations) {
   }
   for (std::int32_t time : {12, 25}) {
     SweepOp("QvMLayer::DrawPicture at " + std::to_string(time), kLayers, [=](Trial& t, Movie& m) {
-      Canvas c;
-      t([&] { m.layers->DrawPicture(time, &c.map, &c.area); });
+      Screen c(64, 48);
+      t([&] { m.layers->DrawPicture(time, &c.pixMap, &c.area); });
     });
   }
   SweepOp("QvMLayer::RegCast placed again", kLayers, [](Trial& t, Movie& m) {

@@ -225,14 +225,14 @@ void Exercise(Movie& m) {
   QvFailAllocation(0);
   if (m.frame) m.frame->UpdateMCast();
   for (int kind = 0; kind < 4; ++kind) m.OnColour(kind, [](auto& a) { a->UpdateMCast(); });
-  Canvas canvas;
+  Screen canvas(64, 48);
   for (CastProbe* store : {m.cast.get(), m.backup.get()}) {
     if (!store) continue;
     for (std::int16_t i = 0, count = store->Count(); i < count; ++i) {
       const std::int16_t id = store->Index2ID(i);
       const std::int32_t start = store->Start(id);
-      store->DrawPicture(id, -1, &canvas.map, &canvas.area);
-      store->DrawPicture(id, start + 3, &canvas.map, &canvas.area);
+      store->DrawPicture(id, -1, &canvas.pixMap, &canvas.area);
+      store->DrawPicture(id, start + 3, &canvas.pixMap, &canvas.area);
       store->CTable(id, start);
       tbPicture* icon = store->Icon(id, 12, 10);
       EXPECT_TRUE(!icon || store->Icon(id, 12, 10) == icon) << "icon not cached";
@@ -245,7 +245,7 @@ void Exercise(Movie& m) {
     }
   }
   if (m.layers)
-    for (std::int32_t t : {0, 12, 25, 45}) m.layers->DrawPicture(t, &canvas.map, &canvas.area);
+    for (std::int32_t t : {0, 12, 25, 45}) m.layers->DrawPicture(t, &canvas.pixMap, &canvas.area);
   if (m.cast && m.frame) {
     Text late("late");
     EXPECT_GE(m.cast->RegAFrame(-1, m.frame.get(), 0, late, m.frame.get()), 0)

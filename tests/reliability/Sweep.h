@@ -101,16 +101,8 @@ inline bool ListHolds(QvMCastList* list, QvMCast* cast, std::int16_t id) {
   return casttest::ListSize(*list, cast, id) > 0;
 }
 
-// An 8-bit pixel map with its own buffer.
-struct Canvas {
-  explicit Canvas(std::int16_t w = 64, std::int16_t h = 48)
-      : pixels(static_cast<std::size_t>(w * h)),
-        map(pixels.data(), w, tbRect(0, 0, w, h)),
-        area(0, 0, w, h) {}
-  std::vector<unsigned char> pixels;
-  tbPixMap map;
-  tbRect area;
-};
+// An 8-bit pixel map with its own buffer (64 x 48 where the size does not matter).
+using casttest::Screen;
 
 struct Movie {
   Movie();
