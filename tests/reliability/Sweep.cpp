@@ -157,7 +157,7 @@ void VerifyStore(CastProbe& store, Movie& m) {
       if (!list) continue;
       if (k < 5 && list != expected[k]) {
         ADD_FAILURE() << "list " << k << " is not the movie's";
-      } else if (!ListHolds(list, &store, r.id)) {
+      } else if (!casttest::ListSize(*list, &store, r.id)) {
         ADD_FAILURE() << "refers to list " << k << " which does not hold it (the reference"
                       << " dangles once the animation is destroyed)";
         r.lists[k] = nullptr;  // so that the rest of the sweep can go on

@@ -96,11 +96,6 @@ struct SwitchProbe : QvASwitch {
   tbColorTable* Tables() const { return tables; }
 };
 
-// Whether the reference list holds the member.
-inline bool ListHolds(QvMCastList* list, QvMCast* cast, std::int16_t id) {
-  return casttest::ListSize(*list, cast, id) > 0;
-}
-
 // An 8-bit pixel map with its own buffer (64 x 48 where the size does not matter).
 using casttest::Screen;
 
