@@ -247,7 +247,7 @@ void Exercise(Movie& m) {
   if (m.layers)
     for (std::int32_t t : {0, 12, 25, 45}) m.layers->DrawPicture(t, &canvas.pixMap, &canvas.area);
   if (m.cast && m.frame) {
-    Text late("late");
+    unsigned char* late = Text("late");
     EXPECT_GE(m.cast->RegAFrame(-1, m.frame.get(), 0, late, m.frame.get()), 0)
         << "registration after the trial failed";
     if (m.cast->Count() > 0 && m.backup) {

@@ -140,11 +140,7 @@ struct Movie {
 void SweepOp(const std::string& name, unsigned levels,
              const std::function<void(Trial&, Movie&)>& body);
 
-// A writable copy of a string for the interfaces that take unsigned char*.
-struct Text {
-  explicit Text(const char* s) : bytes(s, s + std::char_traits<char>::length(s) + 1) {}
-  operator unsigned char*() { return bytes.data(); }
-  std::vector<unsigned char> bytes;
-};
+// A string for the interfaces that take unsigned char* (which only read it).
+inline unsigned char* Text(const char* s) { return casttest::Txt(s); }
 
 }  // namespace reliability
