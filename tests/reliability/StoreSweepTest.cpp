@@ -278,14 +278,14 @@ TEST(LayerSweep, Operations) {
     SweepOp(set ? "QvMLayer::SetComment" : "QvMLayer::NewComment", kEmpty | kLayers,
             [set](Trial& t, Movie& m) {
               const bool ok = t.Ok([&] {
-                return set ? m.layers->SetComment(Text("twelve bytes"), 13)
+                return set ? m.layers->SetComment(Text("twelve bytes"), 12)
                            : m.layers->NewComment(64);
               });
               unsigned char* data = nullptr;
               std::uint16_t size = 0;
               m.layers->GetComment(&data, &size);
               EXPECT_EQ(data != nullptr, ok);
-              EXPECT_TRUE(set ? !ok || (size == 13 && std::memcmp(data, "twelve bytes", 13) == 0)
+              EXPECT_TRUE(set ? !ok || (size == 12 && std::memcmp(data, "twelve bytes", 12) == 0)
                               : size == (ok ? 64 : 0));
             });
   }
