@@ -25,7 +25,8 @@ using Values = std::vector<double>;
 constexpr double kPi = 3.14159265358979323846;
 
 // The 4 x 2 picture: rows 10 11 12 13 and 20 21 22 23.
-unsigned char pic[8] = {10, 11, 12, 13, 20, 21, 22, 23}, opaque[8];
+unsigned char pic[8] = {10, 11, 12, 13, 20, 21, 22, 23},
+              opaque[8] = {255, 255, 255, 255, 255, 255, 255, 255};
 const Bytes kPic(pic, pic + 8);
 Bytes Buf(const unsigned char* p, int n) { return p ? Bytes(p, p + n) : Bytes(); }
 
@@ -112,7 +113,6 @@ class AFrameTest : public ::testing::Test {
     fakeMs = 0;
     QvSetTickSource(&FakeTicks);
     QvFailAllocation(0);
-    std::memset(opaque, 255, 8);
   }
   void TearDown() override {
     QvFailAllocation(0);

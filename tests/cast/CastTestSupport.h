@@ -15,6 +15,7 @@
 #include "aframe/QvAFrame.h"
 #include "cast/QvMCast.h"
 #include "player/QvMCastList.h"
+#include "tests/acolor/AColorTestSupport.h"
 #include "toolbox/QvPal.h"
 #include "toolbox/QvPlatform.h"
 #include "toolbox/tbColorTable.h"
@@ -23,11 +24,9 @@
 
 namespace casttest {
 
-// Keeps fault injection off for the test and after it.
-struct NoFailures {
-  NoFailures() { QvFailAllocation(0); }
-  ~NoFailures() { QvFailAllocation(0); }
-};
+using acolortest::GreyTable;   // entry i is (i, i, i)
+using acolortest::NoFailures;  // fault injection off for the test and after it
+using acolortest::RangePal;    // a palette area holding the indices first to last
 
 // Calls f with the k-th allocation made failing; injection is off afterwards.
 template <class F>
@@ -80,6 +79,7 @@ class CastProbe : public QvMCast {
       if (p->id == id) return p;
     return nullptr;
   }
+  QvMCastInfo* Head() { return head; }
   QvMCastInfo* CurInfo() { return curInfo; }
   char LockFlag() { return lockFlag; }
   tbColorTable& Work() { return workCTable; }
@@ -123,39 +123,22 @@ inline std::unique_ptr<QvAFrame> MakeAnim(std::initializer_list<int> intervals, 
   return anim;
 }
 
-// A palette area holding the indices first to last.
-inline QvPal PalRange(int first, int last) {
-  QvPal pal;
-  pal.SetRange(static_cast<unsigned char>(first), static_cast<unsigned char>(last), 1);
-  return pal;
-}
-
 // A fade of the indices 1 to 3 toward red over 30 frames.
 inline std::unique_ptr<QvAFade> MakeFade() {
   auto fade = std::make_unique<QvAFade>();
-  QvPal pal = PalRange(1, 3);
+  QvPal pal = RangePal(1, 3);
   fade->RegArea(&pal);
   fade->RegColor(tbRGBColor(255, 0, 0));
   return fade;
 }
 
-// A colour table whose entry i is (i, i, i).
-inline tbColorTable GreyTable() {
-  tbColorTable t(tbColorTable::kStandard);
-  for (int i = 0; i < 256; ++i) {
-    const auto v = static_cast<unsigned char>(i);
-    tbRGBColor c(v, v, v);
-    t.SetCTTable(S(i), &c);
-  }
-  return t;
-}
-
-// An 8-bit host pixel buffer with its pixel map.
+// An 8-bit host pixel buffer with its pixel map and its whole area.
 struct Screen {
   Screen(int w, int h, unsigned char fill = 0)
       : width(w),
         pixels(static_cast<size_t>(w * h), fill),
-        pixMap(pixels.data(), S(w), {0, 0, w, h}) {}
+        pixMap(pixels.data(), S(w), {0, 0, w, h}),
+        area(0, 0, w, h) {}
   Screen(const Screen&) = delete;
   Screen& operator=(const Screen&) = delete;
   unsigned char At(int x, int y) const { return pixels[static_cast<size_t>(y * width + x)]; }
@@ -167,6 +150,7 @@ struct Screen {
   int width;
   std::vector<unsigned char> pixels;
   tbPixMap pixMap;
+  tbRect area;
 };
 
 }  // namespace casttest

@@ -26,12 +26,11 @@ struct QvMCastDraw : CastTest {
   void SetUp() override { Make(0, {5}); }
   char Draw(std::int32_t t, std::int16_t id = 0) {
     screen.Fill(kBack);
-    return cast.DrawPicture(id, t, &screen.pixMap, &area);
+    return cast.DrawPicture(id, t, &screen.pixMap, &screen.area);
   }
   std::unique_ptr<QvAFrame> anim;
   tbColorTable table = GreyTable();
   Screen screen{16, 16, kBack};
-  tbRect area{0, 0, 16, 16};
 };
 
 }  // namespace
@@ -66,7 +65,7 @@ TEST_F(QvMCastDraw, TimesFramesAndBadRequests) {
   EXPECT_EQ((Vals{Draw(105), Draw(99), screen.CountNot(kBack), Draw(104), Draw(-1)}),
             (Vals{0, 0, 0, 1, 1}));  // -1: the start
   EXPECT_EQ(screen.At(8, 8), FramePixel(0, 2, 1));
-  EXPECT_EQ((Vals{cast.DrawPicture(S(0), 100, nullptr, &area),
+  EXPECT_EQ((Vals{cast.DrawPicture(S(0), 100, nullptr, &screen.area),
                   cast.DrawPicture(S(0), 100, &screen.pixMap, nullptr)}),
             (Vals{0, 0}));
   // No own colour table (so no world), no frame animation, no frames.
@@ -100,7 +99,7 @@ TEST_F(QvMCastDraw, ColourTableChain) {
   EXPECT_EQ(cast.CTable(S(0), 3), ct);  // the store's working table
   EXPECT_TRUE(cast.CTable(S(0), -1) == nullptr && cast.CTable(S(0), 101) == nullptr);
 
-  QvPal pal = PalRange(1, 4);
+  QvPal pal = RangePal(1, 4);
   QvACycle cycle;
   QvAFlash flash;
   QvASwitch sw;
@@ -151,7 +150,7 @@ TEST_F(QvMCastDraw, EachCopysClockRunsAtItsOwnSpeed) {
   cast.SetStartEnd(S(0), 50, 150);
   QvAFade fade, slow;
   QvAFlash flash;
-  QvPal pal = PalRange(5, 5);
+  QvPal pal = RangePal(5, 5);
   for (QvAColor* a : std::initializer_list<QvAColor*>{&fade, &slow, &flash}) a->RegArea(&pal);
   fade.RegColor(tbRGBColor(255, 0, 0));
   slow.SetSpeed(S(15));
@@ -252,7 +251,7 @@ TEST_F(QvMCastDraw, Icons) {
 
 TEST_F(QvMCastDraw, AllocationFailuresWhileDrawing) {
   QvAFade fade;
-  QvPal pal = PalRange(1, 1);
+  QvPal pal = RangePal(1, 1);
   fade.RegArea(&pal);
   cast.RegAColor(S(0), &fade, QvAColor::kFade, 0, nullptr, nullptr);
   for (int k = 1; k <= 8; ++k) FailAt(k, [&] { return Draw(1); });

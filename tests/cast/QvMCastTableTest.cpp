@@ -180,7 +180,7 @@ TEST_F(QvMCastTable, AbsentMembersFailEverywhere) {
   QvMCastAnc anc[1];
   QvAFade fade;
   Screen screen(8, 8);
-  tbRect area(0, 0, 8, 8), rect;
+  tbRect rect, &area = screen.area;
   tbPoint p;
   char c = 0;
   double d = 0;

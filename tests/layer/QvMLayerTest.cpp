@@ -11,6 +11,7 @@
 #include "acolor/QvAFade.h"
 #include "aframe/QvAFrame.h"
 #include "cast/QvMCast.h"
+#include "tests/acolor/AColorTestSupport.h"
 #include "toolbox/QvPal.h"
 #include "toolbox/QvPlatform.h"
 #include "toolbox/tbPixMap.h"
@@ -312,19 +313,13 @@ TEST_F(QvMLayerTest, LayersAndPlacementOrderDecideWhatIsOnTop) {
 // animation, d an animation but no table; outside its range a member adds
 // nothing.
 TEST_F(QvMLayerTest, ColourTableOfAMomentOverlaysTheMembersInDrawingOrder) {
-  tbColorTable base, own;
-  for (std::int16_t i = 0; i < 256; ++i) {
-    const tbRGBColor b(0, static_cast<unsigned char>(i), 7), o(static_cast<unsigned char>(i), 0, 9);
-    base.SetCTTable(i, &b);
-    own.SetCTTable(i, &o);
-  }
+  tbColorTable base = acolortest::Table([](int i) { return V{0, i, 7}; });
+  tbColorTable own = acolortest::Table([](int i) { return V{i, 0, 9}; });
   QvAFade fades[2];
   const int areas[2][2] = {{1, 3}, {2, 5}};
   const std::int16_t ids[4] = {Member(0, 29), Member(10, 39), Member(0, 39), Member(0, 39)};
   for (int f = 0; f < 2; ++f) {
-    QvPal pal;
-    pal.SetRange(static_cast<unsigned char>(areas[f][0]), static_cast<unsigned char>(areas[f][1]),
-                 1);
+    QvPal pal = acolortest::RangePal(areas[f][0], areas[f][1]);
     fades[f].RegArea(&pal);
     fades[f].RegColor(tbRGBColor(255, 255, 255));
     ASSERT_EQ(cast.RegAColor(ids[f], &fades[f], 3, 0, nullptr, nullptr), ids[f]);

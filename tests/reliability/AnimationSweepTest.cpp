@@ -141,23 +141,21 @@ TEST(AFrameSweep, RegistrationAndImages) {
     EXPECT_EQ(m.frame->CountAFrame(), frames + (ok ? 1 : 0));
     EXPECT_TRUE(!ok || zx == 2.0);
   });
-  SweepOp("QvAFrame::SetOrgImage cut", kFromPopulated, [](Trial& t, Movie& m) {
-    const bool ok =
-        t.Ok([&] { return m.frame->SetOrgImage(1, m.picture.data(), 24, 24, Movie::kPicH); });
-    unsigned char* org = nullptr;
-    std::int16_t w = 0, h = 0;
-    EXPECT_EQ(m.frame->GetOrgImage(1, &org, &w, &h), 1);
-    ASSERT_EQ(org != nullptr, ok);
-    EXPECT_TRUE(!ok || org[0] == m.picture[8]);
-  });
-  SweepOp("QvAFrame::SetOrgImage copy", kFromPopulated, [](Trial& t, Movie& m) {
-    std::vector<unsigned char> buf(8 * 6, 77);
-    const bool ok = t.Ok([&] { return m.frame->SetOrgImage(1, buf.data(), 8, 6); });
-    unsigned char* org = nullptr;
-    std::int16_t w = 0, h = 0;
-    m.frame->GetOrgImage(1, &org, &w, &h);
-    EXPECT_EQ(org != nullptr, ok);
-  });
+  for (bool cut : {true, false}) {  // cut from a larger picture, or copied at the frame's size
+    SweepOp(cut ? "QvAFrame::SetOrgImage cut" : "QvAFrame::SetOrgImage copy", kFromPopulated,
+            [cut](Trial& t, Movie& m) {
+              std::vector<unsigned char> buf(8 * 6, 77);
+              const bool ok = t.Ok([&] {
+                return cut ? m.frame->SetOrgImage(1, m.picture.data(), 24, 24, Movie::kPicH)
+                           : m.frame->SetOrgImage(1, buf.data(), 8, 6);
+              });
+              unsigned char* org = nullptr;
+              std::int16_t w = 0, h = 0;
+              EXPECT_EQ(m.frame->GetOrgImage(1, &org, &w, &h), 1);
+              ASSERT_EQ(org != nullptr, ok);
+              EXPECT_TRUE(!ok || org[0] == (cut ? m.picture[8] : 77));
+            });
+  }
   SweepOp("QvAFrame::SetImage transform", kFromPopulated, [](Trial& t, Movie& m) {
     const bool ok =
         t.Ok([&] { return m.frame->SetImage(2, m.picture.data(), 24, 24, Movie::kPicH); });
@@ -217,12 +215,12 @@ TEST(AFrameSweep, CopiesAndDrawing) {
         tbGWorld* world = nullptr;
         tbRect bounds(0, 0, 20, 16);
         ASSERT_EQ(qv::tb.NewGWorld(&world, tbToolBox::kDepth8, &bounds, &m.table), 1);
-        Canvas c(48, 32);
+        Screen c(48, 32);
         QvPal* pal = withPal ? &m.pal : nullptr;
         t.Ok([&] {
-          return master ? m.frame->DrawMPicture(5, world, 10, 8, pal, 0, 0, 0, 0, &c.map, -3, 20)
+          return master ? m.frame->DrawMPicture(5, world, 10, 8, pal, 0, 0, 0, 0, &c.pixMap, -3, 20)
                         : m.frame->DrawAPicture(1, world, 10, 8, pal, withPal ? 3 : -1, 3, 2, 1,
-                                                &c.map, 4, 4);
+                                                &c.pixMap, 4, 4);
         });
         qv::tb.DisposeGWorld(world);
       });

@@ -25,8 +25,8 @@ TEST(Regression, MemberWithNegativeIdIsNotEnteredInAList) {
   store.RegAFrame(0, anim.get(), 0, nullptr, anim.get());  // acts on the locked member
   store.Unlock();
   ASSERT_NE(store.AFrame(-1), nullptr);  // the member holds its copy
-  EXPECT_FALSE(ListHolds(anim.get(), &store, -1));
-  EXPECT_EQ(store.Find(-1)->lists[4], nullptr);
+  EXPECT_EQ(casttest::ListSize(*anim, &store, -1), 0);
+  EXPECT_EQ(store.Rec(-1)->lists[4], nullptr);
   anim.reset();
   EXPECT_EQ(store.DelAFrame(-1), 1);
   EXPECT_EQ(store.Count(), 1);  // the animation's walk made no member

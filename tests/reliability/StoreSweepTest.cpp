@@ -12,16 +12,7 @@
 namespace reliability {
 namespace {
 
-// The member's name as text; "<none>" without a name, "<absent>" without the
-// member.
-std::string NameOf(QvMCast& cast, std::int16_t id) {
-  unsigned char** h = nullptr;
-  if (!cast.GetName(id, &h)) return "<absent>";
-  if (!h) return "<none>";
-  std::string s(reinterpret_cast<const char*>(*h));
-  QvFreeString(h);
-  return s;
-}
+using casttest::NameOf;
 
 // A registration's name is set unless its allocation failed.
 void ExpectName(QvMCast& cast, std::int16_t id, const std::string& name, bool faulted) {
@@ -140,9 +131,9 @@ TEST(CastSweep, ColourCopies) {
 // here the members with colour animations.
 TEST(CastSweep, DrawingWithColourAnimations) {
   SweepOp("QvMCast::DrawPicture with colour animations", kFromColour, [](Trial& t, Movie& m) {
-    Canvas c;
-    t.Failed(t([&] { return m.cast->DrawPicture(kColoured, 14, &c.map, &c.area); }) != 1);
-    EXPECT_EQ(m.cast->DrawPicture(kColoured, 14, &c.map, &c.area), 1) << "drawing again";
+    Screen c(64, 48);
+    t.Failed(t([&] { return m.cast->DrawPicture(kColoured, 14, &c.pixMap, &c.area); }) != 1);
+    EXPECT_EQ(m.cast->DrawPicture(kColoured, 14, &c.pixMap, &c.area), 1) << "drawing again";
   });
 }
 
@@ -258,8 +249,8 @@ TEST(LayerSweep, Operations) {
   }
   for (std::int32_t time : {12, 25}) {
     SweepOp("QvMLayer::DrawPicture at " + std::to_string(time), kLayers, [=](Trial& t, Movie& m) {
-      Canvas c;
-      t([&] { m.layers->DrawPicture(time, &c.map, &c.area); });
+      Screen c(64, 48);
+      t([&] { m.layers->DrawPicture(time, &c.pixMap, &c.area); });
     });
   }
   SweepOp("QvMLayer::RegCast placed again", kLayers, [](Trial& t, Movie& m) {
@@ -283,22 +274,21 @@ TEST(LayerSweep, Operations) {
     while (other.Get(0, copied, &c, &id)) ++copied;
     EXPECT_EQ(copied == 3, ok);
   });
-  SweepOp("QvMLayer::NewComment", kEmpty | kLayers, [](Trial& t, Movie& m) {
-    const bool ok = t.Ok([&] { return m.layers->NewComment(64); });
-    unsigned char* data = nullptr;
-    std::uint16_t size = 0;
-    m.layers->GetComment(&data, &size);
-    EXPECT_EQ(data != nullptr, ok);
-    EXPECT_EQ(size, ok ? 64 : 0);
-  });
-  SweepOp("QvMLayer::SetComment", kEmpty | kLayers, [](Trial& t, Movie& m) {
-    const bool ok = t.Ok([&] { return m.layers->SetComment(Text("twelve bytes"), 13); });
-    unsigned char* data = nullptr;
-    std::uint16_t size = 0;
-    m.layers->GetComment(&data, &size);
-    EXPECT_EQ(data != nullptr, ok);
-    EXPECT_TRUE(!ok || (size == 13 && std::memcmp(data, "twelve bytes", 13) == 0));
-  });
+  for (bool set : {false, true}) {
+    SweepOp(set ? "QvMLayer::SetComment" : "QvMLayer::NewComment", kEmpty | kLayers,
+            [set](Trial& t, Movie& m) {
+              const bool ok = t.Ok([&] {
+                return set ? m.layers->SetComment(Text("twelve bytes"), 12)
+                           : m.layers->NewComment(64);
+              });
+              unsigned char* data = nullptr;
+              std::uint16_t size = 0;
+              m.layers->GetComment(&data, &size);
+              EXPECT_EQ(data != nullptr, ok);
+              EXPECT_TRUE(set ? !ok || (size == 12 && std::memcmp(data, "twelve bytes", 12) == 0)
+                              : size == (ok ? 64 : 0));
+            });
+  }
 }
 
 }  // namespace

@@ -134,7 +134,7 @@ void VerifyFrames(QvAFrame& a) {
 }
 
 void VerifyStore(CastProbe& store, Movie& m) {
-  EXPECT_EQ(store.Locked(), 0) << "store left locked";
+  EXPECT_EQ(store.LockFlag(), 0) << "store left locked";
   const QvMCastList* expected[5] = {m.cycle.get(), m.flash.get(), m.switcher.get(), m.fade.get(),
                                     m.frame.get()};
   const int count = Walk(store.Head(), [&](QvMCastInfo& r) {
@@ -157,7 +157,7 @@ void VerifyStore(CastProbe& store, Movie& m) {
       if (!list) continue;
       if (k < 5 && list != expected[k]) {
         ADD_FAILURE() << "list " << k << " is not the movie's";
-      } else if (!ListHolds(list, &store, r.id)) {
+      } else if (!casttest::ListSize(*list, &store, r.id)) {
         ADD_FAILURE() << "refers to list " << k << " which does not hold it (the reference"
                       << " dangles once the animation is destroyed)";
         r.lists[k] = nullptr;  // so that the rest of the sweep can go on
@@ -174,7 +174,7 @@ void VerifyList(QvMCastList* list, int kind, Movie& m, bool complete) {
   std::int16_t id = 0;
   for (std::int16_t n = 0; n < 10000 && list->Get(n, &c, &id); ++n) {
     ASSERT_TRUE(c == m.cast.get() || c == m.backup.get()) << "foreign store in list";
-    QvMCastInfo* r = static_cast<CastProbe*>(c)->Find(id);
+    QvMCastInfo* r = static_cast<CastProbe*>(c)->Rec(id);
     ASSERT_NE(r, nullptr) << "list " << kind << " names absent member " << id;
     EXPECT_EQ(r->lists[kind], list) << "member " << id << " does not refer to list " << kind;
     if (!complete) continue;
@@ -225,14 +225,14 @@ void Exercise(Movie& m) {
   QvFailAllocation(0);
   if (m.frame) m.frame->UpdateMCast();
   for (int kind = 0; kind < 4; ++kind) m.OnColour(kind, [](auto& a) { a->UpdateMCast(); });
-  Canvas canvas;
+  Screen canvas(64, 48);
   for (CastProbe* store : {m.cast.get(), m.backup.get()}) {
     if (!store) continue;
     for (std::int16_t i = 0, count = store->Count(); i < count; ++i) {
       const std::int16_t id = store->Index2ID(i);
       const std::int32_t start = store->Start(id);
-      store->DrawPicture(id, -1, &canvas.map, &canvas.area);
-      store->DrawPicture(id, start + 3, &canvas.map, &canvas.area);
+      store->DrawPicture(id, -1, &canvas.pixMap, &canvas.area);
+      store->DrawPicture(id, start + 3, &canvas.pixMap, &canvas.area);
       store->CTable(id, start);
       tbPicture* icon = store->Icon(id, 12, 10);
       EXPECT_TRUE(!icon || store->Icon(id, 12, 10) == icon) << "icon not cached";
@@ -245,9 +245,9 @@ void Exercise(Movie& m) {
     }
   }
   if (m.layers)
-    for (std::int32_t t : {0, 12, 25, 45}) m.layers->DrawPicture(t, &canvas.map, &canvas.area);
+    for (std::int32_t t : {0, 12, 25, 45}) m.layers->DrawPicture(t, &canvas.pixMap, &canvas.area);
   if (m.cast && m.frame) {
-    Text late("late");
+    unsigned char* late = Text("late");
     EXPECT_GE(m.cast->RegAFrame(-1, m.frame.get(), 0, late, m.frame.get()), 0)
         << "registration after the trial failed";
     if (m.cast->Count() > 0 && m.backup) {
@@ -303,14 +303,6 @@ void Sweep(const std::string& operation, const std::function<void(Trial&)>& tria
   }
   EXPECT_LT(faults, kMaxFaults) << operation << " never stops allocating";
   std::printf("[ sweep    ] %-60s %6d faults\n", operation.c_str(), faults);
-}
-
-bool ListHolds(QvMCastList* list, QvMCast* cast, std::int16_t id) {
-  QvMCast* c = nullptr;
-  std::int16_t i = 0;
-  for (std::int16_t n = 0; n < 32767 && list->Get(n, &c, &i); ++n)
-    if (c == cast && i == id) return true;
-  return false;
 }
 
 void SweepOp(const std::string& name, unsigned levels,

@@ -12,18 +12,11 @@
 #include <vector>
 
 #include "acolor/QvACycle.h"
-#include "acolor/QvAFade.h"
 #include "acolor/QvAFlash.h"
 #include "acolor/QvASwitch.h"
-#include "aframe/QvAFrame.h"
-#include "cast/QvMCast.h"
 #include "cast/QvMCastInfo.h"
 #include "layer/QvMLayer.h"
-#include "player/QvMCastList.h"
-#include "toolbox/QvPal.h"
-#include "toolbox/QvPlatform.h"
-#include "toolbox/tbColorTable.h"
-#include "toolbox/tbPixMap.h"
+#include "tests/cast/CastTestSupport.h"
 #include "toolbox/tbRect.h"
 
 namespace reliability {
@@ -87,15 +80,7 @@ constexpr std::int16_t kScroller = 4;   // kImages: frame animation, anchors, sc
 constexpr std::int16_t kColoured = 5;   // kColour: frame, table and four colour kinds
 
 // Probes that open the protected state of the objects the movie owns.
-struct CastProbe : QvMCast {
-  QvMCastInfo* Head() const { return head; }
-  QvMCastInfo* Find(std::int16_t id) const {
-    QvMCastInfo* r = head;
-    while (r && r->id != id) r = r->next;
-    return r;
-  }
-  char Locked() const { return lockFlag; }
-};
+using casttest::CastProbe;
 struct LayerProbe : QvMLayer {
   QvMLayerInfo* Head() const { return head; }
   unsigned char* Comment() const { return comment; }
@@ -111,19 +96,8 @@ struct SwitchProbe : QvASwitch {
   tbColorTable* Tables() const { return tables; }
 };
 
-// Whether the reference list holds the member.
-bool ListHolds(QvMCastList* list, QvMCast* cast, std::int16_t id);
-
-// An 8-bit pixel map with its own buffer.
-struct Canvas {
-  explicit Canvas(std::int16_t w = 64, std::int16_t h = 48)
-      : pixels(static_cast<std::size_t>(w * h)),
-        map(pixels.data(), w, tbRect(0, 0, w, h)),
-        area(0, 0, w, h) {}
-  std::vector<unsigned char> pixels;
-  tbPixMap map;
-  tbRect area;
-};
+// An 8-bit pixel map with its own buffer (64 x 48 where the size does not matter).
+using casttest::Screen;
 
 struct Movie {
   Movie();
@@ -166,11 +140,7 @@ struct Movie {
 void SweepOp(const std::string& name, unsigned levels,
              const std::function<void(Trial&, Movie&)>& body);
 
-// A writable copy of a string for the interfaces that take unsigned char*.
-struct Text {
-  explicit Text(const char* s) : bytes(s, s + std::char_traits<char>::length(s) + 1) {}
-  operator unsigned char*() { return bytes.data(); }
-  std::vector<unsigned char> bytes;
-};
+// A string for the interfaces that take unsigned char* (which only read it).
+inline unsigned char* Text(const char* s) { return casttest::Txt(s); }
 
 }  // namespace reliability

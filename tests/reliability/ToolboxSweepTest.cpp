@@ -22,21 +22,13 @@ QvMCast* FakeStore(int n) {
   return reinterpret_cast<QvMCast*>(&stores[n]);
 }
 
-int Entries(QvMCastList& list) {
-  QvMCast* c = nullptr;
-  std::int16_t id = 0;
-  int n = 0;
-  while (list.Get(static_cast<std::int16_t>(n), &c, &id)) ++n;
-  return n;
-}
-
 TEST(ToolboxSweep, Services) {
   for (int filled : {0, 3}) {
     Sweep("QvMCastList::Reg [" + std::to_string(filled) + " entries]", [filled](Trial& t) {
       QvMCastList list;
       for (int i = 0; i < filled; ++i) list.Reg(FakeStore(1), static_cast<std::int16_t>(i));
       const bool ok = t.Ok([&] { return list.Reg(FakeStore(2), 7); });
-      EXPECT_EQ(Entries(list), filled + (ok ? 1 : 0)) << "no change on failure";
+      EXPECT_EQ(casttest::ListSize(list), filled + (ok ? 1 : 0)) << "no change on failure";
       EXPECT_EQ(list.Reg(FakeStore(3), 8), 1);
       EXPECT_EQ(list.Del(FakeStore(3), 8), 1);
     });

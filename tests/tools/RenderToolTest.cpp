@@ -1,14 +1,19 @@
 // qvmovie-render run as a program: its GIF, PNG and sheet outputs checked
 // against what the library draws, its messages and exit codes on bad input,
-// and that a failed run leaves no output behind.
+// and that a failed run leaves no output behind; the demo's colour tables.
 
 #include <gif_lib.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstring>
+#include <map>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "ToolTestUtil.h"
+#include "cast/QvMCast.h"
+#include "layer/QvMLayer.h"
 #include "render/ContactSheet.h"
 #include "scene/SceneReader.h"
 
@@ -247,20 +252,26 @@ TEST_F(TinySceneRender, BadUsageExitsTwoAndHelpZero) {
   EXPECT_TRUE(Contains(help.text, "Usage: qvmovie-render SCENE")) << help.text;
 }
 
-// The bundled demo, rendered from pictures made by its generator, compared
-// frame by frame with what the library draws for the same moments, decoded
-// by giflib and (where it is installed) by Pillow.
-TEST(DemoRender, EveryFrameMatchesTheLibraryAndTheMovieLastsEightSeconds) {
-  TempDir dir;
-  ASSERT_EQ(0, RunCommand(std::string(QV_DEMO_ASSETS_TOOL) + " " + dir / "assets", dir).exitCode);
-  const std::string scenePath = std::string(QV_EXAMPLES_DIR) + "/demo.json";
-  const RunResult r =
-      RunRender(scenePath + " --quiet --pictures " + dir / "assets -o " + dir / "demo.gif", dir);
-  ASSERT_EQ(0, r.exitCode) << r.text;
-  EXPECT_TRUE(r.text.empty()) << r.text;  // quiet
+// The bundled demo's scene file, and the demo loaded from the pictures its
+// generator makes in dir/assets.
+const std::string kDemo = std::string(QV_EXAMPLES_DIR) + "/demo.json";
+std::unique_ptr<qvscene::Scene> LoadDemo(const TempDir& dir) {
+  EXPECT_EQ(0, RunCommand(std::string(QV_DEMO_ASSETS_TOOL) + " " + dir / "assets", dir).exitCode);
   qvscene::LoadOptions options;
   options.pictureDir = dir / "assets";
-  auto scene = qvscene::LoadScene(scenePath, options);
+  return qvscene::LoadScene(kDemo, options);
+}
+
+// The demo rendered by the tool, compared frame by frame with what the
+// library draws for the same moments, decoded by giflib and (where it is
+// installed) by Pillow.
+TEST(DemoRender, EveryFrameMatchesTheLibraryAndTheMovieLastsEightSeconds) {
+  TempDir dir;
+  auto scene = LoadDemo(dir);
+  const RunResult r =
+      RunRender(kDemo + " --quiet --pictures " + dir / "assets -o " + dir / "demo.gif", dir);
+  ASSERT_EQ(0, r.exitCode) << r.text;
+  EXPECT_TRUE(r.text.empty()) << r.text;  // quiet
   const std::vector<std::int32_t> times = scene->Times();
   ASSERT_EQ(120u, times.size());
   GifPtr gif = ReadGif(dir / "demo.gif");
@@ -283,6 +294,72 @@ TEST(DemoRender, EveryFrameMatchesTheLibraryAndTheMovieLastsEightSeconds) {
     total += gcb.DelayTime;
   }
   EXPECT_EQ(800, total) << "120 moments of 2/30 s";
+}
+
+// The colour table of a moment, computed by the library
+// (QvMLayer::GetCTable), against the tools' former computation: the base
+// palette overlaid, layer by layer, by each animated member's CTable inside
+// the palette areas its scene file names.
+using Areas = std::map<std::int16_t, std::array<bool, 256>>;
+
+// The union of the colour animations' areas of every member, read from the
+// scene file itself.
+Areas AreasOf(const std::string& file, qvscene::Scene& scene) {
+  std::ifstream in(file);
+  const nlohmann::json doc = nlohmann::json::parse(in);
+  Areas areas;
+  for (const auto& m : doc["members"]) {
+    if (!m.contains("colors")) continue;
+    auto& area = areas[scene.MemberId(m["name"].get<std::string>())];
+    area.fill(false);
+    for (const auto& c : m["colors"]) {
+      for (const auto& e : c["area"]) {
+        const int first = e.is_array() ? e[0].get<int>() : e.get<int>();
+        const int last = e.is_array() ? e[1].get<int>() : first;
+        for (int k = first; k <= last; ++k) area[static_cast<std::size_t>(k)] = true;
+      }
+    }
+  }
+  return areas;
+}
+
+// The tools' former computation of the table of moment t.
+tbColorTable OldPalette(qvscene::Scene& scene, const Areas& areas, std::int32_t t) {
+  tbColorTable out = scene.BasePalette();
+  QvMLayer* layers = scene.Layers();
+  for (std::int16_t layer = 0; layer < layers->Count(); ++layer) {
+    QvMCast* cast = nullptr;
+    std::int16_t id = -1;
+    for (std::int16_t i = 0; layers->Get(layer, i, &cast, &id); ++i) {
+      const auto area = areas.find(id);
+      if (cast != scene.Cast() || area == areas.end()) continue;
+      tbColorTable* table = cast->CTable(id, t);
+      if (!table) continue;
+      for (std::int16_t k = 0; k < 256; ++k) {
+        if (area->second[static_cast<std::size_t>(k)]) out.SetCTTable(k, table->CTTable(k));
+      }
+    }
+  }
+  return out;
+}
+
+TEST(MomentPalette, TheLibraryGivesTheToolsFormerTablesAtEveryMomentOfTheDemo) {
+  TempDir dir;
+  auto scene = LoadDemo(dir);
+  const Areas areas = AreasOf(kDemo, *scene);
+  ASSERT_GE(areas.size(), 3u);
+  int changed = 0;  // moments whose table is not the base palette
+  for (std::int32_t t = scene->From() - 5; t <= scene->To() + 5; ++t) {
+    tbColorTable now;
+    ASSERT_EQ(1, scene->Layers()->GetCTable(t, &scene->BasePalette(), &now));
+    const tbColorTable old = OldPalette(*scene, areas, t);
+    ASSERT_TRUE(now == old) << "moment " << t;
+    changed += now != scene->BasePalette();
+    tbColorTable viaScene;
+    scene->Palette(t, &viaScene);
+    ASSERT_TRUE(viaScene == old) << "moment " << t;
+  }
+  EXPECT_GT(changed, 100);
 }
 
 }  // namespace
