@@ -305,6 +305,29 @@ void BM_ChainCTable(benchmark::State& state) {
 }
 BENCHMARK(BM_ChainCTable);
 
+// The member of the colour benchmarks: a 48 x 48 sprite of 4 frames with
+// its own colour table, a looping colour cycle over indices 32 to 63 and a
+// fade of 300 frames over every index, to attach or not.
+struct ColourSprite {
+  std::vector<unsigned char> sheet = Picture(192, 48, 4);
+  QvAFrame walk;
+  QvACycle cycle;
+  QvAFade fade;
+  tbColorTable table = Greys();
+  ColourSprite() {
+    for (std::int16_t f = 0; f < 4; ++f) {
+      walk.Reg(-1, static_cast<std::int16_t>(f * 48), 0, 48, 48,
+               static_cast<std::int16_t>(f * 48 + 24), 40, 2);
+      walk.SetImage(f, sheet.data(), 192, 192, 48);
+    }
+    QvPal water = Area(32, 63), all = Area(0, 255);
+    cycle.RegArea(&water);
+    cycle.SetMode(QvMPlayer::kPlayLoop);
+    fade.RegArea(&all);
+    fade.SetCount(300);
+  }
+};
+
 // One member drawn into a 640 x 480 pixel map: a 48 x 48 sprite of 4 frames
 // with its own colour table; with (range(0) 1) a colour cycle and a fade
 // attached; at one moment again and again (range(1) 0, a redraw) or at a
@@ -312,28 +335,13 @@ BENCHMARK(BM_ChainCTable);
 void BM_MemberDraw(benchmark::State& state) {
   const bool colours = state.range(0) != 0;
   const bool advancing = state.range(1) != 0;
-  auto sheet = Picture(192, 48, 4);
-  QvAFrame walk;
-  for (std::int16_t f = 0; f < 4; ++f) {
-    walk.Reg(-1, static_cast<std::int16_t>(f * 48), 0, 48, 48,
-             static_cast<std::int16_t>(f * 48 + 24), 40, 2);
-    walk.SetImage(f, sheet.data(), 192, 192, 48);
-  }
-  QvACycle cycle;
-  QvPal water = Area(32, 63);
-  cycle.RegArea(&water);
-  cycle.SetMode(2);
-  QvAFade fade;
-  QvPal all = Area(0, 255);
-  fade.RegArea(&all);
-  fade.SetCount(300);
-  tbColorTable table = Greys();
+  ColourSprite sprite;
   QvMCast cast;
-  const std::int16_t id = cast.RegAFrame(-1, &walk, 0, nullptr, &walk);
-  cast.RegOrgCTable(id, &table, nullptr, nullptr);
+  const std::int16_t id = cast.RegAFrame(-1, &sprite.walk, 0, nullptr, &sprite.walk);
+  cast.RegOrgCTable(id, &sprite.table, nullptr, nullptr);
   if (colours) {
-    cast.RegAColor(id, &cycle, 0, 0, nullptr, &cycle);
-    cast.RegAColor(id, &fade, 3, 0, nullptr, &fade);
+    cast.RegAColor(id, &sprite.cycle, 0, 0, nullptr, &sprite.cycle);
+    cast.RegAColor(id, &sprite.fade, 3, 0, nullptr, &sprite.fade);
   }
   cast.SetStartEnd(id, 0, 999);
   World dest(640, 480);
@@ -349,58 +357,56 @@ void BM_MemberDraw(benchmark::State& state) {
 }
 BENCHMARK(BM_MemberDraw)->Args({0, 0})->Args({1, 0})->Args({0, 1})->Args({1, 1});
 
-// A 640 x 480 moment of 64 members on 8 layers, each the 48 x 48 sprite of
-// BM_MemberDraw on a path, without (range(0) 0) or with (1) a colour cycle
-// and a fade on every member; a moment further each time, so that every
-// member's colours move on every drawing. Reported per member.
-void BM_ColourMoment(benchmark::State& state) {
-  auto sheet = Picture(192, 48, 4);
-  QvAFrame walk;
-  for (std::int16_t f = 0; f < 4; ++f) {
-    walk.Reg(-1, static_cast<std::int16_t>(f * 48), 0, 48, 48,
-             static_cast<std::int16_t>(f * 48 + 24), 40, 2);
-    walk.SetImage(f, sheet.data(), 192, 192, 48);
-  }
-  QvACycle cycle;
-  QvPal water = Area(32, 63);
-  cycle.RegArea(&water);
-  cycle.SetMode(QvMPlayer::kPlayLoop);
-  QvAFade fade;
-  QvPal all = Area(0, 255);
-  fade.RegArea(&all);
-  fade.SetCount(300);
-  tbColorTable table = Greys();
-  QvMCast cast;
-  QvMLayer layers;
-  for (std::int16_t l = 0; l < 8; ++l) layers.New(-1, l);
-  std::mt19937 rng(7);
-  for (int i = 0; i < 64; ++i) {
-    const std::int16_t id = cast.RegAFrame(-1, &walk, 0, nullptr, &walk);
-    cast.RegOrgCTable(id, &table, nullptr, nullptr);
-    QvMCastAnc path[8];
-    for (auto& a : path)
-      a.point =
-          tbPoint(static_cast<std::int32_t>(rng() % 640), static_cast<std::int32_t>(rng() % 480));
-    cast.RegAnc(id, path, 8, 3, nullptr);
-    if (state.range(0) != 0) {
-      cast.RegAColor(id, &cycle, QvAColor::kCycle, 0, nullptr, &cycle);
-      cast.RegAColor(id, &fade, QvAColor::kFade, 0, nullptr, &fade);
-    }
-    cast.SetStartEnd(id, 0, 999);
-    layers.RegCast(static_cast<std::int16_t>(i % 8), &cast, id, -1);
-  }
+// Puts the member on a path of 8 anchors at random places of a 640 x 480
+// area.
+void RandomPath(QvMCast* cast, std::int16_t id, std::mt19937* rng) {
+  QvMCastAnc path[8];
+  for (auto& a : path)
+    a.point = tbPoint(static_cast<std::int32_t>((*rng)() % 640),
+                      static_cast<std::int32_t>((*rng)() % 480));
+  cast->RegAnc(id, path, 8, 3, nullptr);
+}
+
+// Draws the layers' moments one after another into a 640 x 480 map, each a
+// moment further; reported per member too.
+void DrawMoments(benchmark::State& state, QvMLayer* layers, int members) {
   World dest(640, 480);
   tbRect rect(0, 0, 640, 480);
   std::int32_t t = 0;
   for (auto _ : state) {
-    layers.DrawPicture(t, dest.world->PortPixMap(), &rect);
+    layers->DrawPicture(t, dest.world->PortPixMap(), &rect);
     t = (t + 1) % 1000;
     benchmark::ClobberMemory();
   }
   state.SetItemsProcessed(state.iterations());
   state.counters["per_member"] = benchmark::Counter(
-      64.0, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+      static_cast<double>(members),
+      benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
   state.SetLabel("moments");
+}
+
+// A 640 x 480 moment of 64 members on 8 layers, each the 48 x 48 sprite of
+// BM_MemberDraw on a path, without (range(0) 0) or with (1) a colour cycle
+// and a fade on every member; a moment further each time, so that every
+// member's colours move on every drawing. Reported per member.
+void BM_ColourMoment(benchmark::State& state) {
+  ColourSprite sprite;
+  QvMCast cast;
+  QvMLayer layers;
+  for (std::int16_t l = 0; l < 8; ++l) layers.New(-1, l);
+  std::mt19937 rng(7);
+  for (int i = 0; i < 64; ++i) {
+    const std::int16_t id = cast.RegAFrame(-1, &sprite.walk, 0, nullptr, &sprite.walk);
+    cast.RegOrgCTable(id, &sprite.table, nullptr, nullptr);
+    RandomPath(&cast, id, &rng);
+    if (state.range(0) != 0) {
+      cast.RegAColor(id, &sprite.cycle, QvAColor::kCycle, 0, nullptr, &sprite.cycle);
+      cast.RegAColor(id, &sprite.fade, QvAColor::kFade, 0, nullptr, &sprite.fade);
+    }
+    cast.SetStartEnd(id, 0, 999);
+    layers.RegCast(static_cast<std::int16_t>(i % 8), &cast, id, -1);
+  }
+  DrawMoments(state, &layers, 64);
 }
 BENCHMARK(BM_ColourMoment)->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond);
 
@@ -436,29 +442,13 @@ void BM_LayerMoment(benchmark::State& state) {
   for (int i = 0; i < members; ++i) {
     std::int16_t id = cast.RegAFrame(-1, &walk, 0, nullptr, &walk);
     cast.RegOrgCTable(id, &table, &area, nullptr);
-    QvMCastAnc path[8];
-    for (auto& a : path)
-      a.point =
-          tbPoint(static_cast<std::int32_t>(rng() % 640), static_cast<std::int32_t>(rng() % 480));
-    cast.RegAnc(id, path, 8, 3, nullptr);
+    RandomPath(&cast, id, &rng);
     if (i % 3 == 0) cast.RegScroll(id, 2, nullptr);
     if (i % 4 == 0) cast.RegAColor(id, &cycle, QvAColor::kCycle, 0, nullptr, &cycle);
     cast.SetStartEnd(id, 0, 999);
     layers.RegCast(static_cast<std::int16_t>(i % 8), &cast, id, -1);
   }
-  World dest(640, 480);
-  tbRect rect(0, 0, 640, 480);
-  std::int32_t t = 0;
-  for (auto _ : state) {
-    layers.DrawPicture(t, dest.world->PortPixMap(), &rect);
-    t = (t + 1) % 1000;
-    benchmark::ClobberMemory();
-  }
-  state.SetItemsProcessed(state.iterations());
-  state.counters["per_member"] = benchmark::Counter(
-      static_cast<double>(members),
-      benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
-  state.SetLabel("moments");
+  DrawMoments(state, &layers, members);
 }
 BENCHMARK(BM_LayerMoment)
     ->ArgsProduct({{16, 64, 256, 1024, 4096}, {48, 12}})
