@@ -32,6 +32,27 @@ using namespace qvaframe;
 // does not disturb it. A locked target loses its lock: its frames are
 // deleted first, and deleting the locked frame releases the lock.
 
+namespace {
+
+// Appends to dst a frame with f's settings (rectangle, anchor, interval,
+// zoom, rotation, active flag) and leaves dst's lookup locked on it, for the
+// caller to add what else it copies; -1 when the frame cannot be made.
+std::int16_t CopySettings(QvAFrame* dst, const QvAFrameInfo* f) {
+  const std::int16_t n =
+      dst->Reg(-1, f->posX, f->posY, f->width, f->height, f->anchorX, f->anchorY, f->interval);
+  if (n == -1) return -1;
+  dst->LockA(n);
+  dst->SetZoom(n, f->zoomX, f->zoomY);
+  dst->SetRot(n, f->rotation);
+  if (f->activeFlag != 0)
+    dst->Activate(n);
+  else
+    dst->Deactivate(n);
+  return n;
+}
+
+}  // namespace
+
 char QvAFrame::Dup(QvAFrame* dst) {
   if (!dst) return 0;
   if (dst == this) return 1;  // an animation is already a copy of itself
@@ -40,19 +61,11 @@ char QvAFrame::Dup(QvAFrame* dst) {
   dst->LockUpdateMCast();
   dst->DelAll();
   for (const QvAFrameInfo* f = frameList; f; f = f->next) {
-    const std::int16_t n =
-        dst->Reg(-1, f->posX, f->posY, f->width, f->height, f->anchorX, f->anchorY, f->interval);
+    const std::int16_t n = CopySettings(dst, f);
     if (n == -1) {
       dst->UnlockUpdateMCast();
       return 0;
     }
-    dst->LockA(n);
-    dst->SetZoom(n, f->zoomX, f->zoomY);
-    dst->SetRot(n, f->rotation);
-    if (f->activeFlag != 0)
-      dst->Activate(n);
-    else
-      dst->Deactivate(n);
     // Only a buffer of the frame's present size is copied (see localSetSize).
     if (f->orgImage && f->orgWidth == f->width && f->orgHeight == f->height)
       dst->SetOrgImage(n, f->orgImage, f->width, f->height);
@@ -73,19 +86,11 @@ char QvAFrame::Backup(QvAFrame* dst) {
   dst->LockUpdateMCast();
   dst->DelAll();
   for (const QvAFrameInfo* f = frameList; f; f = f->next) {
-    const std::int16_t n =
-        dst->Reg(-1, f->posX, f->posY, f->width, f->height, f->anchorX, f->anchorY, f->interval);
+    const std::int16_t n = CopySettings(dst, f);
     if (n == -1) {
       dst->UnlockUpdateMCast();
       return 0;
     }
-    dst->LockA(n);
-    dst->SetZoom(n, f->zoomX, f->zoomY);
-    dst->SetRot(n, f->rotation);
-    if (f->activeFlag != 0)
-      dst->Activate(n);
-    else
-      dst->Deactivate(n);
     dst->Unlock();
   }
   dst->UnlockUpdateMCast();
@@ -98,19 +103,11 @@ char QvAFrame::Restore(QvAFrame* src) {
   LockUpdateMCast();
   DelAll();
   for (const QvAFrameInfo* f = src->frameList; f; f = f->next) {
-    const std::int16_t n =
-        Reg(-1, f->posX, f->posY, f->width, f->height, f->anchorX, f->anchorY, f->interval);
+    const std::int16_t n = CopySettings(this, f);
     if (n == -1) {
       UnlockUpdateMCast();
       return 0;
     }
-    LockA(n);
-    SetZoom(n, f->zoomX, f->zoomY);
-    SetRot(n, f->rotation);
-    if (f->activeFlag != 0)
-      Activate(n);
-    else
-      Deactivate(n);
     Unlock();
   }
   localResetRange();
