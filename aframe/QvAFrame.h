@@ -282,8 +282,9 @@ class QvAFrame : public QvMCastList, public QvMPlayer {
                std::int16_t iconWidth, std::int16_t iconHeight);
   /// The smallest area holding every frame's transformed image placed by
   /// its offsets around a common anchor pixel: its width and height and the
-  /// anchor's position inside it. Walks every frame whatever the lookup
-  /// lock; null outputs are skipped. \return 1; 0 without frames.
+  /// anchor's position inside it. Covers every frame whatever the lookup
+  /// lock; the result is remembered until a frame is added, removed or given
+  /// a new image. Null outputs are skipped. \return 1; 0 without frames.
   char GetArea(std::int16_t* width, std::int16_t* height, std::int16_t* anchorX,
                std::int16_t* anchorY);
 
@@ -473,4 +474,26 @@ class QvAFrame : public QvMCastList, public QvMPlayer {
   unsigned char lockFlag;
   /// Nesting count of LockUpdateMCast.
   signed char updateLock;
+
+ private:
+  /// Forgets what is remembered below; called whenever a frame is added or
+  /// removed, or a frame's interval or image is set, the only ways the
+  /// inputs of GetArea and localSearchM (the list, the intervals, each
+  /// image's size and offsets) change.
+  void localFramesChanged() {
+    areaKnown = false;
+    seekKnown = false;
+  }
+
+  /// GetArea's result, valid while areaKnown.
+  std::int16_t areaWidth = 0, areaHeight = 0, areaAnchorX = 0, areaAnchorY = 0;
+  bool areaKnown = false;
+  /// The last walk by position while seekKnown: it looked for seekPosition
+  /// and stopped at seekFrame, whose intervals end, summed from the first
+  /// frame, at seekEnd. Every frame before seekFrame ends at or before
+  /// seekPosition, so a walk for a later position may start there.
+  QvAFrameInfo* seekFrame = nullptr;
+  std::int16_t seekPosition = 0;
+  std::uint16_t seekEnd = 0;
+  bool seekKnown = false;
 };

@@ -55,9 +55,8 @@ void QvAFrame::localDrawImage(unsigned char* image, unsigned char* mask, std::in
     // The area's answer for each colour index, asked once per copy, as a bit
     // set; a pixel passes when its colour is in the area and its mask byte
     // is not 0.
-    unsigned char area[32] = {};
-    for (int c = 0; c < 256; ++c)
-      if (pal->Flag(static_cast<unsigned char>(c)) == 1) area[c >> 3] |= 1 << (c & 7);
+    unsigned char area[32];
+    pal->FlagBits(area);
     for (int row = 0; row < h; ++row) {
       rows.filtered(s, m, d, w, area);
       s += imageRowBytes;

@@ -141,6 +141,7 @@ char QvAFrame::SetImage(std::int16_t index, unsigned char* src, std::int16_t src
   f->imageHeight = imageHeight;
   f->imageOffsetX = Sub16(minX, cx);
   f->imageOffsetY = Sub16(minY, cy);
+  localFramesChanged();
 
   localDeleteIcon(f);
   // Sizes that wrapped around 16 bits: the frame keeps no transformed image,
@@ -211,6 +212,7 @@ char QvAFrame::SetImage(std::int16_t index, unsigned char* image, unsigned char*
   f->imageHeight = imageHeight;
   f->imageOffsetX = imageOffsetX;
   f->imageOffsetY = imageOffsetY;
+  localFramesChanged();
   localDeleteImage(f);
   localDeleteIcon(f);
   unsigned char* newImage = NewBuffer(imageWidth, imageHeight);
@@ -325,29 +327,36 @@ char QvAFrame::GetIcon(std::int16_t index, unsigned char* dst, std::int16_t dstR
 
 char QvAFrame::GetArea(std::int16_t* width, std::int16_t* height, std::int16_t* anchorX,
                        std::int16_t* anchorY) {
-  // The frames are walked through the list itself rather than by index, so
-  // that a lookup lock cannot make the walk repeat the locked frame forever.
-  const QvAFrameInfo* f = frameList;
-  if (!f) return 0;
-  std::int16_t minX = f->imageOffsetX;
-  std::int16_t minY = f->imageOffsetY;
-  std::int16_t maxX = Sub16(Add16(f->imageOffsetX, f->imageWidth), 1);
-  std::int16_t maxY = Sub16(Add16(f->imageOffsetY, f->imageHeight), 1);
-  for (f = f->next; f; f = f->next) {
-    const std::int16_t x1 = Sub16(Add16(f->imageOffsetX, f->imageWidth), 1);
-    const std::int16_t y1 = Sub16(Add16(f->imageOffsetY, f->imageHeight), 1);
-    if (f->imageOffsetX < minX) minX = f->imageOffsetX;
-    if (f->imageOffsetY < minY) minY = f->imageOffsetY;
-    if (x1 > maxX) maxX = x1;
-    if (y1 > maxY) maxY = y1;
+  if (!areaKnown) {
+    // The frames are walked through the list itself rather than by index, so
+    // that a lookup lock cannot make the walk repeat the locked frame forever.
+    const QvAFrameInfo* f = frameList;
+    if (!f) return 0;
+    std::int16_t minX = f->imageOffsetX;
+    std::int16_t minY = f->imageOffsetY;
+    std::int16_t maxX = Sub16(Add16(f->imageOffsetX, f->imageWidth), 1);
+    std::int16_t maxY = Sub16(Add16(f->imageOffsetY, f->imageHeight), 1);
+    for (f = f->next; f; f = f->next) {
+      const std::int16_t x1 = Sub16(Add16(f->imageOffsetX, f->imageWidth), 1);
+      const std::int16_t y1 = Sub16(Add16(f->imageOffsetY, f->imageHeight), 1);
+      if (f->imageOffsetX < minX) minX = f->imageOffsetX;
+      if (f->imageOffsetY < minY) minY = f->imageOffsetY;
+      if (x1 > maxX) maxX = x1;
+      if (y1 > maxY) maxY = y1;
+    }
+    if (minX > 0) minX = 0;
+    if (minY > 0) minY = 0;
+    if (maxX < 0) maxX = 0;
+    if (maxY < 0) maxY = 0;
+    areaAnchorX = Sub16(0, minX);
+    areaAnchorY = Sub16(0, minY);
+    areaWidth = Add16(Sub16(maxX, minX), 1);
+    areaHeight = Add16(Sub16(maxY, minY), 1);
+    areaKnown = true;
   }
-  if (minX > 0) minX = 0;
-  if (minY > 0) minY = 0;
-  if (maxX < 0) maxX = 0;
-  if (maxY < 0) maxY = 0;
-  if (anchorX) *anchorX = Sub16(0, minX);
-  if (anchorY) *anchorY = Sub16(0, minY);
-  if (width) *width = Add16(Sub16(maxX, minX), 1);
-  if (height) *height = Add16(Sub16(maxY, minY), 1);
+  if (anchorX) *anchorX = areaAnchorX;
+  if (anchorY) *anchorY = areaAnchorY;
+  if (width) *width = areaWidth;
+  if (height) *height = areaHeight;
   return 1;
 }

@@ -58,12 +58,30 @@ QvAFrameInfo* QvAFrame::localSearchA(std::int16_t index) {
 
 QvAFrameInfo* QvAFrame::localSearchM(std::int16_t position) {
   if (lockFlag) return curFrame;
+  // The walk stops at the first frame whose summed intervals pass the
+  // position. For a position at or after the last one, the frames before the
+  // last stop cannot pass it either, so the walk goes on from there; the
+  // playing of an animation asks for rising positions, and this way touches
+  // no frame record but the one it finds.
   std::uint16_t sum = 0;
-  QvAFrameInfo* r;
-  for (r = frameList; r; r = r->next) {
+  QvAFrameInfo* r = frameList;
+  if (seekKnown && position >= seekPosition) {
+    r = seekFrame;
+    sum = seekEnd;
+    if (static_cast<std::int16_t>(sum) > position) {
+      curFrame = r;
+      return r;
+    }
+    r = r->next;
+  }
+  for (; r; r = r->next) {
     sum = static_cast<std::uint16_t>(sum + static_cast<std::uint16_t>(r->interval));
     if (static_cast<std::int16_t>(sum) > position) break;
   }
+  seekKnown = r != nullptr;
+  seekFrame = r;
+  seekPosition = position;
+  seekEnd = sum;
   curFrame = r;
   return r;
 }
@@ -185,6 +203,7 @@ QvAFrameInfo* QvAFrame::localRegFrame(std::int16_t index, std::int16_t posX, std
   info->anchorY = anchorY;
   info->interval = interval;
 
+  localFramesChanged();
   if (r) {
     info->prev = r->prev;
     info->next = r;
@@ -310,6 +329,7 @@ char QvAFrame::SetInterval(std::int16_t index, std::int16_t interval) {
   QvAFrameInfo* f = localSearchA(index);
   if (!f) return 0;
   f->interval = interval < 0 ? 0 : interval;
+  localFramesChanged();
   localResetRange();
   UpdateMCast();
   return 1;
@@ -422,6 +442,7 @@ char QvAFrame::Del(std::int16_t index) {
   else
     frameList = r->next;
   if (r->next) r->next->prev = r->prev;
+  localFramesChanged();
   localFreeFrame(r);
   localResetRange();
   UpdateMCast();
@@ -431,6 +452,7 @@ char QvAFrame::Del(std::int16_t index) {
 void QvAFrame::DelAll() {
   QvAFrameInfo* p = frameList;
   frameList = nullptr;
+  localFramesChanged();
   while (p) {
     QvAFrameInfo* next = p->next;
     localFreeFrame(p);

@@ -29,6 +29,11 @@ class QvPal {
   /// \param i A colour index.
   /// \return 1 when index `i` is in the area, else 0.
   char Flag(unsigned char i) const { return flags[i]; }
+  /// All 256 answers of Flag as a bit set, for copying loops that test many
+  /// pixels at once: bit (i & 7) of bits[i >> 3] is 1 when index `i` is in
+  /// the area, else 0.
+  /// \param bits Receives 32 bytes (not owned; must not be null).
+  void FlagBits(unsigned char bits[32]) const;
   /// \return How many indices the area covers, 0 to 256.
   std::int16_t FlagNum() const { return flagNum; }
 

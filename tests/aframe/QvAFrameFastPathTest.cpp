@@ -329,4 +329,75 @@ TEST(QvAFrameFastPath, TransformSteppingMatchesSolvingEveryPixel) {
   }
 }
 
+// An animation that also walks its frames from the first one, as a lookup by
+// position and the area did before they remembered their last answers.
+class Walked : public QvAFrame {
+ public:
+  using QvAFrame::localSearchM;
+  bool Locked() const { return lockFlag != 0; }
+  QvAFrameInfo* Walk(std::int16_t position) const {
+    std::uint16_t sum = 0;
+    QvAFrameInfo* r = frameList;
+    for (; r; r = r->next) {
+      sum = static_cast<std::uint16_t>(sum + static_cast<std::uint16_t>(r->interval));
+      if (static_cast<std::int16_t>(sum) > position) break;
+    }
+    return r;
+  }
+  std::vector<int> Area() const {
+    if (!frameList) return {};
+    int x0 = 0, y0 = 0, x1 = 0, y1 = 0;
+    for (const QvAFrameInfo* f = frameList; f; f = f->next) {
+      x0 = std::min<int>(x0, f->imageOffsetX);
+      y0 = std::min<int>(y0, f->imageOffsetY);
+      x1 = std::max(x1, f->imageOffsetX + f->imageWidth - 1);
+      y1 = std::max(y1, f->imageOffsetY + f->imageHeight - 1);
+    }
+    return {x1 - x0 + 1, y1 - y0 + 1, -x0, -y0};
+  }
+};
+
+// Random edits of an animation (frames added, inserted and removed, intervals
+// set, also to sums past 16 bits, images made anew and set), each followed by
+// lookups at rising, falling and far positions, under and without a lookup
+// lock: the remembered answers equal the walks.
+TEST(QvAFrameFastPath, RememberedLookupsMatchTheWalks) {
+  std::mt19937 rng(77);
+  unsigned char pic[64];
+  for (int i = 0; i < 64; ++i) pic[i] = static_cast<unsigned char>(1 + i);
+  Walked a;
+  std::int16_t position = 0;
+  for (int step = 0; step < 3000; ++step) {
+    const int n = a.CountAFrame();
+    const auto any = [&](int k) { return S16(static_cast<int>(rng() % (k + 1)) - 1); };
+    const int op = static_cast<int>(rng() % 8);
+    unsigned char mask[4] = {255, 255, 0, 255};
+    if (op == 0 && n < 12)
+      a.Reg(any(n), 0, 0, S16(1 + rng() % 8), S16(1 + rng() % 8), S16(rng() % 9), S16(rng() % 9),
+            S16(rng() % 4));
+    else if (op == 1)
+      a.Del(any(n));
+    else if (op == 2)
+      a.SetInterval(any(n), S16(rng() % 5 == 0 ? 9000 + rng() % 9000 : rng() % 4));
+    else if (op == 3)
+      a.SetRot(any(n), (rng() % 7) * 0.5), a.SetImage(any(n), pic, 8, 8, 8);
+    else if (op == 4)
+      a.SetImage(any(n), pic, mask, S16(1 + rng() % 2), 2, S16(rng() % 40 - 20), -3);
+    else if (op == 5)
+      a.LockM(position);
+    else if (op == 6)
+      rng() % 50 ? a.Unlock() : a.DelAll();
+    else
+      position = S16(rng() % 3 == 0 ? position + rng() % 5 : rng() % 70000);
+    QvAFrameInfo* locked = a.localSearchM(S16(position + 100));
+    std::int16_t w, h, x, y;
+    const bool framed = a.GetArea(&w, &h, &x, &y);
+    ASSERT_EQ(framed ? std::vector<int>({w, h, x, y}) : std::vector<int>(), a.Area()) << step;
+    for (int k = 0; k < 6; ++k, position = S16(position + rng() % 3)) {
+      QvAFrameInfo* found = a.localSearchM(position);
+      ASSERT_EQ(found, a.Locked() ? locked : a.Walk(position)) << "step " << step;
+    }
+  }
+}
+
 }  // namespace

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <random>
 #include <vector>
 
 #include "toolbox/QvPal.h"
@@ -124,6 +125,14 @@ TEST(ColorTableTest, PaletteAreaFlagsAndCount) {
   EXPECT_EQ(Ints({static_cast<int>(q.FlagNum()), q.Flag(12), q.Flag(255)}), Ints({16, 1, 1}));
   q.GetFlags(nullptr);
   EXPECT_EQ(Ints({static_cast<int>(q.FlagNum()), q.Flag(12)}), Ints({256, 0}));
+  // The bit set holds every flag at its place, for random areas.
+  std::mt19937 rng(5);
+  for (int round = 0; round < 50; ++round) {
+    for (int i = 0; i < 256; ++i) q.SetFlag(static_cast<unsigned char>(i), rng() % 3 == 0 ? 7 : 0);
+    unsigned char bits[32];
+    q.FlagBits(bits);
+    for (int i = 0; i < 256; ++i) ASSERT_EQ((bits[i >> 3] >> (i & 7)) & 1, q.Flag(i)) << i;
+  }
 }
 
 }  // namespace
