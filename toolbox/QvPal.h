@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 
 /// A palette area: a set of colour indices 0 to 255, each flagged in or out.
 /// FlagNum() tells how many indices the set covers: users visit indices 0 to
@@ -33,7 +34,7 @@ class QvPal {
   /// pixels at once: bit (i & 7) of bits[i >> 3] is 1 when index `i` is in
   /// the area, else 0.
   /// \param bits Receives 32 bytes (not owned; must not be null).
-  void FlagBits(unsigned char bits[32]) const;
+  void FlagBits(unsigned char bits[32]) const { std::memcpy(bits, flagBits, sizeof flagBits); }
   /// \return How many indices the area covers, 0 to 256.
   std::int16_t FlagNum() const { return flagNum; }
 
@@ -55,5 +56,7 @@ class QvPal {
 
  private:
   std::int16_t flagNum = 256;
+  // The flags as FlagBits gives them, kept beside the flags by every setter.
+  unsigned char flagBits[32] = {};
   char flags[256] = {};
 };
