@@ -65,10 +65,43 @@ tbColorTable* QvACycle::CTable(tbColorTable* src) {
 }
 
 tbColorTable* QvACycle::CTable(std::int16_t frame, tbColorTable* src) {
+  return localRotate(frame, src, false, nullptr);
+}
+
+tbColorTable* QvACycle::localRotateHeld(tbColorTable* src, bool* rangesOnly) {
+  if (runFlag) localGetCur();
+  return localRotate(static_cast<std::int16_t>(cur), src, true, rangesOnly);
+}
+
+tbColorTable* QvACycle::localRotate(std::int16_t frame, tbColorTable* src, bool outsideHeld,
+                                    bool* rangesOnly) {
   ++changeCount;
+  if (rangesOnly) *rangesOnly = false;
   if (errorFlags != 0 || frame < 0 || frame >= Count() || !src || !cTable) return nullptr;
 
-  cTable->CopyEntries(0, src, 0, 256);
+  // A range rotated by p - top: entries top.. land on p to end, the rest on
+  // top to p - 1; two blocks.
+  struct Block {
+    std::int32_t p, top, end;
+  };
+  auto rotate = [&](const Block& b) {
+    cTable->CopyEntries(b.p, src, b.top, b.end - b.p + 1);
+    cTable->CopyEntries(b.top, src, b.top + (b.end - b.p + 1), b.p - b.top);
+  };
+  // All 256 source entries are copied first. When the output holds them
+  // outside the ranges already, the copy waits until a range is not one
+  // block; the blocks written until then are written again over it, which
+  // ends in the same table.
+  constexpr int kHeld = 128;  // the most runs an area of 256 indices has
+  Block held[kHeld];
+  int blocks = 0;
+  bool copied = !outsideHeld || src == cTable;
+  auto copyAll = [&] {
+    cTable->CopyEntries(0, src, 0, 256);
+    for (int i = 0; i < blocks; ++i) rotate(held[i]);
+    copied = true;
+  };
+  if (copied) cTable->CopyEntries(0, src, 0, 256);
 
   for (cursor = head; cursor; cursor = cursor->next) {
     QvMPlayer* player = cursor->player;
@@ -78,12 +111,13 @@ tbColorTable* QvACycle::CTable(std::int16_t frame, tbColorTable* src) {
     const std::int32_t top = player->Top();
     const std::int32_t end = player->End();
     if (src != cTable && 0 <= top && top <= p && p <= end && end <= 255) {
-      // The range rotated by p - top: entries top.. land on p to end, the
-      // rest on top to p - 1; two blocks.
-      cTable->CopyEntries(p, src, top, end - p + 1);
-      cTable->CopyEntries(top, src, top + (end - p + 1), p - top);
+      const Block b{p, top, end};
+      if (!copied && blocks == kHeld) copyAll();
+      if (!copied) held[blocks++] = b;
+      rotate(b);
       continue;
     }
+    if (!copied) copyAll();
     // Otherwise entry by entry, wrapping past the end to the top.
     for (std::int32_t i = top; i <= end; ++i) {
       if (p > end) p = top;
@@ -91,7 +125,20 @@ tbColorTable* QvACycle::CTable(std::int16_t frame, tbColorTable* src) {
       ++p;
     }
   }
+  if (rangesOnly) *rangesOnly = !copied;
   return cTable;
+}
+
+void QvACycle::localCopyRanges(tbColorTable* dst, const tbColorTable* src) {
+  for (QvACycleInfo* r = head; r; r = r->next) {
+    if (!r->player) continue;
+    const std::int32_t top = r->player->Top(), end = r->player->End();
+    if (top < 0 || end > 255) {
+      dst->CopyEntries(0, src, 0, 256);
+      return;
+    }
+    if (top <= end) dst->CopyEntries(top, src, top, end - top + 1);
+  }
 }
 
 char QvACycle::Load(int) { return 0; }

@@ -138,4 +138,18 @@ class QvACycle : public QvAColor, public QvMCastList {
   QvACycleInfo* cursor;
   /// The number of frames (Count()).
   std::int16_t count;
+
+  friend class QvMCast;
+  /// CTable(frame, src). With outsideHeld the output table already holds
+  /// src's entries outside the ranges (it was computed last from the same,
+  /// unchanged source); the whole copy of src is then made only if some
+  /// range is not one rotated block, and *rangesOnly (when not null) tells
+  /// whether the ranges alone were written.
+  tbColorTable* localRotate(std::int16_t frame, tbColorTable* src, bool outsideHeld,
+                            bool* rangesOnly);
+  /// CTable(src) with outsideHeld, as localRotate.
+  tbColorTable* localRotateHeld(tbColorTable* src, bool* rangesOnly);
+  /// Copies the entries of every range from src to dst; every entry when a
+  /// range lies outside the table.
+  void localCopyRanges(tbColorTable* dst, const tbColorTable* src);
 };

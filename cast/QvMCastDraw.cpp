@@ -81,7 +81,10 @@ char QvMCast::DrawPicture(std::int16_t id, std::int32_t time, tbPixMap* dst, tbR
       tbPixMap* pm = world->PortPixMap();
       std::memset(pm->TopAddr(), 0, static_cast<std::size_t>(pm->Offset()) * h);
       if (!node->worldKey.complete || !node->worldKey.Same(node->copiesKey)) {
-        *world->CTable() = *ct;
+        if (node->worldRanges)
+          node->worldRanges->localCopyRanges(world->CTable(), ct);
+        else
+          *world->CTable() = *ct;
         node->worldKey = node->copiesKey;
       }
     } else {
@@ -122,6 +125,7 @@ tbColorTable* QvMCast::localCTable(QvMCastInfo* info, std::int32_t time) {
   if (!info->orgCTable || !InRange(info, time)) return nullptr;
   // The clocks are set first; each kind reads only its own.
   IndexedInfo* node = Indexed(info);
+  node->worldRanges = nullptr;
   ColourKey key;
   key.valid = true;
   QvAColor* last = nullptr;
@@ -150,9 +154,25 @@ tbColorTable* QvMCast::localCTable(QvMCastInfo* info, std::int32_t time) {
     CopyCTable(&workCTable, sofar);
     sofar = &workCTable;
   }
+  // A cycle reads the own table itself (it comes first, and the own table
+  // has 256 entries). While its copy and the own table stand as they were
+  // at the last computation, all but the frames, its output still holds the
+  // own table's entries outside its ranges, and it rewrites its ranges
+  // alone; a world that held that result then takes those entries alone.
+  const ColourKey& before = node->copiesKey;
+  const bool worldHeld = node->worldKey.complete && node->worldKey.Same(before);
+  bool rangesOnly = false;
+  constexpr int kCycle = QvAColor::kCycle;
+  // The store makes the copy of each kind itself: a cycle's is a QvACycle.
+  auto* cycle = static_cast<QvACycle*>(info->aColor[kCycle]);
+  // (Registering or removing any copy makes the last key invalid.)
+  const bool cycleHeld = cycle && key.valid && before.valid && before.complete &&
+                         before.change[kCycle] == key.change[kCycle] && sofar == info->orgCTable;
   for (QvAColor* anim : info->aColor) {
     if (!anim) continue;
-    if (!anim->CTable(sofar)) complete = false;
+    const bool held = anim == cycle && cycleHeld;
+    if (!(held ? cycle->localRotateHeld(sofar, &rangesOnly) : anim->CTable(sofar)))
+      complete = false;
     // The output table is passed on whatever the computation gave: a failed
     // computation passes on the output held before.
     tbColorTable* result = anim->CTable();
@@ -165,6 +185,8 @@ tbColorTable* QvMCast::localCTable(QvMCastInfo* info, std::int32_t time) {
       sofar = &workCTable;
     }
   }
+  if (rangesOnly && worldHeld && sofar == cycle->CTable())
+    node->worldRanges = cycle;
   for (int k = 0; k < 4; ++k) key.change[k] = key.anim[k] ? key.anim[k]->changeCount : 0;
   key.complete = complete;
   node->copiesKey = key;

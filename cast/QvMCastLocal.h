@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "acolor/QvAColor.h"
+#include "acolor/QvACycle.h"
 #include "cast/QvMCast.h"
 #include "cast/QvMCastInfo.h"
 #include "player/QvMCastList.h"
@@ -140,6 +141,10 @@ struct IndexedInfo : QvMCastInfo {
   ColourKey copiesKey;
   /// The colour table of orgGWorld is the result of this key.
   ColourKey worldKey;
+  /// Set by a computation of the colours that changed only the entries of
+  /// this cycle copy's ranges of a result the world held: the world's table
+  /// takes those entries alone.
+  QvACycle* worldRanges = nullptr;
 };
 
 inline IndexedInfo* Indexed(QvMCastInfo* info) { return static_cast<IndexedInfo*>(info); }

@@ -243,6 +243,9 @@ namespace {
 // A cycle whose range clocks the test reads.
 struct CycleProbe : QvACycle {
   using QvACycle::head;
+  using QvACycle::localCopyRanges;
+  using QvACycle::localRegArea;
+  using QvACycle::localRotate;
 };
 
 // The blend of one component as defined: the reference for the fade.
@@ -319,6 +322,24 @@ TEST(QvAColorPlainLoops, RandomAreasAndTables) {
       }
     }
     ASSERT_EQ(want, *cycle.CTable());
+    // From an output that holds the source outside the ranges, the ranges
+    // alone are written when each is one block (a range reaching past the
+    // table is not): the table computed whole, and a copy of the output
+    // before that takes the ranges alone.
+    const auto odd = [&](unsigned v) { return static_cast<std::int16_t>(v); };
+    if (round % 4 == 0) cycle.localRegArea(odd(240 + rng() % 10), odd(256 + rng() % 14));
+    ASSERT_NE(cycle.CTable(at, &src), nullptr);
+    const tbColorTable before = *cycle.CTable();
+    bool only = false;
+    const auto next = static_cast<std::int16_t>(rng() % 32767);
+    ASSERT_NE(cycle.localRotate(next, &src, true, &only), nullptr);
+    const tbColorTable held = *cycle.CTable();
+    ASSERT_EQ(held, *cycle.CTable(next, &src));
+    ASSERT_EQ(only, round % 4 != 0);
+    if (!only) continue;
+    tbColorTable ranges = before;
+    cycle.localCopyRanges(&ranges, &held);
+    ASSERT_EQ(ranges, held);
   }
 }
 
