@@ -67,6 +67,8 @@ char QvMCastList::Get(std::int16_t index, QvMCast** cast, std::int16_t* id) {
   }
   for (; entry != nullptr && i < index; ++i) entry = entry->next;
   if (entry == nullptr) return 0;
+  // A walk by successive indices reads the next entry soon: ask for it now.
+  if (entry->next != nullptr) __builtin_prefetch(entry->next);
   getEntry = entry;
   getIndex = index;
   if (cast != nullptr) *cast = entry->cast;
