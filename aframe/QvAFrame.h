@@ -466,6 +466,16 @@ class QvAFrame : public QvMCastList, public QvMPlayer {
                               std::int16_t width, std::int16_t height, std::int16_t anchorX,
                               std::int16_t anchorY, std::int16_t interval, std::int16_t* indexOut);
 
+  /// Forgets the area and the last lookup by position that GetArea and
+  /// localSearchM remember. Every operation that adds or removes a frame or
+  /// sets a frame's interval or image calls it; a subclass that changes the
+  /// records of frameList itself (the list, an interval, an image's size or
+  /// offsets) calls it too.
+  void localFramesChanged() {
+    areaKnown = false;
+    seekKnown = false;
+  }
+
   /// First frame; null without frames.
   QvAFrameInfo* frameList;
   /// The frame found by the last lookup (the locked frame while locked).
@@ -476,15 +486,6 @@ class QvAFrame : public QvMCastList, public QvMPlayer {
   signed char updateLock;
 
  private:
-  /// Forgets what is remembered below; called whenever a frame is added or
-  /// removed, or a frame's interval or image is set, the only ways the
-  /// inputs of GetArea and localSearchM (the list, the intervals, each
-  /// image's size and offsets) change.
-  void localFramesChanged() {
-    areaKnown = false;
-    seekKnown = false;
-  }
-
   /// GetArea's result, valid while areaKnown.
   std::int16_t areaWidth = 0, areaHeight = 0, areaAnchorX = 0, areaAnchorY = 0;
   bool areaKnown = false;
