@@ -240,6 +240,8 @@ TEST(QvAColorMembersByKind, OperationsThatPassTheirChangeOn) {
 
 namespace {
 
+std::int16_t S16(unsigned v) { return static_cast<std::int16_t>(v); }
+
 // A cycle whose range clocks the test reads.
 struct CycleProbe : QvACycle {
   using QvACycle::head;
@@ -322,24 +324,18 @@ TEST(QvAColorPlainLoops, RandomAreasAndTables) {
       }
     }
     ASSERT_EQ(want, *cycle.CTable());
-    // From an output that holds the source outside the ranges, the ranges
-    // alone are written when each is one block (a range reaching past the
-    // table is not): the table computed whole, and a copy of the output
-    // before that takes the ranges alone.
-    const auto odd = [&](unsigned v) { return static_cast<std::int16_t>(v); };
-    if (round % 4 == 0) cycle.localRegArea(odd(240 + rng() % 10), odd(256 + rng() % 14));
-    ASSERT_NE(cycle.CTable(at, &src), nullptr);
-    const tbColorTable before = *cycle.CTable();
+    // From an output holding the source outside the ranges, the ranges alone
+    // are written when each is one block (one reaching past the table is
+    // not): the table computed whole; a copy of the output before it takes
+    // the ranges alone.
+    if (round % 4 == 0) cycle.localRegArea(S16(240 + rng() % 10), S16(256 + rng() % 14));
+    tbColorTable before = *cycle.CTable(at, &src), held;
     bool only = false;
     const auto next = static_cast<std::int16_t>(rng() % 32767);
-    ASSERT_NE(cycle.localRotate(next, &src, true, &only), nullptr);
-    const tbColorTable held = *cycle.CTable();
-    ASSERT_EQ(held, *cycle.CTable(next, &src));
-    ASSERT_EQ(only, round % 4 != 0);
-    if (!only) continue;
-    tbColorTable ranges = before;
-    cycle.localCopyRanges(&ranges, &held);
-    ASSERT_EQ(ranges, held);
+    held = *cycle.localRotate(next, &src, true, &only);
+    ASSERT_TRUE(held == *cycle.CTable(next, &src) && only == (round % 4 != 0));
+    if (only) cycle.localCopyRanges(&before, &held);
+    ASSERT_TRUE(!only || before == held);
   }
 }
 

@@ -125,13 +125,16 @@ TEST(ColorTableTest, PaletteAreaFlagsAndCount) {
   EXPECT_EQ(Ints({static_cast<int>(q.FlagNum()), q.Flag(12), q.Flag(255)}), Ints({16, 1, 1}));
   q.GetFlags(nullptr);
   EXPECT_EQ(Ints({static_cast<int>(q.FlagNum()), q.Flag(12)}), Ints({256, 0}));
-  // The bit set holds every flag at its place, for random areas.
+  // The bit set follows every setter: each flag at its place.
   std::mt19937 rng(5);
-  for (int round = 0; round < 50; ++round) {
-    for (int i = 0; i < 256; ++i) q.SetFlag(static_cast<unsigned char>(i), rng() % 3 == 0 ? 7 : 0);
+  for (int round = 0; round < 60; ++round) {
+    const auto i = static_cast<unsigned char>(rng()), j = static_cast<unsigned char>(rng());
+    round % 20 == 19 ? q.GetFlags(round == 39 ? &p : nullptr)
+    : round % 3      ? q.SetFlag(i, j % 2)
+                     : q.SetRange(i, j, j % 2);
     unsigned char bits[32];
     q.FlagBits(bits);
-    for (int i = 0; i < 256; ++i) ASSERT_EQ((bits[i >> 3] >> (i & 7)) & 1, q.Flag(i)) << i;
+    for (int k = 0; k < 256; ++k) ASSERT_EQ((bits[k >> 3] >> (k & 7)) & 1, q.Flag(k)) << round;
   }
 }
 
