@@ -95,13 +95,13 @@ tbColorTable* QvACycle::localRotate(std::int16_t frame, tbColorTable* src, bool 
   constexpr int kHeld = 128;  // the most runs an area of 256 indices has
   Block held[kHeld];
   int blocks = 0;
-  bool copied = !outsideHeld || src == cTable;
+  bool copied = false;
   auto copyAll = [&] {
     cTable->CopyEntries(0, src, 0, 256);
     for (int i = 0; i < blocks; ++i) rotate(held[i]);
     copied = true;
   };
-  if (copied) cTable->CopyEntries(0, src, 0, 256);
+  if (!outsideHeld || src == cTable) copyAll();
 
   for (cursor = head; cursor; cursor = cursor->next) {
     QvMPlayer* player = cursor->player;
@@ -132,12 +132,8 @@ tbColorTable* QvACycle::localRotate(std::int16_t frame, tbColorTable* src, bool 
 void QvACycle::localCopyRanges(tbColorTable* dst, const tbColorTable* src) {
   for (QvACycleInfo* r = head; r; r = r->next) {
     if (!r->player) continue;
-    const std::int32_t top = r->player->Top(), end = r->player->End();
-    if (top < 0 || end > 255) {
-      dst->CopyEntries(0, src, 0, 256);
-      return;
-    }
-    if (top <= end) dst->CopyEntries(top, src, top, end - top + 1);
+    const std::int32_t top = r->player->Top();
+    dst->CopyEntries(top, src, top, r->player->End() - top + 1);
   }
 }
 

@@ -149,7 +149,8 @@ class QvACycle : public QvAColor, public QvMCastList {
                             bool* rangesOnly);
   /// CTable(src) with outsideHeld, as localRotate.
   tbColorTable* localRotateHeld(tbColorTable* src, bool* rangesOnly);
-  /// Copies the entries of every range from src to dst; every entry when a
-  /// range lies outside the table.
+  /// Copies the entries of every range from src to dst. Only after a
+  /// computation that wrote the ranges alone: each range then lies inside
+  /// the table (CopyEntries ignores one that does not).
   void localCopyRanges(tbColorTable* dst, const tbColorTable* src);
 };
