@@ -38,10 +38,9 @@ class tbRect;
 /// 0, 0) to make it again from the untransformed image already cut out; after
 /// Set, SetPos or SetSize, which move or resize the rectangle, cut the frame
 /// out again by passing the source picture to SetImage (a new size releases
-/// the old cut-out, and a null source then fails). SetOrgImage alone draws nothing: a frame without a transformed
-/// image draws nothing. Images are 8-bit colour indices, one byte per pixel,
-/// rows from the top; the frame's own buffers have rows exactly as long as
-/// the image is wide.
+/// the old cut-out, and a null source then fails). SetOrgImage alone draws nothing: a frame without
+/// a transformed image draws nothing. Images are 8-bit colour indices, one byte per pixel, rows
+/// from the top; the frame's own buffers have rows exactly as long as the image is wide.
 ///
 /// **Cast members.** The animation is also the QvMCastList of the cast
 /// members that hold copies of it (QvMCast::RegAFrame with the animation as
@@ -262,9 +261,19 @@ class QvAFrame : public QvMCastList, public QvMPlayer {
   /// The frame's own transformed image and mask (null when none; do not
   /// free), their size and the offset of their top-left pixel from the
   /// anchor. Null outputs are skipped. \return 1; 0 without such frame.
+  ///
+  /// The caller may read and write the bytes handed out. Asked of a cast
+  /// member's copy (QvMCast::AFrame) for the image or the mask, it makes the
+  /// store draw that member through the member's off-screen world from then
+  /// on, which is slower; HasAImage tells whether a frame has its image
+  /// without handing anything out.
   char GetAImage(std::int16_t index, unsigned char** image, unsigned char** mask,
                  std::int16_t* imageWidth, std::int16_t* imageHeight, std::int16_t* imageOffsetX,
                  std::int16_t* imageOffsetY);
+  /// \return 1 when the frame at index has its transformed image and mask;
+  ///   0 when it has none (never transformed, or the transform failed) or
+  ///   there is no such frame.
+  char HasAImage(std::int16_t index);
   /// GetAImage for the frame shown at a clock position.
   char GetMImage(std::int16_t position, unsigned char** image, unsigned char** mask,
                  std::int16_t* imageWidth, std::int16_t* imageHeight, std::int16_t* imageOffsetX,
@@ -467,14 +476,14 @@ class QvAFrame : public QvMCastList, public QvMPlayer {
                               std::int16_t anchorY, std::int16_t interval, std::int16_t* indexOut);
 
   /// Forgets the area and the last lookup by position that GetArea and
-  /// localSearchM remember. Every operation that adds or removes a frame or
-  /// sets a frame's interval or image calls it; a subclass that changes the
-  /// records of frameList itself (the list, an interval, an image's size or
-  /// offsets) calls it too.
-  void localFramesChanged() {
-    areaKnown = false;
-    seekKnown = false;
-  }
+  /// localSearchM remember, after bringing up to date the pixels of a cast
+  /// member's world that the member's last drawing left for later (the
+  /// animation is then a member's copy). Every operation that adds or
+  /// removes a frame or sets a frame's interval or image calls it before it
+  /// changes anything; a subclass that changes the records of frameList
+  /// itself (the list, an interval, an image, a mask, their size or offsets)
+  /// calls it first too.
+  void localFramesChanged();
 
   /// First frame; null without frames.
   QvAFrameInfo* frameList;
@@ -497,4 +506,43 @@ class QvAFrame : public QvMCastList, public QvMPlayer {
   std::int16_t seekPosition = 0;
   std::uint16_t seekEnd = 0;
   bool seekKnown = false;
+
+  // A cast store draws a member straight from its frame into the target,
+  // leaving the member's world (filled, then drawn into, then copied from)
+  // for later, where that gives the same target. The world is brought up to
+  // date before anything could show it otherwise: before a frame is changed
+  // or removed, its buffers lent out, the copy destroyed or the world drawn
+  // through; the store forgets it before disposing or clearing the world.
+  friend class QvMCast;
+  /// The drawing whose pixels world lacks; world is null when none.
+  struct DeferredWorld {
+    tbGWorld* world = nullptr;
+    const QvAFrameInfo* frame = nullptr;
+    unsigned char area[32] = {};
+    std::int16_t x = 0, y = 0, fill = 0, scrollX = 0, scrollY = 0;
+    char wrap = 0;
+  };
+  DeferredWorld deferred;
+  /// Set once GetAImage or GetMImage handed out a frame's image or mask:
+  /// their bytes may change unseen, so no world is left for later.
+  bool imagesLent = false;
+
+  /// DrawMPicture for a cast member's world. zeroFirst: the world is made
+  /// new, its pixels 0, before the drawing.
+  char localDrawMember(std::int16_t position, tbGWorld* world, bool zeroFirst, std::int16_t x,
+                       std::int16_t y, QvPal* pal, std::int16_t fill, char wrap,
+                       std::int16_t scrollX, std::int16_t scrollY, tbPixMap* destPixMap,
+                       std::int16_t destX, std::int16_t destY);
+  /// Writes the pixels left for later into their world.
+  void localSettleWorld();
+  /// Drops what was left for later in world, whose pixels are about to go.
+  void localForgetWorld(tbGWorld* world) {
+    if (deferred.world == world) deferred.world = nullptr;
+  }
+  /// The placing form for frame f; area is the palette area as a 256-bit
+  /// set, or null.
+  void localPlaceFrame(const QvAFrameInfo* f, unsigned char* dst, std::int16_t dstRowBytes,
+                       std::int16_t dstWidth, std::int16_t dstHeight, std::int16_t x,
+                       std::int16_t y, const unsigned char* area, std::int16_t fill, char wrap,
+                       std::int16_t scrollX, std::int16_t scrollY, tbRect* frameRect);
 };

@@ -14,6 +14,7 @@
 #include "toolbox/QvCopyLocal.h"
 #include "toolbox/QvPal.h"
 #include "toolbox/QvPlatform.h"
+#include "toolbox/QvPlatformLocal.h"
 #include "toolbox/QvRgn.h"
 #include "toolbox/tbGWorld.h"
 #include "toolbox/tbPixMap.h"
@@ -26,11 +27,14 @@ using namespace qvaframe;
 // ---------------------------------------------------------------------------
 // Drawing
 
-void QvAFrame::localDrawImage(unsigned char* image, unsigned char* mask, std::int16_t imageRowBytes,
-                              unsigned char* dst, std::int16_t dstRowBytes, std::int16_t left,
-                              std::int16_t top, std::int16_t right, std::int16_t bottom,
-                              std::int16_t clipLeft, std::int16_t clipTop, std::int16_t clipRight,
-                              std::int16_t clipBottom, QvPal* pal) {
+namespace {
+
+// The copying form, with the palette area as a 256-bit set (null: none).
+void CopyPlaced(const unsigned char* image, const unsigned char* mask, std::int16_t imageRowBytes,
+                unsigned char* dst, std::int16_t dstRowBytes, std::int16_t left, std::int16_t top,
+                std::int16_t right, std::int16_t bottom, std::int16_t clipLeft,
+                std::int16_t clipTop, std::int16_t clipRight, std::int16_t clipBottom,
+                const unsigned char* area) {
   if (!image || !mask || !dst) return;
   // Clipping, once per copy, in int so that no difference wraps around: a
   // rectangle whose right or bottom edge wrapped past 16 bits comes out empty.
@@ -51,12 +55,9 @@ void QvAFrame::localDrawImage(unsigned char* image, unsigned char* mask, std::in
   const unsigned char* m = mask + static_cast<std::ptrdiff_t>(skipY) * imageRowBytes + skipX;
   unsigned char* d = dst + static_cast<std::ptrdiff_t>(y0) * dstRowBytes + x0;
   const RowKernels& rows = Rows();
-  if (pal) {
-    // The area's answer for each colour index, asked once per copy, as a bit
-    // set; a pixel passes when its colour is in the area and its mask byte
-    // is not 0.
-    unsigned char area[32];
-    pal->FlagBits(area);
+  if (area) {
+    // A pixel passes when its colour is in the area and its mask byte is
+    // not 0.
     for (int row = 0; row < h; ++row) {
       rows.filtered(s, m, d, w, area);
       s += imageRowBytes;
@@ -79,11 +80,35 @@ void QvAFrame::localDrawImage(unsigned char* image, unsigned char* mask, std::in
   }
 }
 
+}  // namespace
+
+void QvAFrame::localDrawImage(unsigned char* image, unsigned char* mask, std::int16_t imageRowBytes,
+                              unsigned char* dst, std::int16_t dstRowBytes, std::int16_t left,
+                              std::int16_t top, std::int16_t right, std::int16_t bottom,
+                              std::int16_t clipLeft, std::int16_t clipTop, std::int16_t clipRight,
+                              std::int16_t clipBottom, QvPal* pal) {
+  // The area's answer for each colour index, asked once per copy.
+  unsigned char area[32];
+  if (pal) pal->FlagBits(area);
+  CopyPlaced(image, mask, imageRowBytes, dst, dstRowBytes, left, top, right, bottom, clipLeft,
+             clipTop, clipRight, clipBottom, pal ? area : nullptr);
+}
+
 void QvAFrame::localDrawImage(unsigned char* dst, std::int16_t dstRowBytes, std::int16_t dstWidth,
                               std::int16_t dstHeight, std::int16_t x, std::int16_t y, QvPal* pal,
                               std::int16_t fill, char wrap, std::int16_t scrollX,
                               std::int16_t scrollY, tbRect* frameRect) {
-  QvAFrameInfo* f = curFrame;
+  unsigned char area[32];
+  if (pal) pal->FlagBits(area);
+  localPlaceFrame(curFrame, dst, dstRowBytes, dstWidth, dstHeight, x, y, pal ? area : nullptr, fill,
+                  wrap, scrollX, scrollY, frameRect);
+}
+
+void QvAFrame::localPlaceFrame(const QvAFrameInfo* f, unsigned char* dst, std::int16_t dstRowBytes,
+                               std::int16_t dstWidth, std::int16_t dstHeight, std::int16_t x,
+                               std::int16_t y, const unsigned char* area, std::int16_t fill,
+                               char wrap, std::int16_t scrollX, std::int16_t scrollY,
+                               tbRect* frameRect) {
   if (!f || !f->image || !f->mask || !dst) {
     if (frameRect) qv::SetRect(frameRect, 0, 0, 0, 0);
     return;
@@ -130,9 +155,8 @@ void QvAFrame::localDrawImage(unsigned char* dst, std::int16_t dstRowBytes, std:
   }
 
   auto copy = [&](int dx, int dy) {
-    localDrawImage(f->image, f->mask, iw, dst, dstRowBytes, Add16(left, dx), Add16(top, dy),
-                   Add16(right, dx), Add16(bottom, dy), clipLeft, clipTop, clipRight, clipBottom,
-                   pal);
+    CopyPlaced(f->image, f->mask, iw, dst, dstRowBytes, Add16(left, dx), Add16(top, dy),
+               Add16(right, dx), Add16(bottom, dy), clipLeft, clipTop, clipRight, clipBottom, area);
   };
   copy(sx, sy);
   if (wrap & 1) copy(sx - iw, sy);
@@ -185,6 +209,90 @@ void KeyedCopy(tbPixMap* src, tbPixMap* dst, const tbRect& srcRect, const tbRect
   const RowKernels& rows = Rows();
   for (std::int64_t y = 0; y < b.h; ++y, from += srcRow, to += dstRow)
     rows.keyed(from, to, b.w, key);
+}
+
+// What drawing frame f into world (fill set over it first, then the frame
+// placed at (x, y) through the palette area as a 256-bit set) and copying
+// the world's pixels that differ from fill to target in dst leaves in dst,
+// done straight from the frame. anyPass: some pixel of the world would
+// differ from fill. False, with nothing done, where the world would not be
+// filled whole (no image, no pixels, a description that cannot be right) or
+// a tile's edge would wrap around 16 bits.
+bool DirectKeyed(const QvAFrameInfo* f, tbGWorld* world, const unsigned char* area, std::int16_t x,
+                 std::int16_t y, std::int16_t fill, char wrap, std::int16_t scrollX,
+                 std::int16_t scrollY, tbPixMap* dst, const tbRect& target, bool* anyPass) {
+  tbPixMap* pm = world->PortPixMap();
+  if (!f || !f->image || !f->mask || !pm->TopAddr() || !dst || !dst->TopAddr()) return false;
+  const tbRect& sb = pm->Bounds();
+  const tbRect& wb = world->bounds;
+  if (sb.left != wb.left || sb.top != wb.top || sb.right != wb.right || sb.bottom != wb.bottom)
+    return false;
+  const int w = Sub16(wb.right, wb.left), h = Sub16(wb.bottom, wb.top);
+  const int iw = f->imageWidth, ih = f->imageHeight;
+  if (iw < 1 || ih < 1 || w < 1 || h < 1 || pm->Offset() < w) return false;
+  const int left = Add16(x, f->imageOffsetX), top = Add16(y, f->imageOffsetY);
+  // No tile's edge wraps around: the tiles, a whole image apart, never
+  // overlap, and the world holds in each pixel at most one tile's.
+  if (left - iw < INT16_MIN || left + 2 * iw > INT16_MAX || top - ih < INT16_MIN ||
+      top + 2 * ih > INT16_MAX)
+    return false;
+  // The world's pixels that would differ from fill: in the area, and not fill.
+  unsigned char pass[32];
+  std::memcpy(pass, area, sizeof pass);
+  const unsigned key = static_cast<unsigned char>(fill);
+  pass[key >> 3] = static_cast<unsigned char>(pass[key >> 3] & ~(1u << (key & 7)));
+  auto passes = [&pass](unsigned char v) { return (pass[v >> 3] >> (v & 7)) & 1; };
+
+  QvCopyBlock b;
+  const bool some = QvClipCopy(wb, target, sb, dst->Bounds(), &b);
+  const tbRect& db = dst->Bounds();
+  // The block's source in world pixels, and how far its target lies from it.
+  const std::int64_t bx0 = b.sx - sb.left, by0 = b.sy - sb.top;
+  const std::int64_t toX = b.dx - db.left - bx0, toY = b.dy - db.top - by0;
+  const int clipL = std::max(left, 0), clipT = std::max(top, 0);
+  const int clipR = std::min(left + iw, w), clipB = std::min(top + ih, h);
+  int sx = scrollX % iw;
+  if (sx < 0) sx += iw;
+  int sy = scrollY % ih;
+  if (sy < 0) sy += ih;
+  const RowKernels& rows = Rows();
+  const std::int64_t dstRow = dst->Offset();
+  *anyPass = false;
+  const int tileX[4] = {sx, sx - iw, sx, sx - iw};
+  const int tileY[4] = {sy, sy, sy - ih, sy - ih};
+  // Tile 0, then the wrapped ones the mode asks for.
+  const bool used[4] = {true, (wrap & 1) != 0, (wrap & 2) != 0, wrap == 3};
+  for (int t = 0; t < 4; ++t) {
+    if (!used[t]) continue;
+    const int tl = left + tileX[t], tt = top + tileY[t];
+    const int x0 = std::max(tl, clipL), y0 = std::max(tt, clipT);
+    const int x1 = std::min(tl + iw, clipR), y1 = std::min(tt + ih, clipB);
+    if (x1 <= x0 || y1 <= y0) continue;
+    const std::ptrdiff_t first = static_cast<std::ptrdiff_t>(y0 - tt) * iw + (x0 - tl);
+    for (int r = y0; r < y1 && !*anyPass; ++r) {
+      const unsigned char* s = f->image + first + static_cast<std::ptrdiff_t>(r - y0) * iw;
+      const unsigned char* m = f->mask + first + static_cast<std::ptrdiff_t>(r - y0) * iw;
+      for (int i = 0; i < x1 - x0; ++i) {
+        if (m[i] && passes(s[i])) {
+          *anyPass = true;
+          break;
+        }
+      }
+    }
+    if (!some) continue;
+    const std::int64_t cx0 = std::max<std::int64_t>(x0, bx0);
+    const std::int64_t cy0 = std::max<std::int64_t>(y0, by0);
+    const std::int64_t cx1 = std::min<std::int64_t>(x1, bx0 + b.w);
+    const std::int64_t cy1 = std::min<std::int64_t>(y1, by0 + b.h);
+    if (cx1 <= cx0 || cy1 <= cy0) continue;
+    const std::ptrdiff_t at = static_cast<std::ptrdiff_t>((cy0 - tt) * iw + (cx0 - tl));
+    const unsigned char* s = f->image + at;
+    const unsigned char* m = f->mask + at;
+    unsigned char* d = dst->TopAddr() + (cy0 + toY) * dstRow + (cx0 + toX);
+    for (std::int64_t r = cy0; r < cy1; ++r, s += iw, m += iw, d += dstRow)
+      rows.filtered(s, m, d, cx1 - cx0, pass);
+  }
+  return true;
 }
 
 }  // namespace
@@ -283,4 +391,76 @@ char QvAFrame::DrawMPicture(std::int16_t position, tbGWorld* world, std::int16_t
                             std::int16_t destY) {
   if (!localSearchM(position)) return 0;
   return localDrawPicture(world, x, y, pal, fill, wrap, scrollX, scrollY, destPixMap, destX, destY);
+}
+
+// ---------------------------------------------------------------------------
+// A cast member's drawing
+
+char QvAFrame::localDrawMember(std::int16_t position, tbGWorld* world, bool zeroFirst,
+                               std::int16_t x, std::int16_t y, QvPal* pal, std::int16_t fill,
+                               char wrap, std::int16_t scrollX, std::int16_t scrollY,
+                               tbPixMap* destPixMap, std::int16_t destX, std::int16_t destY) {
+  // A world made new loses what it was to get. So does a world the member
+  // no longer draws into (the store forgets a world before it disposes it;
+  // this is for a world disposed without that).
+  if (zeroFirst || deferred.world != world) deferred.world = nullptr;
+  auto zero = [world] {
+    tbPixMap* pm = world ? world->PortPixMap() : nullptr;
+    if (!pm || !pm->TopAddr()) return;
+    const std::int16_t h = Sub16(world->bounds.bottom, world->bounds.top);
+    if (h > 0 && pm->Offset() > 0)
+      std::memset(pm->TopAddr(), 0, static_cast<std::size_t>(pm->Offset()) * h);
+  };
+  if (!localSearchM(position)) {
+    if (zeroFirst) zero();
+    return 0;
+  }
+  // Through a palette area, the world is filled whole, drawn into and copied
+  // from where it differs from the fill colour: the target gets the same
+  // pixels straight from the frame, and the world's pixels can wait. Not
+  // while the frame's buffers may have changed unseen since, nor when one
+  // of the allocations counted on the way is to fail.
+  if (world && pal && fill != -1 && !imagesLent && !Overlap(world->PortPixMap(), destPixMap) &&
+      !QvAllocationFailsWithin(3)) {
+    unsigned char area[32];
+    pal->FlagBits(area);
+    const std::int16_t w = Sub16(world->bounds.right, world->bounds.left);
+    const std::int16_t h = Sub16(world->bounds.bottom, world->bounds.top);
+    const tbRect target(destX, destY, Add16(destX, w), Add16(destY, h));
+    bool anyPass = false;
+    if (DirectKeyed(curFrame, world, area, x, y, fill, wrap, scrollX, scrollY, destPixMap, target,
+                    &anyPass)) {
+      deferred.world = world;
+      deferred.frame = curFrame;
+      std::memcpy(deferred.area, area, sizeof area);
+      deferred.x = x;
+      deferred.y = y;
+      deferred.fill = fill;
+      deferred.wrap = wrap;
+      deferred.scrollX = scrollX;
+      deferred.scrollY = scrollY;
+      // The allocations the region would have counted (see localDrawPicture),
+      // none of which fails.
+      QvAllocationFails();
+      if (anyPass) QvAllocationFails();
+      QvAllocationFails();
+      return 1;
+    }
+  }
+  if (zeroFirst)
+    zero();
+  else
+    localSettleWorld();
+  return localDrawPicture(world, x, y, pal, fill, wrap, scrollX, scrollY, destPixMap, destX, destY);
+}
+
+void QvAFrame::localSettleWorld() {
+  tbGWorld* world = deferred.world;
+  if (!world) return;
+  deferred.world = nullptr;
+  tbPixMap* pm = world->PortPixMap();
+  localPlaceFrame(
+      deferred.frame, pm->TopAddr(), pm->Offset(), Sub16(world->bounds.right, world->bounds.left),
+      Sub16(world->bounds.bottom, world->bounds.top), deferred.x, deferred.y, deferred.area,
+      deferred.fill, deferred.wrap, deferred.scrollX, deferred.scrollY, nullptr);
 }

@@ -137,11 +137,11 @@ char QvAFrame::SetImage(std::int16_t index, unsigned char* src, std::int16_t src
   // The bytes of the image and mask held now (-1: none).
   const long heldBytes =
       f->image && f->mask ? static_cast<long>(f->imageWidth) * f->imageHeight : -1;
+  localFramesChanged();
   f->imageWidth = imageWidth;
   f->imageHeight = imageHeight;
   f->imageOffsetX = Sub16(minX, cx);
   f->imageOffsetY = Sub16(minY, cy);
-  localFramesChanged();
 
   localDeleteIcon(f);
   // Sizes that wrapped around 16 bits: the frame keeps no transformed image,
@@ -208,11 +208,11 @@ char QvAFrame::SetImage(std::int16_t index, unsigned char* image, unsigned char*
   if (!f) return 0;
   if (imageWidth < 1 || imageHeight < 1) return 0;
   if (!image || !mask) return 0;
+  localFramesChanged();
   f->imageWidth = imageWidth;
   f->imageHeight = imageHeight;
   f->imageOffsetX = imageOffsetX;
   f->imageOffsetY = imageOffsetY;
-  localFramesChanged();
   localDeleteImage(f);
   localDeleteIcon(f);
   unsigned char* newImage = NewBuffer(imageWidth, imageHeight);
@@ -247,12 +247,22 @@ void QvAFrame::localGetImage(unsigned char** image, unsigned char** mask, std::i
                              std::int16_t* imageHeight, std::int16_t* imageOffsetX,
                              std::int16_t* imageOffsetY) {
   const QvAFrameInfo* f = curFrame;
+  if (image || mask) {
+    // The bytes handed out may change unseen from now on.
+    localSettleWorld();
+    imagesLent = true;
+  }
   if (image) *image = f->image;
   if (mask) *mask = f->mask;
   if (imageWidth) *imageWidth = f->imageWidth;
   if (imageHeight) *imageHeight = f->imageHeight;
   if (imageOffsetX) *imageOffsetX = f->imageOffsetX;
   if (imageOffsetY) *imageOffsetY = f->imageOffsetY;
+}
+
+char QvAFrame::HasAImage(std::int16_t index) {
+  const QvAFrameInfo* f = localSearchA(index);
+  return f && f->image && f->mask ? 1 : 0;
 }
 
 char QvAFrame::GetAImage(std::int16_t index, unsigned char** image, unsigned char** mask,

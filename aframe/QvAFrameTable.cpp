@@ -32,6 +32,12 @@ QvAFrame::QvAFrame()
       lockFlag(0),
       updateLock(0) {}
 
+void QvAFrame::localFramesChanged() {
+  localSettleWorld();
+  areaKnown = false;
+  seekKnown = false;
+}
+
 QvAFrame::~QvAFrame() {
   // The members that use the animation keep their last copy and forget it.
   DelFromMCast();

@@ -1000,6 +1000,15 @@ class QvMCast {
   /// area, the own colour table) when it has both a frame animation and an
   /// own colour table.
   void localNewOrgGWorld(QvMCastInfo* info);
+  /// Disposes the member's off-screen world, when it has one, and sets
+  /// orgGWorld null. Drawing a member may leave the world's pixels to be
+  /// written later: a subclass that disposes or replaces orgGWorld itself
+  /// goes through this, or the pixels may be written into a world it freed.
+  void localDisposeOrgGWorld(QvMCastInfo* info);
+  /// Writes the pixels the member's last drawing left for later into its
+  /// off-screen world. A subclass that reads orgGWorld's pixels calls this
+  /// first.
+  void localSettleOrgGWorld(QvMCastInfo* info);
 
   /// DelAnc on the record.
   void DelAnc(QvMCastInfo* info);

@@ -121,12 +121,20 @@ void QvMCast::localNewOrgGWorld(QvMCastInfo* info) {
   if (!info->aFrame->GetArea(&w, &h, &x, &y)) return;
   tbRect bounds;
   qv::SetRect(&bounds, 0, 0, w, h);
-  if (info->orgGWorld) {
-    qv::tb.DisposeGWorld(info->orgGWorld);
-    info->orgGWorld = nullptr;
-  }
+  localDisposeOrgGWorld(info);
   ForgetColours(info);
   qv::tb.NewGWorld(&info->orgGWorld, 8, &bounds, info->orgCTable);
+}
+
+void QvMCast::localSettleOrgGWorld(QvMCastInfo* info) {
+  if (info->aFrame) info->aFrame->localSettleWorld();
+}
+
+void QvMCast::localDisposeOrgGWorld(QvMCastInfo* info) {
+  if (!info->orgGWorld) return;
+  if (info->aFrame) info->aFrame->localForgetWorld(info->orgGWorld);
+  qv::tb.DisposeGWorld(info->orgGWorld);
+  info->orgGWorld = nullptr;
 }
 
 std::int16_t QvMCast::RegDft(std::int16_t id, std::int16_t param, QvMCastDft* entries,

@@ -3,7 +3,6 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <limits>
 #include <memory>
 
@@ -60,6 +59,10 @@ char QvMCast::DrawPicture(std::int16_t id, std::int32_t time, tbPixMap* dst, tbR
   std::int16_t sh = 0, sv = 0;
   localScrollAt(info, t, &sh, &sv);
 
+  QvAFrame* anim = info->aFrame;
+  // The world's pixels are made 0 by the frame's drawing itself, which may
+  // leave them for later.
+  bool zeroFirst = false;
   if (IsAColor(info)) {
     tbColorTable* ct = localCTable(info, t);
     if (!ct) return 0;
@@ -73,13 +76,11 @@ char QvMCast::DrawPicture(std::int16_t id, std::int32_t time, tbPixMap* dst, tbR
       // its pixels) are still counted, so that a failing one ends the same
       // way: no world, and 0.
       if (QvAllocationFails() || QvAllocationFails()) {
-        qv::tb.DisposeGWorld(world);
-        info->orgGWorld = nullptr;
+        localDisposeOrgGWorld(info);
         node->worldKey.valid = false;
         return 0;
       }
-      tbPixMap* pm = world->PortPixMap();
-      std::memset(pm->TopAddr(), 0, static_cast<std::size_t>(pm->Offset()) * h);
+      zeroFirst = true;
       if (!node->worldKey.complete || !node->worldKey.Same(node->copiesKey)) {
         if (node->worldRanges)
           node->worldRanges->localCopyRanges(world->CTable(), ct);
@@ -88,10 +89,7 @@ char QvMCast::DrawPicture(std::int16_t id, std::int32_t time, tbPixMap* dst, tbR
         node->worldKey = node->copiesKey;
       }
     } else {
-      if (world) {
-        qv::tb.DisposeGWorld(world);
-        info->orgGWorld = nullptr;
-      }
+      localDisposeOrgGWorld(info);
       node->worldKey.valid = false;
       tbRect bounds;
       qv::SetRect(&bounds, 0, 0, w, h);
@@ -102,11 +100,10 @@ char QvMCast::DrawPicture(std::int16_t id, std::int32_t time, tbPixMap* dst, tbR
     return 0;
   }
 
-  QvAFrame* anim = info->aFrame;
   anim->SetCur(localFrameOf(t, info->start, anim->Speed()));
   const std::int16_t f = Low16(static_cast<std::uint32_t>(anim->Cur()));
-  return anim->DrawMPicture(f, info->orgGWorld, ox, oy, info->orgPal, info->fillIndex, wrap, sh, sv,
-                            dst, x, y)
+  return anim->localDrawMember(f, info->orgGWorld, zeroFirst, ox, oy, info->orgPal, info->fillIndex,
+                               wrap, sh, sv, dst, x, y)
              ? 1
              : 0;
 }
@@ -185,8 +182,7 @@ tbColorTable* QvMCast::localCTable(QvMCastInfo* info, std::int32_t time) {
       sofar = &workCTable;
     }
   }
-  if (rangesOnly && worldHeld && sofar == cycle->CTable())
-    node->worldRanges = cycle;
+  if (rangesOnly && worldHeld && sofar == cycle->CTable()) node->worldRanges = cycle;
   for (int k = 0; k < 4; ++k) key.change[k] = key.anim[k] ? key.anim[k]->changeCount : 0;
   key.complete = complete;
   node->copiesKey = key;

@@ -46,7 +46,10 @@ struct QvMCastInfo {
   /// Own colour table (256 entries).
   tbColorTable* orgCTable = nullptr;
   /// 8-bit off-screen world the frame is drawn into (area size of the frame
-  /// animation, own colour table).
+  /// animation, own colour table). Through a palette area the drawing may
+  /// go straight to the target and write these pixels later: a subclass
+  /// reads them after QvMCast::localSettleOrgGWorld and disposes the world
+  /// with QvMCast::localDisposeOrgGWorld.
   tbGWorld* orgGWorld = nullptr;
   /// Palette area: the indices drawn; null for all.
   QvPal* orgPal = nullptr;

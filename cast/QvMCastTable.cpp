@@ -227,10 +227,7 @@ void QvMCast::localEmpty(QvMCastInfo* info) {
   DelDft(info);
   DelAnc(info);
   DelScroll(info, 0);
-  if (info->orgGWorld) {
-    qv::tb.DisposeGWorld(info->orgGWorld);
-    info->orgGWorld = nullptr;
-  }
+  localDisposeOrgGWorld(info);
   QvFreeString(info->name);
   info->name = nullptr;
 }

@@ -1,4 +1,5 @@
 #include "toolbox/QvPlatform.h"
+#include "toolbox/QvPlatformLocal.h"
 
 #include <chrono>
 #include <cstring>
@@ -64,4 +65,13 @@ int QvAllocationCount() { return allocationCount; }
 bool QvAllocationFails() {
   if (allocationCount < 0x7fffffff) ++allocationCount;
   return failAt > 0 && allocationCount == failAt;
+}
+
+bool QvAllocationFailsWithin(int attempts) {
+  int count = allocationCount;
+  for (int i = 0; i < attempts; ++i) {
+    if (count < 0x7fffffff) ++count;
+    if (failAt > 0 && count == failAt) return true;
+  }
+  return false;
 }

@@ -738,6 +738,9 @@ TEST_F(AFrameTest, BackupAndRestoreDropImages) {
     EXPECT_EQ(src.GetAImage(i, &img, nullptr, nullptr, nullptr, nullptr, nullptr), 1);
     EXPECT_TRUE(img == nullptr && src.Held(i) == Ints({0, 0, 0, 0}));
   }
+  // Remade, frame 0 has its image again; frame 1 has none, frame 2 is absent.
+  src.SetImage(0, pic, 4, 4, 2);
+  EXPECT_EQ(Ints({src.HasAImage(0), src.HasAImage(1), src.HasAImage(2)}), Ints({1, 0, 0}));
   EXPECT_EQ(Ints({src.Backup(nullptr), src.Restore(nullptr), src.Backup(&src), src.Restore(&src),
                   src.CountAFrame()}),
             Ints({0, 0, 1, 1, 2}));

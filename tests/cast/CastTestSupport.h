@@ -84,6 +84,7 @@ class CastProbe : public QvMCast {
   char LockFlag() { return lockFlag; }
   tbColorTable& Work() { return workCTable; }
   char Fold(std::int16_t id, std::int16_t* k) { return localGetAnc(Rec(id), k); }
+  void Settle(std::int16_t id) { localSettleOrgGWorld(Rec(id)); }
   // The ids in list order; {-99} when the links disagree either way.
   std::vector<std::int16_t> Ids() {
     std::vector<std::int16_t> ids;

@@ -194,10 +194,16 @@ TEST_F(QvMCastColor, DestructionInEveryOrder) {
 namespace {
 
 // A store whose members never reuse a colour table or a world: it forgets
-// what their tables were computed from before every call, and drops the
-// world of a member with colour animations before a drawing that makes a
-// new one, so that it takes the plain path.
+// what their tables were computed from before every call, drops the world of
+// a member with colour animations before a drawing that makes a new one, and
+// has its members' copies hand out their images, so that it takes the plain
+// path and draws every member through its world.
 struct PlainStore : CastProbe {
+  void Lend(std::int16_t id) {
+    unsigned char* image = nullptr;
+    if (QvAFrame* copy = AFrame(id))
+      copy->GetAImage(0, &image, nullptr, nullptr, nullptr, nullptr, nullptr);
+  }
   void Forget() {
     for (QvMCastInfo* p = head; p; p = p->next) qvcast::ForgetColours(p);
   }
@@ -207,19 +213,22 @@ struct PlainStore : CastProbe {
     const std::int32_t t = time == -1 ? r->start : time;
     std::int16_t w, h, x, y;
     if (t < r->start || t > r->end || !r->aFrame->GetArea(&w, &h, &x, &y)) return;
-    qv::tb.DisposeGWorld(r->orgGWorld);
-    r->orgGWorld = nullptr;
+    localDisposeOrgGWorld(r);
   }
 };
 
 }  // namespace
 
 // Drawing members with colour animations reuses their colour tables and
-// worlds while nothing changed; against a store that computes everything
-// anew, over random draws, table requests, changes of the host's animations
-// (passed on), of the copies themselves (settings, clocks, output entries),
-// of own tables, ranges and frame animations, and failing allocations: the
-// same pixels, results, tables, worlds, copies and allocation attempts.
+// worlds while nothing changed, and a member drawn through a palette area
+// goes straight from its frame to the target, its world written later;
+// against a store that computes everything anew through the worlds, over
+// random draws at random places, table requests, changes of the host's
+// animations (passed on), of the copies themselves (settings, clocks, output
+// entries, frames added, removed, given new images or losing them, images
+// handed out and written into), of own tables, areas, ranges and frame
+// animations, and failing allocations: the same pixels, results, tables,
+// worlds, copies and allocation attempts.
 TEST(QvMCastColourReuse, MatchesComputingEveryTableAnew) {
   NoFailures guard;
   std::mt19937 rng(2113);
@@ -244,20 +253,27 @@ TEST(QvMCastColourReuse, MatchesComputingEveryTableAnew) {
   auto anim3 = MakeAnim({1}, 5, 4, 1, 1);
   anim3->Reg(S(1), 0, 0, S(5), S(4), S(1), S(1), S(2));
   QvAFrame* frames[3] = {anim.get(), anim2.get(), anim3.get()};
+  // The fill colour is the first index outside the area: 31, 0 and 0 (all
+  // 256 inside).
+  QvPal head = RangePal(0, 30), all = RangePal(0, 255);
+  QvPal* areas[4] = {&head, &low, &all, nullptr};
   CastProbe a;
   PlainStore b;
   Screen sa(40, 30), sb(40, 30);
   for (CastProbe* s : {&a, static_cast<CastProbe*>(&b)}) {
-    // Member 3 has a cycle alone, whose ranges are all that moves.
+    // Members 0 and 2 never have colour animations; member 3 has a cycle
+    // alone, whose ranges are all that moves.
     for (int m = 0; m < 4; ++m) {
       s->RegAFrame(S(-1), anim.get(), 0, nullptr, anim.get());
-      s->RegOrgCTable(S(m), &grey, m == 1 ? &low : nullptr, nullptr);
+      s->RegOrgCTable(S(m), &grey, areas[m], nullptr);
       for (int k = 0; k < 4; ++k)
-        if (m == 3 ? k == 0 : (m + k) % 3 != 0)
+        if (m == 3 ? k == 0 : m == 1 && k != 2)
           s->RegAColor(S(m), anims[k], static_cast<char>(k), 0, nullptr, lists[k]);
       s->SetStartEnd(S(m), 0, 90);
+      if (m % 2 == 0) s->RegScroll(S(m), S(m + 1), nullptr);
     }
   }
+  for (int m = 0; m < 4; ++m) b.Lend(S(m));
   for (int step = 0; step < 3000; ++step) {
     const auto id = S(static_cast<int>(rng() % 4));
     const std::int32_t t = static_cast<std::int32_t>(rng() % 100) - 3;
@@ -267,14 +283,24 @@ TEST(QvMCastColourReuse, MatchesComputingEveryTableAnew) {
     b.Forget();
     auto both = [&](auto f) { f(a), f(b); };
     if (op < 40) {
-      const int fail = op < 4 ? static_cast<int>(arg % 3 + 1) : 0;
-      const char ra = FailAt(fail, [&] { return a.DrawPicture(id, t, &sa.pixMap, &sa.area); });
-      const int attemptsA = QvAllocationCount();
+      const int fail = op < 8 ? static_cast<int>(arg % 4 + 1) : 0;
+      // The member's area, as far as 20 pixels off the screen.
+      const int x0 = static_cast<int>(arg % 61) - 20, y0 = static_cast<int>(arg / 61 % 51) - 20;
+      tbRect place(x0, y0, x0 + static_cast<int>(arg / 4096 % 9), y0 + 4);
+      // The attempts are counted before FailAt switches the injection off.
+      int attempts[2] = {0, 0};
+      auto draw = [&](CastProbe& s, Screen& screen, int* counted) {
+        return FailAt(fail, [&] {
+          const char r = s.DrawPicture(id, t, &screen.pixMap, &place);
+          *counted = QvAllocationCount();
+          return r;
+        });
+      };
+      const char ra = draw(a, sa, &attempts[0]);
       b.BeforeDraw(id, t);
-      const char rb = FailAt(fail, [&] { return b.DrawPicture(id, t, &sb.pixMap, &sb.area); });
-      const int attemptsB = QvAllocationCount();
-      ASSERT_EQ((Vals{ra, attemptsA}), (Vals{rb, attemptsB}));
-    } else if (op < 55) {
+      const char rb = draw(b, sb, &attempts[1]);
+      ASSERT_EQ((Vals{ra, attempts[0]}), (Vals{rb, attempts[1]}));
+    } else if (op < 50) {
       // The other store's table made here as the chain is defined: the own
       // table, then each kind's computation on the colours so far, its
       // output copied on.
@@ -294,13 +320,13 @@ TEST(QvMCastColourReuse, MatchesComputingEveryTableAnew) {
           if (copy->CTable()) work = *copy->CTable();
         }
       }
-    } else if (op < 62) {
+    } else if (op < 56) {
       const int k = static_cast<int>(arg % 4);
       if (k == 0) cycle.SetMode(static_cast<char>(arg / 4 % 3));
       if (k == 1) flash.RegArea(arg / 4 % 2 ? &low : &high);
       if (k == 2) sw.RegCTable(-1, arg / 4 % 2 ? &grey : &other);
       if (k == 3) fade.SetCount(S(static_cast<int>(arg / 4 % 40)));
-    } else if (op < 72) {
+    } else if (op < 64) {
       const int k = static_cast<int>(arg % 4);
       const int what = static_cast<int>(arg / 4 % 3);
       tbRGBColor c(static_cast<unsigned char>(arg >> 8), 7, 9);
@@ -312,25 +338,72 @@ TEST(QvMCastColourReuse, MatchesComputingEveryTableAnew) {
         if (what == 1) copy->SetSpeed(S(static_cast<int>(arg >> 16) % 70));
         if (what == 2) copy->CTable(S(static_cast<int>(arg >> 16) % 4), &src);
       });
-    } else if (op < 78) {
+    } else if (op < 70) {
       both([&](CastProbe& s) {
-        s.RegOrgCTable(id, arg % 2 ? &grey : &other, arg % 4 < 2 ? &low : nullptr, nullptr);
+        s.RegOrgCTable(id, arg % 2 ? &grey : &other, areas[arg / 2 % 4], nullptr);
       });
-    } else if (op < 86) {
+    } else if (op < 78) {
       const int k = static_cast<int>(arg % 4);
       both([&](CastProbe& s) {
-        if (arg / 4 % 2)
+        if (arg / 4 % 2 || id % 2 == 0)
           s.DelAColor(id, static_cast<char>(k));
         else
           s.RegAColor(id, anims[k], static_cast<char>(k), 0, nullptr, lists[k]);
       });
-    } else if (op < 93) {
+    } else if (op < 83) {
       both([&](CastProbe& s) {
         s.SetStartEnd(id, static_cast<std::int32_t>(arg % 20),
                       60 + static_cast<std::int32_t>(arg % 50));
       });
+    } else if (op < 95) {
+      // The copy's frames: one without an image added, one removed, one
+      // given new pixels, one losing its image, or (rarely) the pixels
+      // handed out and written into.
+      const auto k = S(static_cast<int>(arg / 8 % 3));
+      std::vector<unsigned char> image(20, static_cast<unsigned char>(arg >> 16 & 31)), mask(20, 1);
+      for (std::size_t i = 0; i < 20; i += 3) mask[i] = 0;
+      std::vector<unsigned char> sheet(200);
+      for (std::size_t i = 0; i < sheet.size(); ++i)
+        sheet[i] = static_cast<unsigned char>((arg >> 16) + i % 23);
+      unsigned char* lent[2] = {nullptr, nullptr};
+      int n = 0;
+      both([&](CastProbe& s) {
+        QvAFrame* copy = s.AFrame(id);
+        if (!copy) return;
+        switch (arg % 8) {
+          case 0:
+            copy->Reg(k, 0, 0, S(5), S(4), S(1), S(1), S(1));
+            break;
+          case 1:
+          case 2:
+            copy->Del(k);
+            break;
+          case 3:
+          case 4:
+            copy->SetImage(k, image.data(), mask.data(), S(5), S(4), S(-2), S(-1));
+            break;
+          case 5:
+            // Cut from a picture of 20 x 10, zoomed and turned.
+            copy->SetZoom(k, 1.5, 0.75);
+            copy->SetRot(k, 0.3);
+            copy->SetImage(k, sheet.data(), S(20), S(20), S(10));
+            break;
+          case 6:
+            FailAt(1, [&] {
+              return copy->SetImage(k, image.data(), mask.data(), S(5), S(4), S(0), S(0));
+            });
+            break;
+          default:
+            if (arg >> 8 & 15) break;
+            if (copy->GetAImage(k, &lent[n], nullptr, nullptr, nullptr, nullptr, nullptr) &&
+                lent[n])
+              lent[n][0] = static_cast<unsigned char>(arg >> 24);
+        }
+        ++n;
+      });
     } else {
       both([&](CastProbe& s) { s.RegAFrame(id, frames[arg % 3], 0, nullptr, frames[arg % 3]); });
+      b.Lend(id);
     }
     // Everything either store can show agrees.
     ASSERT_EQ(sa.pixels, sb.pixels);
@@ -338,7 +411,11 @@ TEST(QvMCastColourReuse, MatchesComputingEveryTableAnew) {
     for (int m = 0; m < 4; ++m) {
       QvMCastInfo *ra = a.Rec(S(m)), *rb = b.Rec(S(m));
       ASSERT_EQ(ra->orgGWorld == nullptr, rb->orgGWorld == nullptr);
-      if (ra->orgGWorld) {
+      // The worlds' pixels are compared now and then (more often in the
+      // first half), so that they stay unwritten across several steps.
+      const bool compare = step % (step < 1500 ? 10 : 50) == 0;
+      if (compare) a.Settle(S(m));
+      if (ra->orgGWorld && compare) {
         ASSERT_TRUE(*ra->orgGWorld->CTable() == *rb->orgGWorld->CTable());
         tbPixMap *pa = ra->orgGWorld->PortPixMap(), *pb = rb->orgGWorld->PortPixMap();
         ASSERT_EQ(pa->Bounds().right * pa->Bounds().bottom,

@@ -689,11 +689,7 @@ void SceneBuilder::ReadFrames(const json& member, const std::string& path,
   Need(copy != nullptr && copy->CountAFrame() == own->CountAFrame(), framesPath,
        "copy the frame animation" + of);
   for (std::int16_t n = 0; n < copy->CountAFrame(); ++n) {
-    unsigned char* image = nullptr;
-    unsigned char* mask = nullptr;
-    copy->GetAImage(n, &image, &mask, nullptr, nullptr, nullptr, nullptr);
-    Need(image != nullptr && mask != nullptr,
-         Checker::Child(framesPath, static_cast<std::size_t>(n)),
+    Need(copy->HasAImage(n) == 1, Checker::Child(framesPath, static_cast<std::size_t>(n)),
          "copy the image of frame " + std::to_string(n) + of);
   }
 }
