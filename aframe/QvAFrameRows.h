@@ -25,7 +25,8 @@ struct TransformRow {
   std::uint32_t height;      ///< The untransformed image's height in pixels.
 };
 
-/// One set of row kernels.
+/// One set of row kernels. The target row d never overlaps s or m: a
+/// kernel may write a pixel of d twice (with the same value).
 struct RowKernels {
   /// d[i] = s[i] wherever m[i] is not 0, for i in 0 .. w - 1.
   void (*masked)(const unsigned char* s, const unsigned char* m, unsigned char* d, long w);

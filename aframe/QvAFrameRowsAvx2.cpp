@@ -18,6 +18,33 @@ namespace {
 
 #define QV_AVX2 __attribute__((target("avx2")))
 
+// A row's last pixels, fewer than a block, are done as the block that ends
+// with the row: the pixels it repeats get what they already have (the
+// kernels write d[i] = s[i] or leave d[i]; d never overlaps s or m). Rows
+// shorter than a block are done by a block of 16 at each end, and below 16
+// pixel by pixel.
+
+QV_AVX2 inline void MaskedBlock32(const unsigned char* s, const unsigned char* m,
+                                  unsigned char* d) {
+  const __m256i mv = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(m));
+  const __m256i clear = _mm256_cmpeq_epi8(mv, _mm256_setzero_si256());
+  const unsigned bits = static_cast<unsigned>(_mm256_movemask_epi8(clear));
+  if (bits == 0xFFFFFFFFu) return;
+  const __m256i sv = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s));
+  __m256i* dp = reinterpret_cast<__m256i*>(d);
+  _mm256_storeu_si256(dp, bits == 0 ? sv : _mm256_blendv_epi8(sv, _mm256_loadu_si256(dp), clear));
+}
+
+QV_AVX2 inline void MaskedBlock16(const unsigned char* s, const unsigned char* m,
+                                  unsigned char* d) {
+  const __m128i mv = _mm_loadu_si128(reinterpret_cast<const __m128i*>(m));
+  const __m128i clear = _mm_cmpeq_epi8(mv, _mm_setzero_si128());
+  if (_mm_movemask_epi8(clear) == 0xFFFF) return;
+  const __m128i sv = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
+  __m128i* dp = reinterpret_cast<__m128i*>(d);
+  _mm_storeu_si128(dp, _mm_blendv_epi8(sv, _mm_loadu_si128(dp), clear));
+}
+
 // 64 mask bytes tested at a time while they are all set, then 32.
 QV_AVX2 void MaskedAvx2(const unsigned char* s, const unsigned char* m, unsigned char* d, long w) {
   long i = 0;
@@ -32,54 +59,85 @@ QV_AVX2 void MaskedAvx2(const unsigned char* s, const unsigned char* m, unsigned
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + i + 32),
                         _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + i + 32)));
   }
-  for (; i + 32 <= w; i += 32) {
-    const __m256i mv = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(m + i));
-    const __m256i clear = _mm256_cmpeq_epi8(mv, zero);
-    const unsigned bits = static_cast<unsigned>(_mm256_movemask_epi8(clear));
-    if (bits == 0xFFFFFFFFu) continue;
-    const __m256i sv = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + i));
-    __m256i* dp = reinterpret_cast<__m256i*>(d + i);
-    _mm256_storeu_si256(dp, bits == 0 ? sv : _mm256_blendv_epi8(sv, _mm256_loadu_si256(dp), clear));
+  for (; i + 32 <= w; i += 32) MaskedBlock32(s + i, m + i, d + i);
+  if (i == w) return;
+  if (w >= 32) {
+    MaskedBlock32(s + w - 32, m + w - 32, d + w - 32);
+  } else if (w >= 16) {
+    MaskedBlock16(s, m, d);
+    MaskedBlock16(s + w - 16, m + w - 16, d + w - 16);
+  } else {
+    for (; i < w; ++i)
+      if (m[i] != 0) d[i] = s[i];
   }
-  for (; i < w; ++i)
-    if (m[i] != 0) d[i] = s[i];
 }
 
 // The area's bit set is looked up 32 pixels at a time: the byte v >> 3 by
 // two in-lane shuffles (indices below and above 128), the bit by a third.
-QV_AVX2 void FilteredAvx2(const unsigned char* s, const unsigned char* m, unsigned char* d, long w,
-                          const unsigned char* area) {
-  long i = 0;
-  const __m256i zero = _mm256_setzero_si256();
+struct AreaTables {
+  __m256i low, high, bit;
+};
+
+QV_AVX2 inline AreaTables MakeAreaTables(const unsigned char* area) {
   const __m128i lo = _mm_loadu_si128(reinterpret_cast<const __m128i*>(area));
   const __m128i hi = _mm_loadu_si128(reinterpret_cast<const __m128i*>(area + 16));
-  const __m256i lowTable = _mm256_broadcastsi128_si256(lo);
-  const __m256i highTable = _mm256_broadcastsi128_si256(hi);
-  const __m256i bitTable =
-      _mm256_setr_epi8(1, 2, 4, 8, 16, 32, 64, -128, 1, 2, 4, 8, 16, 32, 64, -128, 1, 2, 4, 8, 16,
-                       32, 64, -128, 1, 2, 4, 8, 16, 32, 64, -128);
-  const __m256i low4 = _mm256_set1_epi8(0x0F);
-  const __m256i low3 = _mm256_set1_epi8(0x07);
-  for (; i + 32 <= w; i += 32) {
-    const __m256i mv = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(m + i));
-    const __m256i maskClear = _mm256_cmpeq_epi8(mv, zero);
-    if (static_cast<unsigned>(_mm256_movemask_epi8(maskClear)) == 0xFFFFFFFFu) continue;
-    const __m256i sv = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + i));
-    const __m256i byteIndex = _mm256_and_si256(_mm256_srli_epi16(sv, 3), low4);
-    const __m256i upper = _mm256_cmpgt_epi8(zero, sv);  // v >= 128
-    const __m256i bytes = _mm256_blendv_epi8(_mm256_shuffle_epi8(lowTable, byteIndex),
-                                             _mm256_shuffle_epi8(highTable, byteIndex), upper);
-    const __m256i bit = _mm256_shuffle_epi8(bitTable, _mm256_and_si256(sv, low3));
-    const __m256i outside = _mm256_cmpeq_epi8(_mm256_and_si256(bytes, bit), zero);
-    const __m256i clear = _mm256_or_si256(outside, maskClear);
-    const unsigned bits = static_cast<unsigned>(_mm256_movemask_epi8(clear));
-    if (bits == 0xFFFFFFFFu) continue;
-    __m256i* dp = reinterpret_cast<__m256i*>(d + i);
-    _mm256_storeu_si256(dp, bits == 0 ? sv : _mm256_blendv_epi8(sv, _mm256_loadu_si256(dp), clear));
-  }
-  for (; i < w; ++i) {
-    const unsigned char v = s[i];
-    if (m[i] != 0 && ((area[v >> 3] >> (v & 7)) & 1)) d[i] = v;
+  return {_mm256_broadcastsi128_si256(lo), _mm256_broadcastsi128_si256(hi),
+          _mm256_setr_epi8(1, 2, 4, 8, 16, 32, 64, -128, 1, 2, 4, 8, 16, 32, 64, -128, 1, 2, 4, 8,
+                           16, 32, 64, -128, 1, 2, 4, 8, 16, 32, 64, -128)};
+}
+
+// 0xFF for each byte of sv whose bit in the area is clear.
+QV_AVX2 inline __m256i Outside(const AreaTables& t, __m256i sv) {
+  const __m256i zero = _mm256_setzero_si256();
+  const __m256i byteIndex = _mm256_and_si256(_mm256_srli_epi16(sv, 3), _mm256_set1_epi8(0x0F));
+  const __m256i upper = _mm256_cmpgt_epi8(zero, sv);  // v >= 128
+  const __m256i bytes = _mm256_blendv_epi8(_mm256_shuffle_epi8(t.low, byteIndex),
+                                           _mm256_shuffle_epi8(t.high, byteIndex), upper);
+  const __m256i bit = _mm256_shuffle_epi8(t.bit, _mm256_and_si256(sv, _mm256_set1_epi8(0x07)));
+  return _mm256_cmpeq_epi8(_mm256_and_si256(bytes, bit), zero);
+}
+
+QV_AVX2 inline void FilteredBlock32(const unsigned char* s, const unsigned char* m,
+                                    unsigned char* d, const AreaTables& t) {
+  const __m256i mv = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(m));
+  const __m256i maskClear = _mm256_cmpeq_epi8(mv, _mm256_setzero_si256());
+  if (static_cast<unsigned>(_mm256_movemask_epi8(maskClear)) == 0xFFFFFFFFu) return;
+  const __m256i sv = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s));
+  const __m256i clear = _mm256_or_si256(Outside(t, sv), maskClear);
+  const unsigned bits = static_cast<unsigned>(_mm256_movemask_epi8(clear));
+  if (bits == 0xFFFFFFFFu) return;
+  __m256i* dp = reinterpret_cast<__m256i*>(d);
+  _mm256_storeu_si256(dp, bits == 0 ? sv : _mm256_blendv_epi8(sv, _mm256_loadu_si256(dp), clear));
+}
+
+QV_AVX2 inline void FilteredBlock16(const unsigned char* s, const unsigned char* m,
+                                    unsigned char* d, const AreaTables& t) {
+  const __m128i mv = _mm_loadu_si128(reinterpret_cast<const __m128i*>(m));
+  const __m128i maskClear = _mm_cmpeq_epi8(mv, _mm_setzero_si128());
+  if (_mm_movemask_epi8(maskClear) == 0xFFFF) return;
+  const __m128i sv = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
+  const __m128i outside = _mm256_castsi256_si128(Outside(t, _mm256_castsi128_si256(sv)));
+  const __m128i clear = _mm_or_si128(outside, maskClear);
+  __m128i* dp = reinterpret_cast<__m128i*>(d);
+  _mm_storeu_si128(dp, _mm_blendv_epi8(sv, _mm_loadu_si128(dp), clear));
+}
+
+QV_AVX2 void FilteredAvx2(const unsigned char* s, const unsigned char* m, unsigned char* d, long w,
+                          const unsigned char* area) {
+  const AreaTables t = MakeAreaTables(area);
+  long i = 0;
+  for (; i + 32 <= w; i += 32) FilteredBlock32(s + i, m + i, d + i, t);
+  if (i == w) return;
+  if (w >= 32) {
+    FilteredBlock32(s + w - 32, m + w - 32, d + w - 32, t);
+  } else if (w >= 16) {
+    FilteredBlock16(s, m, d, t);
+    FilteredBlock16(s + w - 16, m + w - 16, d + w - 16, t);
+  } else {
+    for (; i < w; ++i) {
+      const unsigned char v = s[i];
+      if (m[i] != 0 && ((area[v >> 3] >> (v & 7)) & 1)) d[i] = v;
+    }
   }
 }
 
