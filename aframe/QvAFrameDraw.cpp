@@ -262,35 +262,41 @@ bool DirectKeyed(const QvAFrameInfo* f, tbGWorld* world, const unsigned char* ar
   const int tileY[4] = {sy, sy, sy - ih, sy - ih};
   // Tile 0, then the wrapped ones the mode asks for.
   const bool used[4] = {true, (wrap & 1) != 0, (wrap & 2) != 0, wrap == 3};
-  for (int t = 0; t < 4; ++t) {
-    if (!used[t]) continue;
-    const int tl = left + tileX[t], tt = top + tileY[t];
-    const int x0 = std::max(tl, clipL), y0 = std::max(tt, clipT);
-    const int x1 = std::min(tl + iw, clipR), y1 = std::min(tt + ih, clipB);
-    if (x1 <= x0 || y1 <= y0) continue;
-    const std::ptrdiff_t first = static_cast<std::ptrdiff_t>(y0 - tt) * iw + (x0 - tl);
-    for (int r = y0; r < y1 && !*anyPass; ++r) {
-      const unsigned char* s = f->image + first + static_cast<std::ptrdiff_t>(r - y0) * iw;
-      const unsigned char* m = f->mask + first + static_cast<std::ptrdiff_t>(r - y0) * iw;
-      for (int i = 0; i < x1 - x0; ++i) {
-        if (m[i] && passes(s[i])) {
-          *anyPass = true;
-          break;
-        }
-      }
-    }
+  // Each tile: its image's left and top, and the part of it inside the
+  // world, in world pixels.
+  struct Tile {
+    int left, top, x0, y0, x1, y1;
+  } tiles[4];
+  int count = 0;
+  for (int k = 0; k < 4; ++k) {
+    if (!used[k]) continue;
+    Tile& t = tiles[count];
+    t.left = left + tileX[k], t.top = top + tileY[k];
+    t.x0 = std::max(t.left, clipL), t.y0 = std::max(t.top, clipT);
+    t.x1 = std::min(t.left + iw, clipR), t.y1 = std::min(t.top + ih, clipB);
+    if (t.x1 <= t.x0 || t.y1 <= t.y0) continue;
+    ++count;
     if (!some) continue;
-    const std::int64_t cx0 = std::max<std::int64_t>(x0, bx0);
-    const std::int64_t cy0 = std::max<std::int64_t>(y0, by0);
-    const std::int64_t cx1 = std::min<std::int64_t>(x1, bx0 + b.w);
-    const std::int64_t cy1 = std::min<std::int64_t>(y1, by0 + b.h);
+    const std::int64_t cx0 = std::max<std::int64_t>(t.x0, bx0);
+    const std::int64_t cy0 = std::max<std::int64_t>(t.y0, by0);
+    const std::int64_t cx1 = std::min<std::int64_t>(t.x1, bx0 + b.w);
+    const std::int64_t cy1 = std::min<std::int64_t>(t.y1, by0 + b.h);
     if (cx1 <= cx0 || cy1 <= cy0) continue;
-    const std::ptrdiff_t at = static_cast<std::ptrdiff_t>((cy0 - tt) * iw + (cx0 - tl));
+    const std::ptrdiff_t at = static_cast<std::ptrdiff_t>((cy0 - t.top) * iw + (cx0 - t.left));
     const unsigned char* s = f->image + at;
     const unsigned char* m = f->mask + at;
     unsigned char* d = dst->TopAddr() + (cy0 + toY) * dstRow + (cx0 + toX);
-    for (std::int64_t r = cy0; r < cy1; ++r, s += iw, m += iw, d += dstRow)
-      rows.filtered(s, m, d, cx1 - cx0, pass);
+    for (std::int64_t row = cy0; row < cy1; ++row, s += iw, m += iw, d += dstRow)
+      *anyPass |= rows.filtered(s, m, d, cx1 - cx0, pass);
+  }
+  // Nothing passed inside the target: a pixel may still pass outside it.
+  for (int k = 0; k < count && !*anyPass; ++k) {
+    const Tile& t = tiles[k];
+    for (int row = t.y0; row < t.y1 && !*anyPass; ++row) {
+      const std::ptrdiff_t at = static_cast<std::ptrdiff_t>(row - t.top) * iw + (t.x0 - t.left);
+      for (int i = 0; i < t.x1 - t.x0 && !*anyPass; ++i)
+        *anyPass = f->mask[at + i] != 0 && passes(f->image[at + i]);
+    }
   }
   return true;
 }

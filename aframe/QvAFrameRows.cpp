@@ -18,10 +18,16 @@ void MaskedPlain(const unsigned char* s, const unsigned char* m, unsigned char* 
     if (m[i] != 0) d[i] = s[i];
 }
 
-void FilteredPlain(const unsigned char* s, const unsigned char* m, unsigned char* d, long w,
+bool FilteredPlain(const unsigned char* s, const unsigned char* m, unsigned char* d, long w,
                    const unsigned char* area) {
-  for (long i = 0; i < w; ++i)
-    if (m[i] != 0 && InArea(area, s[i])) d[i] = s[i];
+  bool any = false;
+  for (long i = 0; i < w; ++i) {
+    if (m[i] != 0 && InArea(area, s[i])) {
+      d[i] = s[i];
+      any = true;
+    }
+  }
+  return any;
 }
 
 void KeyedPlain(const unsigned char* s, unsigned char* d, long w, unsigned char key) {
@@ -71,14 +77,17 @@ void MaskedSse2(const unsigned char* s, const unsigned char* m, unsigned char* d
 
 // SSE2 has no byte table lookup: the area is asked pixel by pixel, without
 // branches.
-void FilteredSse2(const unsigned char* s, const unsigned char* m, unsigned char* d, long w,
+bool FilteredSse2(const unsigned char* s, const unsigned char* m, unsigned char* d, long w,
                   const unsigned char* area) {
+  unsigned char any = 0;
   for (long i = 0; i < w; ++i) {
     const unsigned char v = s[i];
     const unsigned char keep =
         static_cast<unsigned char>(-(static_cast<int>(InArea(area, v)) & (m[i] != 0)));
     d[i] = static_cast<unsigned char>((v & keep) | (d[i] & ~keep));
+    any |= keep;
   }
+  return any != 0;
 }
 
 void KeyedSse2(const unsigned char* s, unsigned char* d, long w, unsigned char key) {

@@ -32,7 +32,8 @@ struct RowKernels {
   void (*masked)(const unsigned char* s, const unsigned char* m, unsigned char* d, long w);
   /// The same, only for the pixels whose colour index is in the palette area
   /// given as a bit set: bit (v & 7) of byte (v >> 3) of area (32 bytes).
-  void (*filtered)(const unsigned char* s, const unsigned char* m, unsigned char* d, long w,
+  /// \return Whether some pixel passed (was written).
+  bool (*filtered)(const unsigned char* s, const unsigned char* m, unsigned char* d, long w,
                    const unsigned char* area);
   /// d[i] = s[i] wherever s[i] is not key.
   void (*keyed)(const unsigned char* s, unsigned char* d, long w, unsigned char key);

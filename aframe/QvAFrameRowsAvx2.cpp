@@ -97,48 +97,55 @@ QV_AVX2 inline __m256i Outside(const AreaTables& t, __m256i sv) {
   return _mm256_cmpeq_epi8(_mm256_and_si256(bytes, bit), zero);
 }
 
-QV_AVX2 inline void FilteredBlock32(const unsigned char* s, const unsigned char* m,
+// Each block tells whether some pixel passed.
+QV_AVX2 inline bool FilteredBlock32(const unsigned char* s, const unsigned char* m,
                                     unsigned char* d, const AreaTables& t) {
   const __m256i mv = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(m));
   const __m256i maskClear = _mm256_cmpeq_epi8(mv, _mm256_setzero_si256());
-  if (static_cast<unsigned>(_mm256_movemask_epi8(maskClear)) == 0xFFFFFFFFu) return;
+  if (static_cast<unsigned>(_mm256_movemask_epi8(maskClear)) == 0xFFFFFFFFu) return false;
   const __m256i sv = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s));
   const __m256i clear = _mm256_or_si256(Outside(t, sv), maskClear);
   const unsigned bits = static_cast<unsigned>(_mm256_movemask_epi8(clear));
-  if (bits == 0xFFFFFFFFu) return;
+  if (bits == 0xFFFFFFFFu) return false;
   __m256i* dp = reinterpret_cast<__m256i*>(d);
   _mm256_storeu_si256(dp, bits == 0 ? sv : _mm256_blendv_epi8(sv, _mm256_loadu_si256(dp), clear));
+  return true;
 }
 
-QV_AVX2 inline void FilteredBlock16(const unsigned char* s, const unsigned char* m,
+QV_AVX2 inline bool FilteredBlock16(const unsigned char* s, const unsigned char* m,
                                     unsigned char* d, const AreaTables& t) {
   const __m128i mv = _mm_loadu_si128(reinterpret_cast<const __m128i*>(m));
   const __m128i maskClear = _mm_cmpeq_epi8(mv, _mm_setzero_si128());
-  if (_mm_movemask_epi8(maskClear) == 0xFFFF) return;
+  if (_mm_movemask_epi8(maskClear) == 0xFFFF) return false;
   const __m128i sv = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
   const __m128i outside = _mm256_castsi256_si128(Outside(t, _mm256_castsi128_si256(sv)));
   const __m128i clear = _mm_or_si128(outside, maskClear);
+  if (_mm_movemask_epi8(clear) == 0xFFFF) return false;
   __m128i* dp = reinterpret_cast<__m128i*>(d);
   _mm_storeu_si128(dp, _mm_blendv_epi8(sv, _mm_loadu_si128(dp), clear));
+  return true;
 }
 
-QV_AVX2 void FilteredAvx2(const unsigned char* s, const unsigned char* m, unsigned char* d, long w,
+QV_AVX2 bool FilteredAvx2(const unsigned char* s, const unsigned char* m, unsigned char* d, long w,
                           const unsigned char* area) {
   const AreaTables t = MakeAreaTables(area);
+  bool any = false;
   long i = 0;
-  for (; i + 32 <= w; i += 32) FilteredBlock32(s + i, m + i, d + i, t);
-  if (i == w) return;
-  if (w >= 32) {
-    FilteredBlock32(s + w - 32, m + w - 32, d + w - 32, t);
-  } else if (w >= 16) {
-    FilteredBlock16(s, m, d, t);
-    FilteredBlock16(s + w - 16, m + w - 16, d + w - 16, t);
-  } else {
-    for (; i < w; ++i) {
-      const unsigned char v = s[i];
-      if (m[i] != 0 && ((area[v >> 3] >> (v & 7)) & 1)) d[i] = v;
+  for (; i + 32 <= w; i += 32) any |= FilteredBlock32(s + i, m + i, d + i, t);
+  if (i == w) return any;
+  if (w >= 32) return FilteredBlock32(s + w - 32, m + w - 32, d + w - 32, t) || any;
+  if (w >= 16) {
+    any = FilteredBlock16(s, m, d, t);
+    return FilteredBlock16(s + w - 16, m + w - 16, d + w - 16, t) || any;
+  }
+  for (; i < w; ++i) {
+    const unsigned char v = s[i];
+    if (m[i] != 0 && ((area[v >> 3] >> (v & 7)) & 1)) {
+      d[i] = v;
+      any = true;
     }
   }
+  return any;
 }
 
 QV_AVX2 void KeyedAvx2(const unsigned char* s, unsigned char* d, long w, unsigned char key) {

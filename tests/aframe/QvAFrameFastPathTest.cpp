@@ -138,10 +138,11 @@ TEST(QvAFrameFastPath, RowKernelsMatchThePlainLoops) {
     for (auto& b : area)
       b = areaStyle == 0 ? 0xFF : areaStyle == 1 ? 0 : static_cast<unsigned char>(rng());
     for (int kernel = 0; kernel < 3; ++kernel) {
+      // The output row and, for the filtered copy, whether some pixel passed.
       auto run = [&](const RowKernels& k) {
         std::vector<unsigned char> out = dst;
         if (kernel == 0) k.masked(&src[at], &mask[at], &out[at], w);
-        if (kernel == 1) k.filtered(&src[at], &mask[at], &out[at], w, area);
+        if (kernel == 1) out.push_back(k.filtered(&src[at], &mask[at], &out[at], w, area));
         if (kernel == 2) k.keyed(&src[at], &out[at], w, key);
         return out;
       };
