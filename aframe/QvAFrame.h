@@ -518,6 +518,8 @@ class QvAFrame : public QvMCastList, public QvMPlayer {
   struct DeferredWorld {
     tbGWorld* world = nullptr;
     const QvAFrameInfo* frame = nullptr;
+    /// Drawn through a palette area (area), or through the mask alone.
+    bool keyed = false;
     unsigned char area[32] = {};
     std::int16_t x = 0, y = 0, fill = 0, scrollX = 0, scrollY = 0;
     char wrap = 0;

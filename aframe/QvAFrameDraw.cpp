@@ -212,15 +212,17 @@ void KeyedCopy(tbPixMap* src, tbPixMap* dst, const tbRect& srcRect, const tbRect
 }
 
 // What drawing frame f into world (fill set over it first, then the frame
-// placed at (x, y) through the palette area as a 256-bit set) and copying
-// the world's pixels that differ from fill to target in dst leaves in dst,
-// done straight from the frame. anyPass: some pixel of the world would
-// differ from fill. False, with nothing done, where the world would not be
-// filled whole (no image, no pixels, a description that cannot be right) or
-// a tile's edge would wrap around 16 bits.
-bool DirectKeyed(const QvAFrameInfo* f, tbGWorld* world, const unsigned char* area, std::int16_t x,
-                 std::int16_t y, std::int16_t fill, char wrap, std::int16_t scrollX,
-                 std::int16_t scrollY, tbPixMap* dst, const tbRect& target, bool* anyPass) {
+// placed at (x, y), through the palette area given as a 256-bit set or
+// through its mask alone when area is null) and copying the world to target
+// in dst leaves in dst, done straight from the frame. Through an area, the
+// copy takes the world's pixels that differ from fill, and anyPass tells
+// whether some pixel of the world would; without one, it takes the frame's
+// rectangle. False, with nothing done, where the world would not be filled
+// whole (no image, no pixels, a description that cannot be right) or a
+// tile's edge would wrap around 16 bits.
+bool DirectDraw(const QvAFrameInfo* f, tbGWorld* world, const unsigned char* area, std::int16_t x,
+                std::int16_t y, std::int16_t fill, char wrap, std::int16_t scrollX,
+                std::int16_t scrollY, tbPixMap* dst, const tbRect& target, bool* anyPass) {
   tbPixMap* pm = world->PortPixMap();
   if (!f || !f->image || !f->mask || !pm->TopAddr() || !dst || !dst->TopAddr()) return false;
   const tbRect& sb = pm->Bounds();
@@ -237,18 +239,30 @@ bool DirectKeyed(const QvAFrameInfo* f, tbGWorld* world, const unsigned char* ar
       top + 2 * ih > INT16_MAX)
     return false;
   // The world's pixels that would differ from fill: in the area, and not fill.
-  unsigned char pass[32];
-  std::memcpy(pass, area, sizeof pass);
+  unsigned char pass[32] = {};
+  if (area) std::memcpy(pass, area, sizeof pass);
   const unsigned key = static_cast<unsigned char>(fill);
   pass[key >> 3] = static_cast<unsigned char>(pass[key >> 3] & ~(1u << (key & 7)));
   auto passes = [&pass](unsigned char v) { return (pass[v >> 3] >> (v & 7)) & 1; };
 
   QvCopyBlock b;
-  const bool some = QvClipCopy(wb, target, sb, dst->Bounds(), &b);
+  bool some = QvClipCopy(wb, target, sb, dst->Bounds(), &b);
   const tbRect& db = dst->Bounds();
-  // The block's source in world pixels, and how far its target lies from it.
-  const std::int64_t bx0 = b.sx - sb.left, by0 = b.sy - sb.top;
-  const std::int64_t toX = b.dx - db.left - bx0, toY = b.dy - db.top - by0;
+  // The part of the world copied, in world pixels, and how far its target
+  // lies from it. Without an area, only the frame's rectangle is copied,
+  // fill colour and all.
+  std::int64_t wx0 = b.sx - sb.left, wy0 = b.sy - sb.top;
+  const std::int64_t toX = b.dx - db.left - wx0, toY = b.dy - db.top - wy0;
+  std::int64_t wx1 = wx0 + b.w, wy1 = wy0 + b.h;
+  const std::int64_t dstRow = dst->Offset();
+  if (some && !area) {
+    wx0 = std::max<std::int64_t>(wx0, left), wy0 = std::max<std::int64_t>(wy0, top);
+    wx1 = std::min<std::int64_t>(wx1, left + iw), wy1 = std::min<std::int64_t>(wy1, top + ih);
+    some = wx1 > wx0 && wy1 > wy0;
+    for (std::int64_t row = wy0; some && row < wy1; ++row)
+      std::memset(dst->TopAddr() + (row + toY) * dstRow + (wx0 + toX), static_cast<int>(key),
+                  static_cast<std::size_t>(wx1 - wx0));
+  }
   const int clipL = std::max(left, 0), clipT = std::max(top, 0);
   const int clipR = std::min(left + iw, w), clipB = std::min(top + ih, h);
   int sx = scrollX % iw;
@@ -256,7 +270,6 @@ bool DirectKeyed(const QvAFrameInfo* f, tbGWorld* world, const unsigned char* ar
   int sy = scrollY % ih;
   if (sy < 0) sy += ih;
   const RowKernels& rows = Rows();
-  const std::int64_t dstRow = dst->Offset();
   *anyPass = false;
   const int tileX[4] = {sx, sx - iw, sx, sx - iw};
   const int tileY[4] = {sy, sy, sy - ih, sy - ih};
@@ -277,20 +290,24 @@ bool DirectKeyed(const QvAFrameInfo* f, tbGWorld* world, const unsigned char* ar
     if (t.x1 <= t.x0 || t.y1 <= t.y0) continue;
     ++count;
     if (!some) continue;
-    const std::int64_t cx0 = std::max<std::int64_t>(t.x0, bx0);
-    const std::int64_t cy0 = std::max<std::int64_t>(t.y0, by0);
-    const std::int64_t cx1 = std::min<std::int64_t>(t.x1, bx0 + b.w);
-    const std::int64_t cy1 = std::min<std::int64_t>(t.y1, by0 + b.h);
+    const std::int64_t cx0 = std::max<std::int64_t>(t.x0, wx0);
+    const std::int64_t cy0 = std::max<std::int64_t>(t.y0, wy0);
+    const std::int64_t cx1 = std::min<std::int64_t>(t.x1, wx1);
+    const std::int64_t cy1 = std::min<std::int64_t>(t.y1, wy1);
     if (cx1 <= cx0 || cy1 <= cy0) continue;
     const std::ptrdiff_t at = static_cast<std::ptrdiff_t>((cy0 - t.top) * iw + (cx0 - t.left));
     const unsigned char* s = f->image + at;
     const unsigned char* m = f->mask + at;
     unsigned char* d = dst->TopAddr() + (cy0 + toY) * dstRow + (cx0 + toX);
-    for (std::int64_t row = cy0; row < cy1; ++row, s += iw, m += iw, d += dstRow)
-      *anyPass |= rows.filtered(s, m, d, cx1 - cx0, pass);
+    for (std::int64_t row = cy0; row < cy1; ++row, s += iw, m += iw, d += dstRow) {
+      if (area)
+        *anyPass |= rows.filtered(s, m, d, cx1 - cx0, pass);
+      else
+        rows.masked(s, m, d, cx1 - cx0);
+    }
   }
   // Nothing passed inside the target: a pixel may still pass outside it.
-  for (int k = 0; k < count && !*anyPass; ++k) {
+  for (int k = 0; area && k < count && !*anyPass; ++k) {
     const Tile& t = tiles[k];
     for (int row = t.y0; row < t.y1 && !*anyPass; ++row) {
       const std::ptrdiff_t at = static_cast<std::ptrdiff_t>(row - t.top) * iw + (t.x0 - t.left);
@@ -421,23 +438,26 @@ char QvAFrame::localDrawMember(std::int16_t position, tbGWorld* world, bool zero
     if (zeroFirst) zero();
     return 0;
   }
-  // Through a palette area, the world is filled whole, drawn into and copied
-  // from where it differs from the fill colour: the target gets the same
-  // pixels straight from the frame, and the world's pixels can wait. Not
-  // while the frame's buffers may have changed unseen since, nor when one
-  // of the allocations counted on the way is to fail.
-  if (world && pal && fill != -1 && !imagesLent && !Overlap(world->PortPixMap(), destPixMap) &&
-      !QvAllocationFailsWithin(3)) {
-    unsigned char area[32];
-    pal->FlagBits(area);
+  // The world is filled whole, drawn into and copied from: through a
+  // palette area where it differs from the fill colour, else in the frame's
+  // rectangle. The target gets the same pixels straight from the frame, and
+  // the world's pixels can wait. Not while the frame's buffers may have
+  // changed unseen since, nor when one of the allocations counted on the way
+  // is to fail.
+  const bool keyed = pal != nullptr;
+  if (world && fill != -1 && !imagesLent && !Overlap(world->PortPixMap(), destPixMap) &&
+      !QvAllocationFailsWithin(keyed ? 3 : 1)) {
+    unsigned char area[32] = {};
+    if (keyed) pal->FlagBits(area);
     const std::int16_t w = Sub16(world->bounds.right, world->bounds.left);
     const std::int16_t h = Sub16(world->bounds.bottom, world->bounds.top);
     const tbRect target(destX, destY, Add16(destX, w), Add16(destY, h));
     bool anyPass = false;
-    if (DirectKeyed(curFrame, world, area, x, y, fill, wrap, scrollX, scrollY, destPixMap, target,
-                    &anyPass)) {
+    if (DirectDraw(curFrame, world, keyed ? area : nullptr, x, y, fill, wrap, scrollX, scrollY,
+                   destPixMap, target, &anyPass)) {
       deferred.world = world;
       deferred.frame = curFrame;
+      deferred.keyed = keyed;
       std::memcpy(deferred.area, area, sizeof area);
       deferred.x = x;
       deferred.y = y;
@@ -445,10 +465,13 @@ char QvAFrame::localDrawMember(std::int16_t position, tbGWorld* world, bool zero
       deferred.wrap = wrap;
       deferred.scrollX = scrollX;
       deferred.scrollY = scrollY;
-      // The allocations the region would have counted (see localDrawPicture),
-      // none of which fails.
-      QvAllocationFails();
-      if (anyPass) QvAllocationFails();
+      // The allocations localDrawPicture would have counted, none of which
+      // fails: through an area the colour region, its boxes when some pixel
+      // differs and the copy's region; else the copy's region.
+      if (keyed) {
+        QvAllocationFails();
+        if (anyPass) QvAllocationFails();
+      }
       QvAllocationFails();
       return 1;
     }
@@ -465,8 +488,9 @@ void QvAFrame::localSettleWorld() {
   if (!world) return;
   deferred.world = nullptr;
   tbPixMap* pm = world->PortPixMap();
-  localPlaceFrame(
-      deferred.frame, pm->TopAddr(), pm->Offset(), Sub16(world->bounds.right, world->bounds.left),
-      Sub16(world->bounds.bottom, world->bounds.top), deferred.x, deferred.y, deferred.area,
-      deferred.fill, deferred.wrap, deferred.scrollX, deferred.scrollY, nullptr);
+  localPlaceFrame(deferred.frame, pm->TopAddr(), pm->Offset(),
+                  Sub16(world->bounds.right, world->bounds.left),
+                  Sub16(world->bounds.bottom, world->bounds.top), deferred.x, deferred.y,
+                  deferred.keyed ? deferred.area : nullptr, deferred.fill, deferred.wrap,
+                  deferred.scrollX, deferred.scrollY, nullptr);
 }

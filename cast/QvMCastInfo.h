@@ -46,8 +46,8 @@ struct QvMCastInfo {
   /// Own colour table (256 entries).
   tbColorTable* orgCTable = nullptr;
   /// 8-bit off-screen world the frame is drawn into (area size of the frame
-  /// animation, own colour table). Through a palette area the drawing may
-  /// go straight to the target and write these pixels later: a subclass
+  /// animation, own colour table). The drawing may go straight from the
+  /// frame to the target and write these pixels later: a subclass
   /// reads them after QvMCast::localSettleOrgGWorld and disposes the world
   /// with QvMCast::localDisposeOrgGWorld.
   tbGWorld* orgGWorld = nullptr;

@@ -220,8 +220,8 @@ struct PlainStore : CastProbe {
 }  // namespace
 
 // Drawing members with colour animations reuses their colour tables and
-// worlds while nothing changed, and a member drawn through a palette area
-// goes straight from its frame to the target, its world written later;
+// worlds while nothing changed, and a member goes straight from its frame
+// to the target, its world written later;
 // against a store that computes everything anew through the worlds, over
 // random draws at random places, table requests, changes of the host's
 // animations (passed on), of the copies themselves (settings, clocks, output
