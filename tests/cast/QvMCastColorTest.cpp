@@ -383,10 +383,12 @@ TEST(QvMCastColourReuse, MatchesComputingEveryTableAnew) {
             copy->SetImage(k, image.data(), mask.data(), S(5), S(4), S(-2), S(-1));
             break;
           case 5:
-            // Cut from a picture of 20 x 10, zoomed and turned.
-            copy->SetZoom(k, 1.5, 0.75);
-            copy->SetRot(k, 0.3);
-            copy->SetImage(k, sheet.data(), S(20), S(20), S(10));
+            // Every frame cut from a picture of 20 x 10, zoomed and turned.
+            for (std::int16_t i = 0; i < copy->CountAFrame(); ++i) {
+              copy->SetZoom(i, 1.5, 0.75);
+              copy->SetRot(i, 0.3);
+              copy->SetImage(i, sheet.data(), S(20), S(20), S(10));
+            }
             break;
           case 6:
             FailAt(1, [&] {
