@@ -29,6 +29,13 @@ using namespace qvaframe;
 
 namespace {
 
+// A scroll brought into 0 .. size - 1 (size 1 or more), as repeated adding
+// or subtracting of the size would.
+int ScrollIn(int scroll, int size) {
+  const int r = scroll % size;
+  return r < 0 ? r + size : r;
+}
+
 // The copying form, with the palette area as a 256-bit set (null: none).
 void CopyPlaced(const unsigned char* image, const unsigned char* mask, std::int16_t imageRowBytes,
                 unsigned char* dst, std::int16_t dstRowBytes, std::int16_t left, std::int16_t top,
@@ -131,12 +138,7 @@ void QvAFrame::localPlaceFrame(const QvAFrameInfo* f, unsigned char* dst, std::i
   const std::int16_t clipRight = right < dstWidth ? right : dstWidth;
   const std::int16_t clipBottom = bottom < dstHeight ? bottom : dstHeight;
 
-  // The scroll brought into 0 .. size - 1, as repeated adding or
-  // subtracting of the size would.
-  int sx = scrollX % iw;
-  if (sx < 0) sx += iw;
-  int sy = scrollY % ih;
-  if (sy < 0) sy += ih;
+  const int sx = ScrollIn(scrollX, iw), sy = ScrollIn(scrollY, ih);
 
   // In a movie of thousands of members the frame's image and mask are rarely
   // in the caches. Asking for their first kilobyte now lets those reads
@@ -265,10 +267,7 @@ bool DirectDraw(const QvAFrameInfo* f, tbGWorld* world, const unsigned char* are
   }
   const int clipL = std::max(left, 0), clipT = std::max(top, 0);
   const int clipR = std::min(left + iw, w), clipB = std::min(top + ih, h);
-  int sx = scrollX % iw;
-  if (sx < 0) sx += iw;
-  int sy = scrollY % ih;
-  if (sy < 0) sy += ih;
+  const int sx = ScrollIn(scrollX, iw), sy = ScrollIn(scrollY, ih);
   const RowKernels& rows = Rows();
   *anyPass = false;
   const int tileX[4] = {sx, sx - iw, sx, sx - iw};
